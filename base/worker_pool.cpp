@@ -1,0 +1,120 @@
+#include "base/worker_pool.h"
+
+#include <utility>
+
+namespace purlock {
+
+/// One queue's waiting work; guarded by the workers' mutex. `scheduled` while it stands in the ready list or runs, so
+/// that no second thread takes it up.
+struct WorkerPool::Tasks {
+    std::deque<SerialQueue::Task> waiting;
+    bool scheduled = false;
+};
+
+class WorkerPool::Workers {
+  public:
+    Workers(std::size_t maximumThreads, std::function<void()> onThreadStart)
+        : maximumThreads_(maximumThreads), onThreadStart_(std::move(onThreadStart)) {}
+
+    void add(const std::shared_ptr<Tasks>& tasks, SerialQueue::Task task) {
+        const std::lock_guard lock(mutex_);
+        if (stopped_) return;
+        tasks->waiting.push_back(std::move(task));
+        if (std::exchange(tasks->scheduled, true)) return;
+        ready_.push_back(tasks);
+        if (idle_ >= ready_.size()) {
+            wake_.notify_one();
+        } else if (threads_.size() < maximumThreads_) {
+            threads_.emplace_back([this] { run(); });
+        }
+    }
+
+    void finish() {
+        {
+            const std::lock_guard lock(mutex_);
+            finishing_ = true;
+        }
+        wake_.notify_all();
+        // A task may still hand in work that starts another thread, so the list can grow while it is joined.
+        for (std::size_t joined = 0;; ++joined) {
+            std::thread thread;
+            {
+                const std::lock_guard lock(mutex_);
+                if (joined == threads_.size()) {
+                    stopped_ = true;
+                    return;
+                }
+                thread = std::move(threads_[joined]);
+            }
+            thread.join();
+        }
+    }
+
+  private:
+    void run() {
+        if (onThreadStart_) onThreadStart_();
+        std::unique_lock lock(mutex_);
+        for (;;) {
+            while (ready_.empty()) {
+                if (finishing_) return;
+                ++idle_;
+                wake_.wait(lock);
+                --idle_;
+            }
+            runOne(lock);
+        }
+    }
+
+    void runOne(std::unique_lock<std::mutex>& lock) {
+        const auto tasks = std::move(ready_.front());
+        ready_.pop_front();
+        auto task = std::move(tasks->waiting.front());
+        tasks->waiting.pop_front();
+        lock.unlock();
+        task();
+        task = nullptr;  // what the closure owned ends here, outside the lock
+        lock.lock();
+        if (tasks->waiting.empty()) {
+            tasks->scheduled = false;
+        } else {
+            ready_.push_back(tasks);
+        }
+    }
+
+    const std::size_t maximumThreads_;
+    const std::function<void()> onThreadStart_;
+    std::mutex mutex_;
+    std::condition_variable wake_;
+    std::deque<std::shared_ptr<Tasks>> ready_;
+    std::vector<std::thread> threads_;
+    std::size_t idle_ = 0;
+    bool finishing_ = false;
+    bool stopped_ = false;
+};
+
+class WorkerPool::Queue final : public SerialQueue {
+  public:
+    Queue(std::shared_ptr<Workers> workers, std::string label)
+        : workers_(std::move(workers)), label_(std::move(label)) {}
+
+    void async(Task task) override { workers_->add(tasks_, std::move(task)); }
+    const std::string& label() const override { return label_; }
+
+  private:
+    const std::shared_ptr<Workers> workers_;
+    const std::string label_;
+    const std::shared_ptr<Tasks> tasks_ = std::make_shared<Tasks>();
+};
+
+WorkerPool::WorkerPool(std::size_t maximumThreads, std::function<void()> onThreadStart)
+    : workers_(std::make_shared<Workers>(maximumThreads, std::move(onThreadStart))) {}
+
+WorkerPool::~WorkerPool() {
+    workers_->finish();
+}
+
+std::shared_ptr<SerialQueue> WorkerPool::makeSerialQueue(std::string label) {
+    return std::make_shared<Queue>(workers_, std::move(label));
+}
+
+}  // namespace purlock

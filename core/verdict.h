@@ -1,0 +1,54 @@
+#pragma once
+
+#include <optional>
+#include <variant>
+
+#include "core/audio_format.h"
+#include "core/device_state.h"
+
+namespace purlock {
+
+/// The overall judgement of the path. Equality compares the case and the formats that it carries.
+namespace verdict {
+
+/// The device is not running; `format` is its virtual format.
+struct Idle {
+    AudioFormat format;
+    bool operator==(const Idle&) const = default;
+};
+
+/// The device is running and its two formats match in rate and bit depth; `format` is the virtual one.
+struct BitPerfect {
+    AudioFormat format;
+    bool operator==(const BitPerfect&) const = default;
+};
+
+/// The device is running and its two formats differ in rate or bit depth.
+struct Resampling {
+    AudioFormat virtualFormat;
+    AudioFormat physicalFormat;
+    bool operator==(const Resampling&) const = default;
+};
+
+/// There is no device, or one of its formats is not known.
+struct Unknown {
+    bool operator==(const Unknown&) const = default;
+};
+
+}  // namespace verdict
+
+using Verdict = std::variant<verdict::Idle, verdict::BitPerfect, verdict::Resampling, verdict::Unknown>;
+
+/// What the device alone says, whatever plays: channel count, flags and format identifier do not count. The status
+/// icon, the log and the snapshot show this one; the report's verdict is the same rule.
+Verdict deviceVerdict(const std::optional<DeviceState>& state);
+
+/// Makes one visitor of several lambdas, one for each case of a `Verdict`.
+template <typename... Cases>
+struct Overloaded : Cases... {
+    using Cases::operator()...;
+};
+template <typename... Cases>
+Overloaded(Cases...) -> Overloaded<Cases...>;
+
+}  // namespace purlock
