@@ -18,7 +18,8 @@ using AudioObjectID = std::uint32_t;
 using HardwareStatus = std::int32_t;
 inline constexpr HardwareStatus noErr = 0;
 
-/// Which property of an object: what, for which side of it, and for which of its elements (here always the main one).
+/// Which property of an object: what, for which side of it, and for which of its elements (here always the
+/// main one).
 struct PropertyAddress {
     std::uint32_t selector = 0;
     std::uint32_t scope = 0;
@@ -27,10 +28,12 @@ struct PropertyAddress {
     bool operator==(const PropertyAddress&) const = default;
 };
 
-/// Called with nothing: whoever is notified reads again. Its identity, not its content, names it when it is removed.
+/// Called with nothing: whoever is notified reads again. Its identity, not its content, names it when it is
+/// removed.
 using ListenerBlock = std::shared_ptr<const std::function<void()>>;
 
-/// A stream format as the hardware layer lays it out in memory: 40 bytes, CoreAudio's AudioStreamBasicDescription.
+/// A stream format as the hardware layer lays it out in memory: 40 bytes, CoreAudio's
+/// AudioStreamBasicDescription.
 struct StreamDescription {
     double sampleRate = 0;  // Hz
     std::uint32_t formatID = 0;
@@ -44,10 +47,11 @@ struct StreamDescription {
 };
 static_assert(sizeof(StreamDescription) == 40);
 
-/// The audio hardware layer: objects with properties that can be read and watched, as CoreAudio's HAL has them.
+/// The audio hardware layer: objects with properties that can be read and watched, as CoreAudio's HAL has
+/// them.
 ///
-/// Owned by the host, which outlives its users. Every call may come from any thread, answers at once, and fails with
-/// a status when the object has vanished.
+/// Owned by the host, which outlives its users. Every call may come from any thread, answers at once, and
+/// fails with a status when the object has vanished.
 class AudioHardware {
   public:
     AudioHardware() = default;
@@ -60,16 +64,17 @@ class AudioHardware {
                                                std::uint32_t& size) = 0;
 
     /// Writes at most `size` bytes of the value to `data`, and the number written to `size`.
-    virtual HardwareStatus getPropertyData(AudioObjectID object, const PropertyAddress& address, std::uint32_t& size,
-                                           void* data) = 0;
+    virtual HardwareStatus getPropertyData(AudioObjectID object, const PropertyAddress& address,
+                                           std::uint32_t& size, void* data) = 0;
 
-    /// Reads a property whose value is a reference to a text; on success `text` is absent for a null reference.
+    /// Reads a property whose value is a reference to a text; on success `text` is absent for a null
+    /// reference.
     virtual HardwareStatus getPropertyText(AudioObjectID object, const PropertyAddress& address,
                                            std::optional<std::string>& text) = 0;
 
-    /// Has `block` run on `queue` after every change of the property, until the same object, address, queue and block
-    /// are removed. The layer keeps the block and the queue until then. A notification that was under way when the
-    /// listener was removed may still arrive.
+    /// Has `block` run on `queue` after every change of the property, until the same object, address, queue
+    /// and block are removed. The layer keeps the block and the queue until then. A notification that was
+    /// under way when the listener was removed may still arrive.
     virtual HardwareStatus addPropertyListenerBlock(AudioObjectID object, const PropertyAddress& address,
                                                     const std::shared_ptr<SerialQueue>& queue,
                                                     const ListenerBlock& block) = 0;
@@ -78,7 +83,8 @@ class AudioHardware {
                                                        const ListenerBlock& block) = 0;
 };
 
-// The codes of the hardware layer, by the names that CoreAudio gives them (AudioHardware.h, AudioHardwareBase.h).
+// The codes of the hardware layer, by the names that CoreAudio gives them (AudioHardware.h,
+// AudioHardwareBase.h).
 
 inline constexpr AudioObjectID kAudioObjectSystemObject = 1;
 
@@ -116,7 +122,8 @@ inline constexpr std::uint32_t kAudioDeviceTransportTypePCI = fourCharCode("pci 
 /// What the layer answers for a property that the object does not have, and for an object that is not there.
 inline constexpr HardwareStatus kAudioHardwareUnknownPropertyError =
     static_cast<HardwareStatus>(fourCharCode("who?"));
-inline constexpr HardwareStatus kAudioHardwareBadObjectError = static_cast<HardwareStatus>(fourCharCode("!obj"));
+inline constexpr HardwareStatus kAudioHardwareBadObjectError =
+    static_cast<HardwareStatus>(fourCharCode("!obj"));
 inline constexpr HardwareStatus kAudioHardwareBadPropertySizeError =
     static_cast<HardwareStatus>(fourCharCode("!siz"));
 

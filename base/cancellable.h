@@ -5,10 +5,11 @@
 
 namespace purlock {
 
-/// Something that goes on for as long as its owner keeps this handle: a subscription, a timer, a registration.
+/// Something that goes on for as long as its owner keeps this handle: a subscription, a timer, a
+/// registration.
 ///
-/// Dropping the handle ends it; a delivery that has not begun by then does not happen. A handle may be dropped on
-/// any thread, and from within the very callback that it keeps alive.
+/// Dropping the handle ends it; a delivery that has not begun by then does not happen. A handle may be
+/// dropped on any thread, and from within the very callback that it keeps alive.
 class [[nodiscard]] Cancellable {
   public:
     Cancellable() = default;

@@ -2,8 +2,8 @@
 
 namespace purlock {
 
-// The simple and unconditional special case mappings of the Unicode Character Database, version 14, beyond ASCII.
-// Rows are {first, last, step, distance to the other case}; each table is sorted.
+// The simple and unconditional special case mappings of the Unicode Character Database, version 14, beyond
+// ASCII. Rows are {first, last, step, distance to the other case}; each table is sorted.
 
 // clang-format off
 namespace {

@@ -108,15 +108,32 @@ class JsonWriter {
 
     void writeAscii(char character) {
         switch (character) {
-            case '"': out_ += "\\\""; return;
-            case '\\': out_ += "\\\\"; return;
-            case '/': out_ += "\\/"; return;
-            case '\b': out_ += "\\b"; return;
-            case '\f': out_ += "\\f"; return;
-            case '\n': out_ += "\\n"; return;
-            case '\r': out_ += "\\r"; return;
-            case '\t': out_ += "\\t"; return;
-            default: break;
+            case '"':
+                out_ += "\\\"";
+                return;
+            case '\\':
+                out_ += "\\\\";
+                return;
+            case '/':
+                out_ += "\\/";
+                return;
+            case '\b':
+                out_ += "\\b";
+                return;
+            case '\f':
+                out_ += "\\f";
+                return;
+            case '\n':
+                out_ += "\\n";
+                return;
+            case '\r':
+                out_ += "\\r";
+                return;
+            case '\t':
+                out_ += "\\t";
+                return;
+            default:
+                break;
         }
         if (static_cast<unsigned char>(character) >= 0x20) {
             out_ += character;

@@ -13,14 +13,15 @@ namespace purlock {
 
 namespace {
 
-// The longest double in fixed notation has 309 digits before the point; a few more for sign, point and decimals.
+// The longest double in fixed notation has 309 digits before the point; a few more for sign, point and
+// decimals.
 using NumberBuffer = std::array<char, 352>;
 
 std::string_view fixedInto(NumberBuffer& buffer, double value, int decimals) {
     // A NaN's sign bit means nothing; printed, it would look as if it did.
     if (std::isnan(value)) return "nan";
-    const auto result =
-        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, std::chars_format::fixed, decimals);
+    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                      std::chars_format::fixed, decimals);
     return {buffer.data(), static_cast<std::size_t>(result.ptr - buffer.data())};
 }
 

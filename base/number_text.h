@@ -7,17 +7,19 @@ namespace purlock {
 
 // Numbers as texts, the same in every locale. Pure functions; any thread.
 
-/// `value` with exactly `decimals` digits after the point, as "%.*f" prints it ("inf" and "nan" for what has none).
+/// `value` with exactly `decimals` digits after the point, as "%.*f" prints it ("inf" and "nan" for what has
+/// none).
 std::string fixedText(double value, int decimals);
 
 /// `value` truncated toward zero. Stops the process when it is not finite or does not fit 64 bits.
 std::int64_t truncatedInteger(double value);
 
-/// The shortest decimal form that reads back as the same number, with at least one fractional digit: "44100.0".
+/// The shortest decimal form that reads back as the same number, with at least one fractional digit:
+/// "44100.0".
 std::string shortestText(double value);
 
-/// A sample rate in Hz: "44.1 kHz" from 1000 up, below that "999 Hz", truncated; stops the process on a rate there
-/// that `truncatedInteger` cannot take.
+/// A sample rate in Hz: "44.1 kHz" from 1000 up, below that "999 Hz", truncated; stops the process on a rate
+/// there that `truncatedInteger` cannot take.
 std::string rateText(double hertz);
 
 /// A bit rate in bit/s: "1.41 Mbps" from 1,000,000 up, below that "128 kbps".

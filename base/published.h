@@ -12,12 +12,14 @@
 
 namespace purlock {
 
-/// A value that others can watch. A new subscriber gets the current value at once, then every later one, equal or not.
+/// A value that others can watch. A new subscriber gets the current value at once, then every later one,
+/// equal or not.
 ///
-/// Belongs to one thread (in this program the main thread), which alone sets, reads and subscribes; only the handles
-/// that `subscribe` returns may be dropped elsewhere. During a delivery an observer may set the value again, subscribe,
-/// drop any handle (its own too) or destroy the publisher: each remaining subscriber still sees every value once, in
-/// the order in which they were set.
+/// Belongs to one thread (in this program the main thread), which alone sets, reads and subscribes; only the
+/// handles that `subscribe` returns may be dropped elsewhere. During a delivery an observer may set the value
+/// again, subscribe, drop any handle (its own too) or destroy the publisher: each remaining subscriber still
+/// sees every value once, in the order in which they were set. An owner that hands out a const reference lets
+/// others watch and read only.
 template <typename T>
 class Published {
   public:
@@ -42,8 +44,8 @@ class Published {
         deliverPending(state);
     }
 
-    Cancellable subscribe(Observer observer) {
-        auto state = state_;
+    Cancellable subscribe(Observer observer) const {
+        const auto state = state_;
         auto subscriber = std::make_shared<Subscriber>(Subscriber{std::move(observer), state->version});
         state->subscribers.push_back(subscriber);
         // The hand-out is a delivery like any other, so that a value set from within it comes after it.
@@ -115,7 +117,8 @@ class Signal {
 
     void fire() const {
         const auto state = state_;
-        const std::size_t count = state->observers.size();  // one that subscribes meanwhile waits for the next event
+        const std::size_t count =
+            state->observers.size();  // one that subscribes meanwhile waits for the next event
         ++state->depth;
         for (std::size_t i = 0; i < count && !state->ended; ++i) {
             if (const auto observer = state->observers[i].lock()) (*observer)();

@@ -19,14 +19,16 @@ class RunLoop {
     RunLoop(const RunLoop&) = delete;
     RunLoop& operator=(const RunLoop&) = delete;
 
-    /// Runs `task` on the main thread, never before this call has returned, in the order of the calls. Any thread.
+    /// Runs `task` on the main thread, never before this call has returned, in the order of the calls. Any
+    /// thread.
     virtual void post(Task task) = 0;
 
     /// Runs `task` once, `delay` from now, unless the handle is dropped before. Main thread only.
     virtual Cancellable postDelayed(std::chrono::milliseconds delay, Task task) = 0;
 
-    /// Runs `task` every `interval`, first one interval from now, until the handle is dropped. It fires also while
-    /// menus are open. A loop that was busy for several intervals fires once, not once for each. Main thread only.
+    /// Runs `task` every `interval`, first one interval from now, until the handle is dropped. It fires also
+    /// while menus are open. A loop that was busy for several intervals fires once, not once for each. Main
+    /// thread only.
     virtual Cancellable repeat(std::chrono::milliseconds interval, Task task) = 0;
 };
 

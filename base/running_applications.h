@@ -29,7 +29,8 @@ class RunningApplications {
     virtual std::optional<RunningApplication> runningApplicationWithProcessIdentifier(std::int32_t pid) = 0;
 
     /// The running instances of an application, in a stable order; empty when there is none.
-    virtual std::vector<RunningApplication> runningApplicationsWithBundleIdentifier(std::string_view bundleID) = 0;
+    virtual std::vector<RunningApplication> runningApplicationsWithBundleIdentifier(
+        std::string_view bundleID) = 0;
 };
 
 }  // namespace purlock

@@ -8,8 +8,9 @@ namespace purlock {
 
 /// Work that runs asynchronously, one piece at a time, in the order in which it was handed in.
 ///
-/// Made by the host (`SerialQueueFactory`); any thread may call `async`. Work that was handed in is run even when the
-/// last owner drops the queue, so closures hold what they need weakly and do nothing when it is gone.
+/// Made by the host (`SerialQueueFactory`); any thread may call `async`. Work that was handed in is run even
+/// when the last owner drops the queue, so closures hold what they need weakly and do nothing when it is
+/// gone.
 class SerialQueue {
   public:
     using Task = std::function<void()>;

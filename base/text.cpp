@@ -13,8 +13,8 @@ constexpr DecodedCodePoint malformed(std::size_t length) {
     return {0, length, false};
 }
 
-/// What the first byte of a sequence promises: its length, its own bits, and the range of the second byte, which
-/// is where overlong forms, surrogates and values beyond U+10FFFF are kept out (Unicode, table 3-7).
+/// What the first byte of a sequence promises: its length, its own bits, and the range of the second byte,
+/// which is where overlong forms, surrogates and values beyond U+10FFFF are kept out (Unicode, table 3-7).
 struct Lead {
     std::size_t length;
     char32_t bits;
@@ -44,7 +44,8 @@ void appendMapped(std::string& out, char32_t codePoint, const CaseTable& table) 
         return;
     }
     const auto range = std::ranges::lower_bound(table.ranges, codePoint, {}, &CaseRange::last);
-    if (range != table.ranges.end() && codePoint >= range->first && (codePoint - range->first) % range->step == 0) {
+    if (range != table.ranges.end() && codePoint >= range->first &&
+        (codePoint - range->first) % range->step == 0) {
         appendCodePoint(out, static_cast<char32_t>(static_cast<std::int32_t>(codePoint) + range->distance));
         return;
     }
@@ -76,7 +77,8 @@ std::string mapped(std::string_view text, const CaseTable& table, char firstAsci
 
 constexpr bool isWhiteSpaceOrLineBreak(char32_t c) {
     return (c >= 0x09 && c <= 0x0D) || c == 0x20 || c == 0x85 || c == 0xA0 || c == 0x1680 ||
-           (c >= 0x2000 && c <= 0x200B) || c == 0x2028 || c == 0x2029 || c == 0x202F || c == 0x205F || c == 0x3000;
+           (c >= 0x2000 && c <= 0x200B) || c == 0x2028 || c == 0x2029 || c == 0x202F || c == 0x205F ||
+           c == 0x3000;
 }
 
 /// The length of the last code point of `text`, which is not empty; of malformed bytes, one.

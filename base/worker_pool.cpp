@@ -4,8 +4,8 @@
 
 namespace purlock {
 
-/// One queue's waiting work; guarded by the workers' mutex. `scheduled` while it stands in the ready list or runs, so
-/// that no second thread takes it up.
+/// One queue's waiting work; guarded by the workers' mutex. `scheduled` while it stands in the ready list or
+/// runs, so that no second thread takes it up.
 struct WorkerPool::Tasks {
     std::deque<SerialQueue::Task> waiting;
     bool scheduled = false;

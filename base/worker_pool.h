@@ -16,9 +16,9 @@ namespace purlock {
 
 /// Serial queues over a few shared threads.
 ///
-/// A thread is started when work arrives and none is idle, up to `maximumThreads`: queues that work in turn share one
-/// thread and its wake-ups, and a queue that hangs in a disk write does not hold up another. Queues may outlive the
-/// pool; work handed in after the pool's end is dropped.
+/// A thread is started when work arrives and none is idle, up to `maximumThreads`: queues that work in turn
+/// share one thread and its wake-ups, and a queue that hangs in a disk write does not hold up another. Queues
+/// may outlive the pool; work handed in after the pool's end is dropped.
 class WorkerPool final : public SerialQueueFactory {
   public:
     /// `onThreadStart` runs first on each new thread; a host names the thread with it.

@@ -16,7 +16,7 @@ using Quality = SignalStage::Quality;
 SignalStage makeStage(Kind kind, std::string_view title, std::string primary,
                       std::optional<std::string> secondary = {}, std::optional<std::string> bitrate = {},
                       Quality quality = Quality::unknown) {
-    return {Uuid::random(),       kind,   std::string(title), std::move(primary), std::move(secondary),
+    return {Uuid::random(),     kind,   std::string(title), std::move(primary), std::move(secondary),
             std::move(bitrate), quality};
 }
 
@@ -32,7 +32,8 @@ std::optional<std::string> claimedBitrate(const SourceClaim& claim) {
     return bitrateLabel(*claim.declaredRate, *claim.declaredBitDepth, assumedChannels);
 }
 
-SignalStage sourceStage(const std::optional<SourceClaim>& claim, const std::optional<NowPlayingInfo>& nowPlaying) {
+SignalStage sourceStage(const std::optional<SourceClaim>& claim,
+                        const std::optional<NowPlayingInfo>& nowPlaying) {
     constexpr std::string_view title = "Source";
     if (claim) {
         // A claim that does not say that it is lossless counts as lossy: no benefit of the doubt.
@@ -52,7 +53,8 @@ std::string processName(const AudioProcessInfo& process) {
     return "PID " + std::to_string(process.pid);
 }
 
-SignalStage appStage(const std::optional<AudioProcessInfo>& process, const std::optional<NowPlayingInfo>& nowPlaying) {
+SignalStage appStage(const std::optional<AudioProcessInfo>& process,
+                     const std::optional<NowPlayingInfo>& nowPlaying) {
     constexpr std::string_view title = "App";
     if (process) return makeStage(Kind::app, title, processName(*process), process->bundleID);
     if (nowPlaying && nowPlaying->appName) {
@@ -67,8 +69,8 @@ SignalStage formatStage(Kind kind, std::string_view title, const std::optional<A
     return makeStage(kind, title, format->summary(), format->formatLabel(), format->bitrateLabel());
 }
 
-/// What the last stage shows for each transport. `fallbackName` stands where there is no device; `bitrate` is the
-/// link's ceiling where it has one, and the device's own bit rate otherwise.
+/// What the last stage shows for each transport. `fallbackName` stands where there is no device; `bitrate` is
+/// the link's ceiling where it has one, and the device's own bit rate otherwise.
 struct LinkTexts {
     std::string_view title;
     std::string_view fallbackName;
@@ -99,7 +101,8 @@ std::string deviceName(const DeviceState& state) {
     if (state.transportType == DeviceTransport::usb && state.usbInfo && state.usbInfo->productName) {
         return *state.usbInfo->productName;
     }
-    if (state.transportType == DeviceTransport::bluetooth && state.bluetoothInfo) return state.bluetoothInfo->name;
+    if (state.transportType == DeviceTransport::bluetooth && state.bluetoothInfo)
+        return state.bluetoothInfo->name;
     return state.name;
 }
 

@@ -12,11 +12,13 @@
 
 namespace purlock {
 
-/// The rules that turn one observation of the output path into a report. Pure functions: no clock, no input or output,
-/// nothing kept; any thread. No input makes them fail: what is absent gives fallback texts and fewer findings.
+/// The rules that turn one observation of the output path into a report. Pure functions: no clock, no input
+/// or output, nothing kept; any thread. No input makes them fail: what is absent gives fallback texts and
+/// fewer findings.
 namespace CauseEngine {
 
-/// Five stages from the source to the device, the findings of the three functions below in their order, the verdict.
+/// Five stages from the source to the device, the findings of the three functions below in their order, the
+/// verdict.
 SignalPathReport evaluate(const std::optional<DeviceState>& deviceState,
                           const std::optional<NowPlayingInfo>& nowPlaying,
                           const std::optional<AudioProcessInfo>& process,
@@ -28,8 +30,8 @@ std::string formatRate(double rate);
 /// The bit rate of raw PCM: "4.61 Mbps", and "128 kbps" below a million.
 std::string bitrateLabel(double rate, std::uint32_t bits, int channels);
 
-/// What the application claims against what reaches the system's mixer: at most two findings, the rate first. Nothing
-/// is said unless the claim names both a rate and a bit depth.
+/// What the application claims against what reaches the system's mixer: at most two findings, the rate first.
+/// Nothing is said unless the claim names both a rate and a bit depth.
 std::vector<Diagnostic> sourceVsHALDiagnostics(const std::optional<SourceClaim>& claim,
                                                const std::optional<AudioFormat>& virtualFormat);
 
@@ -38,7 +40,8 @@ std::vector<Diagnostic> halResamplingDiagnostics(const std::optional<AudioFormat
                                                  const std::optional<AudioFormat>& physicalFormat,
                                                  const std::optional<SourceClaim>& source);
 
-/// What the link itself cannot carry of what the source claims: at most one finding. `physicalFormat` is not consulted.
+/// What the link itself cannot carry of what the source claims: at most one finding. `physicalFormat` is not
+/// consulted.
 std::vector<Diagnostic> transportCapDiagnostics(DeviceTransport transport,
                                                 const std::optional<AudioFormat>& physicalFormat,
                                                 const std::optional<SourceClaim>& source);

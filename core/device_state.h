@@ -29,15 +29,16 @@ struct BluetoothDeviceInfo {
     bool operator==(const BluetoothDeviceInfo&) const = default;
 };
 
-/// One observation of the watched output device. Where it is passed as an optional, absent means that there is no
-/// output device.
+/// One observation of the watched output device. Where it is passed as an optional, absent means that there
+/// is no output device.
 struct DeviceState {
     std::uint32_t deviceID = 0;  // the hardware layer's object id
     std::string name;
     std::string uid;  // persistent; what the user pins
 
-    /// The two formats of the device's first output stream: the one in which the system's mixer takes audio from
-    /// applications, and the one in which the device is clocked and fed. ("virtual" alone is a word of the language.)
+    /// The two formats of the device's first output stream: the one in which the system's mixer takes audio
+    /// from applications, and the one in which the device is clocked and fed. ("virtual" alone is a word of
+    /// the language.)
     std::optional<AudioFormat> virtualFormat;
     std::optional<AudioFormat> physicalFormat;
 

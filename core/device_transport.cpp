@@ -4,15 +4,24 @@ namespace purlock {
 
 std::string_view rawValue(DeviceTransport transport) {
     switch (transport) {
-        case DeviceTransport::usb: return "USB";
-        case DeviceTransport::bluetooth: return "Bluetooth";
-        case DeviceTransport::airplay: return "AirPlay";
-        case DeviceTransport::hdmi: return "HDMI";
-        case DeviceTransport::builtIn: return "Built-in";
-        case DeviceTransport::aggregate: return "Aggregate";
-        case DeviceTransport::virtualDevice: return "Virtual";
-        case DeviceTransport::displayPort: return "DisplayPort";
-        case DeviceTransport::unknown: break;
+        case DeviceTransport::usb:
+            return "USB";
+        case DeviceTransport::bluetooth:
+            return "Bluetooth";
+        case DeviceTransport::airplay:
+            return "AirPlay";
+        case DeviceTransport::hdmi:
+            return "HDMI";
+        case DeviceTransport::builtIn:
+            return "Built-in";
+        case DeviceTransport::aggregate:
+            return "Aggregate";
+        case DeviceTransport::virtualDevice:
+            return "Virtual";
+        case DeviceTransport::displayPort:
+            return "DisplayPort";
+        case DeviceTransport::unknown:
+            break;
     }
     return "Unknown";
 }

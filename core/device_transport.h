@@ -7,12 +7,22 @@
 namespace purlock {
 
 /// How the output device is attached.
-enum class DeviceTransport { usb, bluetooth, airplay, hdmi, builtIn, aggregate, virtualDevice, displayPort, unknown };
+enum class DeviceTransport {
+    usb,
+    bluetooth,
+    airplay,
+    hdmi,
+    builtIn,
+    aggregate,
+    virtualDevice,
+    displayPort,
+    unknown
+};
 
 /// Every case, in declaration order.
 inline constexpr std::array allDeviceTransports = {
-    DeviceTransport::usb,       DeviceTransport::bluetooth,     DeviceTransport::airplay,
-    DeviceTransport::hdmi,      DeviceTransport::builtIn,       DeviceTransport::aggregate,
+    DeviceTransport::usb,           DeviceTransport::bluetooth,   DeviceTransport::airplay,
+    DeviceTransport::hdmi,          DeviceTransport::builtIn,     DeviceTransport::aggregate,
     DeviceTransport::virtualDevice, DeviceTransport::displayPort, DeviceTransport::unknown};
 
 /// The transport's text wherever it is printed: "USB", "Built-in".

@@ -29,79 +29,88 @@ std::string_view claimedTier(const SourceClaim& claim) {
 Diagnostic rateBelowClaim(const SourceClaim& claim, const AudioFormat& virtualFormat) {
     switch (claim.app) {
         case SourceApp::tidal:
-            return downgraded(
-                joined({"Tidal sent the OS ", formatRate(virtualFormat.sampleRate), " but its UI claims ",
-                        claimedTier(claim),
-                        ". Likely causes: track isn't available in HiRes on Tidal, or your Tidal quality preference is "
-                        "set lower than MAX."}),
-                "Open Tidal → Settings → Streaming → set quality to MAX. If still down, the track isn't available in "
-                "HiRes.");
+            return downgraded(joined({"Tidal sent the OS ", formatRate(virtualFormat.sampleRate),
+                                      " but its UI claims ", claimedTier(claim),
+                                      ". Likely causes: track isn't available in HiRes on Tidal, or your "
+                                      "Tidal quality preference is "
+                                      "set lower than MAX."}),
+                              "Open Tidal → Settings → Streaming → set quality to MAX. If still down, the "
+                              "track isn't available in "
+                              "HiRes.");
         case SourceApp::appleMusic:
-            return downgraded(
-                joined({"Apple Music delivered ", formatRate(virtualFormat.sampleRate),
-                        " — lower than Hi-Res Lossless. Track may not have a Hi-Res master, or Music app is set to "
-                        "standard Lossless."}),
-                "Music → Settings → Playback → Audio Quality → Hi-Res Lossless. Note: not every track has a Hi-Res "
-                "master.");
+            return downgraded(joined({"Apple Music delivered ", formatRate(virtualFormat.sampleRate),
+                                      " — lower than Hi-Res Lossless. Track may not have a Hi-Res master, or "
+                                      "Music app is set to "
+                                      "standard Lossless."}),
+                              "Music → Settings → Playback → Audio Quality → Hi-Res Lossless. Note: not "
+                              "every track has a Hi-Res "
+                              "master.");
         case SourceApp::spotify:
             return downgraded("Spotify is lossy by design; max is 320 kbps Ogg Vorbis.",
                               "(no fix — Spotify doesn't offer lossless)");
         case SourceApp::qobuz:
-        case SourceApp::other: break;
+        case SourceApp::other:
+            break;
     }
-    return downgraded("Source app sent a lower rate than its claimed tier.",
-                      "Check the app's quality preference; the track may not be available at the higher tier.");
+    return downgraded(
+        "Source app sent a lower rate than its claimed tier.",
+        "Check the app's quality preference; the track may not be available at the higher tier.");
 }
 
 Diagnostic bitDepthBelowClaim(SourceApp app, std::uint32_t declared, std::uint32_t seen) {
     return makeFinding(Severity::medium, "Source app delivered lower bit depth",
-                       joined({displayName(app), " advertised ", std::to_string(declared), "-bit but the OS sees ",
-                               std::to_string(seen), "-bit."}),
+                       joined({displayName(app), " advertised ", std::to_string(declared),
+                               "-bit but the OS sees ", std::to_string(seen), "-bit."}),
                        "Confirm the track has a higher-bit master available in this service.");
 }
 
 Diagnostic rateConverted(const AudioFormat& virtualFormat, const AudioFormat& physicalFormat) {
     const std::string rate = formatRate(virtualFormat.sampleRate);
-    return makeFinding(Severity::high, "macOS is resampling",
-                       joined({"App is sending ", rate, " but the device is locked at ",
-                               formatRate(physicalFormat.sampleRate), ". CoreAudio's HAL is converting between them."}),
-                       joined({"Open Audio MIDI Setup, select this device, and set its Format to ", rate,
-                               ". Or enable an app that auto-matches the rate (LosslessSwitcher, Audirvana)."}));
+    return makeFinding(
+        Severity::high, "macOS is resampling",
+        joined({"App is sending ", rate, " but the device is locked at ",
+                formatRate(physicalFormat.sampleRate), ". CoreAudio's HAL is converting between them."}),
+        joined({"Open Audio MIDI Setup, select this device, and set its Format to ", rate,
+                ". Or enable an app that auto-matches the rate (LosslessSwitcher, Audirvana)."}));
 }
 
 /// The label ends in the bit count, so the sentence names it twice, on purpose: "32-bit Float32".
 Diagnostic bitDepthConverted(const AudioFormat& virtualFormat, const AudioFormat& physicalFormat) {
-    return makeFinding(Severity::medium, "Bit depth changed",
-                       joined({"App format is ", std::to_string(virtualFormat.bitsPerChannel), "-bit ",
-                               virtualFormat.formatLabel(), "; device physical is ",
-                               std::to_string(physicalFormat.bitsPerChannel), "-bit ", physicalFormat.formatLabel(),
-                               ". CoreAudio is converting representations."}),
-                       "Usually inaudible if both are ≥16-bit integer or float. Worth investigating only if app expects "
-                       "native bit-perfect.");
+    return makeFinding(
+        Severity::medium, "Bit depth changed",
+        joined({"App format is ", std::to_string(virtualFormat.bitsPerChannel), "-bit ",
+                virtualFormat.formatLabel(), "; device physical is ",
+                std::to_string(physicalFormat.bitsPerChannel), "-bit ", physicalFormat.formatLabel(),
+                ". CoreAudio is converting representations."}),
+        "Usually inaudible if both are ≥16-bit integer or float. Worth investigating only if app expects "
+        "native bit-perfect.");
 }
 
 Diagnostic fixedRateSpeakers() {
-    return makeFinding(Severity::low, "Internal speakers are fixed-rate",
-                       "MacBook internal speakers run at a fixed sample rate (typically 48 kHz). Anything else gets "
-                       "resampled in hardware.",
-                       "Use a DAC for any HiRes verification. Internal speakers can't deliver bit-perfect for >48k "
-                       "sources.");
+    return makeFinding(
+        Severity::low, "Internal speakers are fixed-rate",
+        "MacBook internal speakers run at a fixed sample rate (typically 48 kHz). Anything else gets "
+        "resampled in hardware.",
+        "Use a DAC for any HiRes verification. Internal speakers can't deliver bit-perfect for >48k "
+        "sources.");
 }
 
 Diagnostic airPlayCap(double declaredRate) {
-    return makeFinding(Severity::medium, "AirPlay caps at 16/44.1",
-                       joined({"AirPlay 2 transports lossless ALAC at 16-bit/44.1 kHz max. Your source claims ",
-                               formatRate(declaredRate), " but the wire downsamples it."}),
-                       "Use a wired/USB DAC for HiRes. AirPlay tops out at CD quality.");
+    return makeFinding(
+        Severity::medium, "AirPlay caps at 16/44.1",
+        joined({"AirPlay 2 transports lossless ALAC at 16-bit/44.1 kHz max. Your source claims ",
+                formatRate(declaredRate), " but the wire downsamples it."}),
+        "Use a wired/USB DAC for HiRes. AirPlay tops out at CD quality.");
 }
 
 Diagnostic bluetoothIsLossy(SourceApp app) {
-    return makeFinding(Severity::high, "Bluetooth can't carry lossless",
-                       joined({"Your output is Bluetooth (AirPods or similar). The BT audio link uses lossy AAC/SBC "
-                               "compression — no Bluetooth profile carries lossless audio. Whatever ",
-                               displayName(app), " sends, the wire downgrades it."}),
-                       "Use a wired DAC or AirPlay 2 (lossless 16/44.1) for lossless playback. AirPods Max wired mode "
-                       "also works.");
+    return makeFinding(
+        Severity::high, "Bluetooth can't carry lossless",
+        joined({"Your output is Bluetooth (AirPods or similar). The BT audio link uses lossy AAC/SBC "
+                "compression — no Bluetooth profile carries lossless audio. Whatever ",
+                displayName(app), " sends, the wire downgrades it."}),
+        "Use a wired DAC or AirPlay 2 (lossless 16/44.1) for lossless playback. AirPods Max wired mode "
+        "also works.");
 }
 
 }  // namespace
@@ -110,9 +119,11 @@ std::vector<Diagnostic> sourceVsHALDiagnostics(const std::optional<SourceClaim>&
                                                const std::optional<AudioFormat>& virtualFormat) {
     std::vector<Diagnostic> found;
     if (!claim || !virtualFormat || !claim->declaredRate || !claim->declaredBitDepth) return found;
-    if (*claim->declaredRate > virtualFormat->sampleRate) found.push_back(rateBelowClaim(*claim, *virtualFormat));
+    if (*claim->declaredRate > virtualFormat->sampleRate)
+        found.push_back(rateBelowClaim(*claim, *virtualFormat));
     if (*claim->declaredBitDepth > virtualFormat->bitsPerChannel) {
-        found.push_back(bitDepthBelowClaim(claim->app, *claim->declaredBitDepth, virtualFormat->bitsPerChannel));
+        found.push_back(
+            bitDepthBelowClaim(claim->app, *claim->declaredBitDepth, virtualFormat->bitsPerChannel));
     }
     return found;
 }
@@ -140,8 +151,10 @@ std::vector<Diagnostic> transportCapDiagnostics(DeviceTransport transport,
     if (!source || !source->declaredRate) return found;
     const double declaredRate = *source->declaredRate;
     // Only three links cap what they carry; a transport that is new to the enumeration caps nothing.
-    if (transport == DeviceTransport::builtIn && declaredRate > builtInRate) found.push_back(fixedRateSpeakers());
-    if (transport == DeviceTransport::airplay && declaredRate > airPlayRate) found.push_back(airPlayCap(declaredRate));
+    if (transport == DeviceTransport::builtIn && declaredRate > builtInRate)
+        found.push_back(fixedRateSpeakers());
+    if (transport == DeviceTransport::airplay && declaredRate > airPlayRate)
+        found.push_back(airPlayCap(declaredRate));
     if (transport == DeviceTransport::bluetooth && source->isLossless.value_or(false)) {
         found.push_back(bluetoothIsLossy(source->app));
     }

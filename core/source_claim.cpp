@@ -4,11 +4,16 @@ namespace purlock {
 
 std::string_view rawValue(SourceApp app) {
     switch (app) {
-        case SourceApp::tidal: return "tidal";
-        case SourceApp::appleMusic: return "appleMusic";
-        case SourceApp::spotify: return "spotify";
-        case SourceApp::qobuz: return "qobuz";
-        case SourceApp::other: break;
+        case SourceApp::tidal:
+            return "tidal";
+        case SourceApp::appleMusic:
+            return "appleMusic";
+        case SourceApp::spotify:
+            return "spotify";
+        case SourceApp::qobuz:
+            return "qobuz";
+        case SourceApp::other:
+            break;
     }
     return "other";
 }
@@ -22,11 +27,16 @@ std::optional<SourceApp> sourceAppFromRawValue(std::string_view text) {
 
 std::string_view displayName(SourceApp app) {
     switch (app) {
-        case SourceApp::tidal: return "Tidal";
-        case SourceApp::appleMusic: return "Apple Music";
-        case SourceApp::spotify: return "Spotify";
-        case SourceApp::qobuz: return "Qobuz";
-        case SourceApp::other: break;
+        case SourceApp::tidal:
+            return "Tidal";
+        case SourceApp::appleMusic:
+            return "Apple Music";
+        case SourceApp::spotify:
+            return "Spotify";
+        case SourceApp::qobuz:
+            return "Qobuz";
+        case SourceApp::other:
+            break;
     }
     return "—";
 }

@@ -39,8 +39,8 @@ struct Unknown {
 
 using Verdict = std::variant<verdict::Idle, verdict::BitPerfect, verdict::Resampling, verdict::Unknown>;
 
-/// What the device alone says, whatever plays: channel count, flags and format identifier do not count. The status
-/// icon, the log and the snapshot show this one; the report's verdict is the same rule.
+/// What the device alone says, whatever plays: channel count, flags and format identifier do not count. The
+/// status icon, the log and the snapshot show this one; the report's verdict is the same rule.
 Verdict deviceVerdict(const std::optional<DeviceState>& state);
 
 /// Makes one visitor of several lambdas, one for each case of a `Verdict`.

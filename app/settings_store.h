@@ -1,0 +1,53 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/user_defaults.h"
+#include "base/published.h"
+#include "base/shared_instance.h"
+
+namespace purlock {
+
+/// The user's three persistent choices. Read from the user defaults when it is made, written back on every
+/// change.
+///
+/// One instance for the program (`shared`); main thread only. Each assignment, even of the same value, first
+/// tells the observers, then stores the value, then calls the callback, all before it returns.
+class SettingsStore {
+  public:
+    static inline SharedInstance<SettingsStore> shared;
+
+    explicit SettingsStore(std::shared_ptr<UserDefaults> defaults);
+
+    /// Unique identifier of the pinned output device; absent when the system's default device is followed.
+    const Published<std::optional<std::string>>& pinnedDeviceUID() const { return pinnedDeviceUID_; }
+    void setPinnedDeviceUID(std::optional<std::string> uid);
+
+    /// Whether the state log is written.
+    const Published<bool>& logEnabled() const { return logEnabled_; }
+    void setLogEnabled(bool enabled);
+
+    /// Whether the panel stays open when the user clicks elsewhere.
+    const Published<bool>& panelPinned() const { return panelPinned_; }
+    void setPanelPinned(bool pinned);
+
+    /// Called after each assignment with the current value. Each has a single owner; setting one replaces the
+    /// last.
+    std::function<void(const std::optional<std::string>&)> onPinnedDeviceChange;
+    std::function<void(bool)> onPanelPinnedChange;
+
+    static constexpr const char* pinnedKey = "pinnedDeviceUID";
+    static constexpr const char* logEnabledKey = "logEnabled";
+    static constexpr const char* panelPinnedKey = "panelPinned";
+
+  private:
+    const std::shared_ptr<UserDefaults> defaults_;
+    Published<std::optional<std::string>> pinnedDeviceUID_;
+    Published<bool> logEnabled_;
+    Published<bool> panelPinned_;
+};
+
+}  // namespace purlock

@@ -1,0 +1,89 @@
+#include "platform/linux/storage/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <optional>
+
+#include "platform/linux/storage/file_descriptor.h"
+
+namespace purlock::host_linux {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr mode_t ownerOnly = 0600;
+
+std::optional<std::size_t> readSome(int descriptor, char* data, std::size_t size) {
+    for (;;) {
+        const ssize_t count = ::read(descriptor, data, size);
+        if (count >= 0) return static_cast<std::size_t>(count);
+        if (errno != EINTR) return std::nullopt;
+    }
+}
+
+bool writeAll(int descriptor, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t count = ::write(descriptor, text.data(), text.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) return false;
+        text.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+/// A complete nameless file in `folder`, given the name `temporary` at the end. Returns false where the file
+/// system has no nameless files, or when it cannot be written.
+bool writeNameless(const fs::path& folder, const fs::path& temporary, std::string_view text) {
+    const FileDescriptor file(::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, ownerOnly));
+    if (!file || !writeAll(file.get(), text)) return false;
+    const std::string self = "/proc/self/fd/" + std::to_string(file.get());
+    ::unlink(temporary.c_str());  // left by a crash between the two last steps
+    return ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, temporary.c_str(), AT_SYMLINK_FOLLOW) == 0;
+}
+
+bool writeNamed(const fs::path& temporary, std::string_view text) {
+    const FileDescriptor file(
+        ::open(temporary.c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_NOFOLLOW | O_CLOEXEC, ownerOnly));
+    return file && writeAll(file.get(), text);
+}
+
+}  // namespace
+
+FileText readWholeFile(const fs::path& file, std::size_t limit) {
+    const FileDescriptor descriptor(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (!descriptor) {
+        const bool missing = errno == ENOENT || errno == ENOTDIR;
+        return {missing ? FileStatus::missing : FileStatus::unreadable, {}};
+    }
+    struct stat info {};
+    if (::fstat(descriptor.get(), &info) != 0 || !S_ISREG(info.st_mode)) return {FileStatus::unreadable, {}};
+    // The size is only a hint: files of /proc say 0, and any file may grow meanwhile.
+    std::string text;
+    std::size_t size = 0;
+    for (;;) {
+        text.resize(std::min(limit + 1, std::max<std::size_t>(4096, 2 * size)));
+        const auto count = readSome(descriptor.get(), text.data() + size, text.size() - size);
+        if (!count) return {FileStatus::unreadable, {}};
+        if (*count == 0) break;
+        size += *count;
+        if (size > limit) return {FileStatus::tooLarge, {}};
+    }
+    text.resize(size);
+    return {FileStatus::read, std::move(text)};
+}
+
+bool replaceFile(const fs::path& file, std::string_view text) {
+    fs::path temporary = file;
+    temporary.replace_filename("." + file.filename().string() + ".new");
+    const bool written = writeNameless(file.parent_path(), temporary, text) || writeNamed(temporary, text);
+    if (written && ::rename(temporary.c_str(), file.c_str()) == 0) return true;
+    ::unlink(temporary.c_str());
+    return false;
+}
+
+}  // namespace purlock::host_linux

@@ -1,0 +1,168 @@
+#include "base/worker_pool.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "base/published.h"
+#include "tests/support/manual_run_loop.h"
+
+namespace purlock {
+namespace {
+
+TEST(WorkerPool, AQueueRunsItsWorkInOrderAndOneAtATime) {
+    std::vector<int> seen;
+    std::atomic<int> running = 0;
+    std::atomic<bool> overlapped = false;
+    {
+        WorkerPool pool(4);
+        const auto queue = pool.makeSerialQueue("label");
+        EXPECT_EQ(queue->label(), "label");
+        for (int i = 0; i < 10000; ++i) {
+            queue->async([&, i] {
+                if (++running != 1) overlapped = true;
+                seen.push_back(i);
+                --running;
+            });
+        }
+    }
+    ASSERT_EQ(seen.size(), 10000U);
+    for (int i = 0; i < 10000; ++i) ASSERT_EQ(seen[static_cast<std::size_t>(i)], i);
+    EXPECT_FALSE(overlapped);
+}
+
+TEST(WorkerPool, WorkFromManyThreadsKeepsEachThreadsOrder) {
+    constexpr int threadCount = 4;
+    constexpr int each = 2000;
+    std::vector<std::pair<int, int>> seen;
+    {
+        WorkerPool pool(4);
+        const auto queue = pool.makeSerialQueue("q");
+        std::vector<std::thread> threads;
+        for (int t = 0; t < threadCount; ++t) {
+            threads.emplace_back([&, t] {
+                for (int i = 0; i < each; ++i) queue->async([&, t, i] { seen.emplace_back(t, i); });
+            });
+        }
+        for (std::thread& thread : threads) thread.join();
+    }
+    ASSERT_EQ(seen.size(), static_cast<std::size_t>(threadCount * each));
+    std::vector<int> next(threadCount, 0);
+    for (const auto& [thread, number] : seen) ASSERT_EQ(number, next[static_cast<std::size_t>(thread)]++);
+}
+
+TEST(WorkerPool, AQueueThatHangsHoldsUpNoOther) {
+    WorkerPool pool(2);
+    const auto hanging = pool.makeSerialQueue("hanging");
+    const auto other = pool.makeSerialQueue("other");
+    std::promise<void> release;
+    std::promise<void> done;
+    hanging->async([&] { release.get_future().wait(); });
+    other->async([&] { done.set_value(); });
+    EXPECT_EQ(done.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    release.set_value();
+}
+
+TEST(WorkerPool, OneQueueNeedsOneThreadAndNoWorkNone) {
+    std::atomic<int> started = 0;
+    {
+        WorkerPool pool(4, [&] { ++started; });
+        const auto queue = pool.makeSerialQueue("busy");
+        const auto quiet = pool.makeSerialQueue("quiet");
+        EXPECT_EQ(started, 0);
+        for (int round = 0; round < 200; ++round) {
+            std::promise<void> done;
+            queue->async([&] { done.set_value(); });
+            done.get_future().wait();
+        }
+    }
+    EXPECT_EQ(started, 1);
+}
+
+TEST(WorkerPool, NeverStartsMoreThreadsThanAllowed) {
+    std::atomic<int> started = 0;
+    std::atomic<int> ran = 0;
+    {
+        WorkerPool pool(3, [&] { ++started; });
+        for (int i = 0; i < 100; ++i) pool.makeSerialQueue("q")->async([&] { ++ran; });
+    }
+    EXPECT_EQ(ran, 100);
+    EXPECT_LE(started, 3);
+}
+
+TEST(WorkerPool, DroppingAQueueLosesNoWork) {
+    std::atomic<int> ran = 0;
+    {
+        WorkerPool pool(1);
+        auto queue = pool.makeSerialQueue("q");
+        for (int i = 0; i < 100; ++i) queue->async([&] { ++ran; });
+        queue.reset();
+    }
+    EXPECT_EQ(ran, 100);
+}
+
+TEST(WorkerPool, WorkMayHandInWorkAndDropItsOwnQueue) {
+    std::atomic<int> ran = 0;
+    {
+        WorkerPool pool(2);
+        auto queue = std::make_shared<std::shared_ptr<SerialQueue>>(pool.makeSerialQueue("q"));
+        (*queue)->async([&ran, queue] {
+            (*queue)->async([&ran] { ++ran; });
+            queue->reset();
+            ++ran;
+        });
+    }
+    EXPECT_EQ(ran, 2);
+}
+
+TEST(WorkerPool, AQueueMayOutliveThePool) {
+    std::optional<WorkerPool> pool(std::in_place, 1);
+    const auto queue = pool->makeSerialQueue("q");
+    pool.reset();
+    auto witness = std::make_shared<int>(0);
+    queue->async([witness] { FAIL() << "the pool has ended"; });
+    EXPECT_EQ(witness.use_count(), 1) << "dropped work is not kept";
+}
+
+TEST(WorkerPool, AClosureEndsOnceItHasRun) {
+    WorkerPool pool(1);
+    const auto queue = pool.makeSerialQueue("q");
+    auto witness = std::make_shared<int>(0);
+    queue->async([kept = witness] {});
+    std::promise<void> done;
+    queue->async([&] { done.set_value(); });
+    done.get_future().wait();
+    EXPECT_EQ(witness.use_count(), 1);
+}
+
+/// The whole road of a value: work on a queue, posted to the main thread, published there, its handle dropped
+/// on another thread meanwhile. It is here for ThreadSanitizer.
+TEST(WorkerPool, ValuesReachTheMainThreadWhileHandlesAreDroppedElsewhere) {
+    test::ManualRunLoop loop;
+    Published<std::string> text("start");
+    std::size_t delivered = 0;
+    {
+        WorkerPool pool(3);
+        const auto producer = pool.makeSerialQueue("producer");
+        const auto dropper = pool.makeSerialQueue("dropper");
+        for (int i = 0; i < 500; ++i) {
+            producer->async([&, i] { loop.post([&, i] { text.set(std::to_string(i)); }); });
+            auto handle =
+                std::make_shared<Cancellable>(text.subscribe([&](const std::string&) { ++delivered; }));
+            dropper->async([handle = std::move(handle)]() mutable { handle->cancel(); });
+            loop.runPosted();
+        }
+    }
+    loop.runUntilIdle();
+    EXPECT_EQ(text.value(), "499");
+    EXPECT_GE(delivered, 500U);
+}
+
+}  // namespace
+}  // namespace purlock
