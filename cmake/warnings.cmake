@@ -2,7 +2,7 @@
 add_library(purlock_options INTERFACE)
 target_compile_options(purlock_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast
-  -Woverloaded-virtual -Wnull-dereference -Wformat=2 -Wimplicit-fallthrough -Wundef -Wswitch-enum)
+  -Woverloaded-virtual -Wformat=2 -Wimplicit-fallthrough -Wundef -Wswitch-enum)
 if(PURLOCK_WERROR)
   target_compile_options(purlock_options INTERFACE -Werror)
 endif()
