@@ -37,7 +37,7 @@ void SettingsStore::setPinnedDeviceUID(std::optional<std::string> uid) {
     } else {
         defaults_->removeObjectForKey(pinnedKey);
     }
-    if (onPinnedDeviceChange) onPinnedDeviceChange(current);
+    if (const auto callback = onPinnedDeviceChange_) callback(current);
 }
 
 void SettingsStore::setLogEnabled(bool enabled) {
@@ -49,7 +49,7 @@ void SettingsStore::setPanelPinned(bool pinned) {
     panelPinned_.set(pinned);
     const bool current = panelPinned_.value();
     defaults_->setBool(current, panelPinnedKey);
-    if (onPanelPinnedChange) onPanelPinnedChange(current);
+    if (const auto callback = onPanelPinnedChange_) callback(current);
 }
 
 }  // namespace purlock

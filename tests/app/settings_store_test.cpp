@@ -49,8 +49,6 @@ TEST(SettingsStore, ReadsWhatIsStoredAndChangesNothing) {
         EXPECT_EQ(store.pinnedDeviceUID().value(), row.pinnedDeviceUID);
         EXPECT_EQ(store.logEnabled().value(), row.logEnabled);
         EXPECT_EQ(store.panelPinned().value(), row.panelPinned);
-        EXPECT_FALSE(store.onPinnedDeviceChange);
-        EXPECT_FALSE(store.onPanelPinnedChange);
         EXPECT_EQ(defaults->changes, 0);
     }
 }
@@ -66,8 +64,8 @@ struct Fixture {
             store.pinnedDeviceUID().subscribe([this](const auto& uid) { note("observed " + text(uid)); }));
         kept.push_back(store.logEnabled().subscribe([this](bool on) { note("observed log " + text(on)); }));
         kept.push_back(store.panelPinned().subscribe([this](bool on) { note("observed pin " + text(on)); }));
-        store.onPinnedDeviceChange = [this](const auto& uid) { note("callback " + text(uid)); };
-        store.onPanelPinnedChange = [this](bool on) { note("callback pin " + text(on)); };
+        store.setOnPinnedDeviceChange([this](const auto& uid) { note("callback " + text(uid)); });
+        store.setOnPanelPinnedChange([this](bool on) { note("callback pin " + text(on)); });
         events.clear();
     }
 
@@ -121,6 +119,20 @@ TEST(SettingsStore, TheLogSwitchHasNoCallback) {
     EXPECT_EQ(f.defaults->values, (Values{{"logEnabled", false}}));
     f.store.setLogEnabled(false);
     EXPECT_EQ(f.defaults->changes, 2);
+}
+
+TEST(SettingsStore, ACallbackMayReplaceItself) {
+    Fixture f;
+    int first = 0;
+    int second = 0;
+    f.store.setOnPinnedDeviceChange([&](const auto&) {
+        f.store.setOnPinnedDeviceChange([&](const auto&) { ++second; });
+        ++first;
+    });
+    f.store.setPinnedDeviceUID("a");
+    f.store.setPinnedDeviceUID("b");
+    EXPECT_EQ(first, 1);
+    EXPECT_EQ(second, 1);
 }
 
 TEST(SettingsStore, WithoutCallbacksNothingIsCalled) {

@@ -1,0 +1,151 @@
+#include "audio/audio_monitor.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "audio/bluetooth_devices.h"
+#include "audio/property_reader.h"
+#include "audio/transport_type.h"
+#include "audio/usb_descriptors.h"
+
+namespace purlock {
+
+namespace {
+
+std::string nameOf(AudioHardware& hardware, AudioObjectID device) {
+    return readText(hardware, device, kAudioObjectPropertyName).value_or("Unknown");
+}
+
+std::string uidOf(AudioHardware& hardware, AudioObjectID device) {
+    return readText(hardware, device, kAudioDevicePropertyDeviceUID).value_or("");
+}
+
+/// Having output streams is the only test of being an output device, whatever else it is.
+bool hasOutputStreams(AudioHardware& hardware, AudioObjectID device) {
+    return readSize(hardware, device, kAudioDevicePropertyStreams, kAudioObjectPropertyScopeOutput)
+               .value_or(0) != 0;
+}
+
+}  // namespace
+
+AudioMonitor::AudioMonitor(const AudioMonitorServices& services, std::shared_ptr<DevicePin> settings)
+    : services_(services),
+      queue_(services.queues.makeSerialQueue(std::string(applicationIdentifier) + ".purlock.audiomonitor")),
+      settings_(std::move(settings)) {}
+
+AudioMonitor::~AudioMonitor() {
+    uninstall(systemListeners_);
+    uninstall(deviceListeners_);
+}
+
+void AudioMonitor::start() {
+    followPin();
+    refreshDevices();
+    {
+        const std::lock_guard lock(refreshing_);
+        installSystemListeners();
+    }
+    refreshState();
+    settings_->setOnPinnedDeviceChange([weak = weak_from_this()](const auto&) {
+        if (const auto self = weak.lock()) self->refreshState();
+    });
+}
+
+/// Keeps a copy of the pin for refreshes on the queue. Subscribers hear of a change before the callback that
+/// asks for a refresh, so the copy is never behind.
+void AudioMonitor::followPin() {
+    pinSubscription_ = settings_->pinnedDeviceUID().subscribe([weak = weak_from_this()](const auto& uid) {
+        const auto self = weak.lock();
+        if (!self) return;
+        const std::lock_guard lock(self->refreshing_);
+        self->pinnedUID_ = uid;
+    });
+}
+
+void AudioMonitor::refreshDevices() {
+    const std::lock_guard lock(refreshing_);
+    AudioHardware& hardware = services_.hardware;
+    const auto objects = readObjects(hardware, kAudioObjectSystemObject, kAudioHardwarePropertyDevices,
+                                     kAudioObjectPropertyScopeGlobal);
+    if (!objects) return;
+    devices_.clear();
+    for (const AudioObjectID object : *objects) {
+        if (!hasOutputStreams(hardware, object)) continue;
+        devices_.push_back({object, nameOf(hardware, object), uidOf(hardware, object)});
+    }
+    services_.mainLoop.post([weak = weak_from_this(), devices = devices_] {
+        if (const auto self = weak.lock()) self->availableDevices_.set(devices);
+    });
+}
+
+void AudioMonitor::refreshState() {
+    const std::lock_guard lock(refreshing_);
+    const AudioObjectID device = chosenDevice();
+    if (device == 0) {
+        // The last device's listeners stay: it may come back under the same id.
+        publishState(std::nullopt);
+        return;
+    }
+    Observation observation = observe(device);
+    followDevice(device, observation.stream);
+    publishState(std::move(observation.state));
+}
+
+void AudioMonitor::refreshDevicesAndState() {
+    refreshDevices();
+    refreshState();
+}
+
+std::optional<AudioObjectID> AudioMonitor::findDeviceByUID(std::string_view uid) const {
+    const std::lock_guard lock(refreshing_);
+    return listedDevice(uid);
+}
+
+std::optional<AudioObjectID> AudioMonitor::listedDevice(std::string_view uid) const {
+    const auto found = std::ranges::find(devices_, uid, &AvailableDevice::uid);
+    return found != devices_.end() ? std::optional(found->id) : std::nullopt;
+}
+
+/// The pinned device if it is there, else the system's default, else 0. A pinned device that is absent falls
+/// back in silence; the panel tells the user.
+AudioObjectID AudioMonitor::chosenDevice() const {
+    if (pinnedUID_ && !pinnedUID_->empty()) {
+        if (const auto pinned = listedDevice(*pinnedUID_)) return *pinned;
+    }
+    AudioObjectID device = 0;
+    readValue(services_.hardware, kAudioObjectSystemObject, kAudioHardwarePropertyDefaultOutputDevice,
+              device);
+    return device;
+}
+
+AudioMonitor::Observation AudioMonitor::observe(AudioObjectID device) const {
+    AudioHardware& hardware = services_.hardware;
+    Observation observed;
+    DeviceState& state = observed.state;
+    state.deviceID = device;
+    state.name = nameOf(hardware, device);
+    state.uid = uidOf(hardware, device);
+    state.isRunning = readFlag(hardware, device, kAudioDevicePropertyDeviceIsRunningSomewhere);
+    if (const auto streams = outputStreams(hardware, device); !streams.empty()) {
+        observed.stream = streams.front();  // also on devices with several
+        state.virtualFormat = streamFormat(hardware, *observed.stream, kAudioStreamPropertyVirtualFormat);
+        state.physicalFormat = streamFormat(hardware, *observed.stream, kAudioStreamPropertyPhysicalFormat);
+    }
+    state.transportType = transportType(hardware, device);
+    if (state.transportType == DeviceTransport::usb) {
+        state.usbInfo = USBDescriptors::infoForCoreAudioUID(state.uid, services_.usb);
+    }
+    if (state.transportType == DeviceTransport::bluetooth) {
+        state.bluetoothInfo = BluetoothDevices::infoMatchingName(state.name, services_.bluetooth);
+    }
+    if (ProcessAudio::currentSourceFor(device, services_.processAudio())) state.isRunning = true;
+    return observed;
+}
+
+void AudioMonitor::publishState(std::optional<DeviceState> state) {
+    services_.mainLoop.post([weak = weak_from_this(), state = std::move(state)] {
+        if (const auto self = weak.lock()) self->state_.set(state);
+    });
+}
+
+}  // namespace purlock

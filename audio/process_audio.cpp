@@ -1,0 +1,60 @@
+#include "audio/process_audio.h"
+
+#include <algorithm>
+#include <bit>
+
+#include "audio/property_reader.h"
+
+namespace purlock::ProcessAudio {
+
+namespace {
+
+constexpr OperatingSystemVersion firstWithProcessObjects{14, 2, 0};
+
+RawProcess readProcess(AudioHardware& hardware, AudioObjectID object) {
+    std::uint32_t pid = 0;
+    readValue(hardware, object, kAudioProcessPropertyPID, pid);  // a failed read leaves 0
+    auto bundleID = readText(hardware, object, kAudioProcessPropertyBundleID);
+    if (bundleID && bundleID->empty()) bundleID.reset();
+    return {object, std::bit_cast<std::int32_t>(pid), std::move(bundleID),
+            readFlag(hardware, object, kAudioProcessPropertyIsRunningOutput)};
+}
+
+bool outputsTo(AudioHardware& hardware, const RawProcess& process, AudioObjectID device) {
+    const auto devices = readObjects(hardware, process.objectID, kAudioProcessPropertyDevices,
+                                     kAudioObjectPropertyScopeOutput);
+    return devices && std::ranges::find(*devices, device) != devices->end();
+}
+
+std::optional<std::string> applicationName(const RawProcess& process, RunningApplications& applications) {
+    const auto application = applications.runningApplicationWithProcessIdentifier(process.pid);
+    if (!application) return std::nullopt;
+    return application->localizedName ? application->localizedName : process.bundleID;
+}
+
+}  // namespace
+
+std::vector<RawProcess> audioProcesses(AudioHardware& hardware) {
+    const auto objects =
+        readObjects(hardware, kAudioObjectSystemObject, kAudioHardwarePropertyProcessObjectList,
+                    kAudioObjectPropertyScopeGlobal);
+    std::vector<RawProcess> processes;
+    if (!objects) return processes;
+    processes.reserve(objects->size());
+    for (const AudioObjectID object : *objects) processes.push_back(readProcess(hardware, object));
+    return processes;
+}
+
+std::optional<AudioProcessInfo> currentSourceFor(AudioObjectID device, const ProcessAudioServices& services) {
+    if (services.operatingSystem.version() < firstWithProcessObjects) return std::nullopt;
+    const std::vector<RawProcess> processes = audioProcesses(services.hardware);
+    auto source = std::ranges::find_if(processes, [&](const RawProcess& process) {
+        return process.isRunningOutput && outputsTo(services.hardware, process, device);
+    });
+    if (source == processes.end()) source = std::ranges::find_if(processes, &RawProcess::isRunningOutput);
+    if (source == processes.end()) return std::nullopt;
+    return AudioProcessInfo{source->pid, source->bundleID, applicationName(*source, services.applications),
+                            true};
+}
+
+}  // namespace purlock::ProcessAudio
