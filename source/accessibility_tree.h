@@ -33,15 +33,17 @@ class AccessibilityElement {
     AccessibilityElement& operator=(const AccessibilityElement&) = delete;
 
     /// The value of "AXValue", "AXTitle", "AXDescription", "AXHelp" or "AXChildren"; absent when the element
-    /// does not have it or cannot be asked. The content is the other application's: any length, any bytes,
-    /// cycles included.
+    /// does not have it or cannot be asked. The content is the other application's and may be anything.
     virtual std::optional<AttributeValue> copyAttributeValue(std::string_view attribute) = 0;
 };
 
 /// Other applications' elements. Owned by the host, which outlives its users; main thread only.
 ///
 /// No call waits for another application: a host that has no answer at hand gives "absent" and has it later.
-/// On macOS this is AXIsProcessTrusted, AXUIElementCreateApplication and AXUIElementCopyAttributeValue.
+/// Where an application could answer with endless texts or with cycles among its children, the host cuts them
+/// short, so that looking at every element to a depth of a dozen takes no longer than the main thread can
+/// spare. On macOS this is AXIsProcessTrusted, AXUIElementCreateApplication and
+/// AXUIElementCopyAttributeValue.
 class AccessibilityTree {
   public:
     AccessibilityTree() = default;
