@@ -23,7 +23,8 @@ FakeAudioHardware::Bytes bytesOf(const Value* values, std::size_t count) {
 
 }  // namespace
 
-void FakeAudioHardware::setBytes(AudioObjectID object, std::uint32_t selector, std::uint32_t scope, Bytes bytes) {
+void FakeAudioHardware::setBytes(AudioObjectID object, std::uint32_t selector, std::uint32_t scope,
+                                 Bytes bytes) {
     const std::lock_guard lock(mutex_);
     Property property;
     property.bytes = std::move(bytes);
@@ -39,7 +40,8 @@ void FakeAudioHardware::setValue(AudioObjectID object, std::uint32_t selector, s
     setBytes(object, selector, global, bytesOf(&value, 1));
 }
 
-void FakeAudioHardware::setText(AudioObjectID object, std::uint32_t selector, std::optional<std::string> text) {
+void FakeAudioHardware::setText(AudioObjectID object, std::uint32_t selector,
+                                std::optional<std::string> text) {
     const std::lock_guard lock(mutex_);
     Property property;
     property.text = std::move(text);
@@ -47,7 +49,8 @@ void FakeAudioHardware::setText(AudioObjectID object, std::uint32_t selector, st
     properties_[{object, selector, global}] = std::move(property);
 }
 
-void FakeAudioHardware::setFormat(AudioObjectID stream, std::uint32_t selector, const StreamDescription& description) {
+void FakeAudioHardware::setFormat(AudioObjectID stream, std::uint32_t selector,
+                                  const StreamDescription& description) {
     setBytes(stream, selector, global, bytesOf(&description, 1));
 }
 
@@ -89,7 +92,8 @@ void FakeAudioHardware::onRead(std::function<void(AudioObjectID, std::uint32_t)>
 
 void FakeAudioHardware::notify(AudioObjectID object, std::uint32_t selector, std::uint32_t scope) {
     for (const Listener& listener : listeners()) {
-        if (listener.object != object || listener.address.selector != selector || listener.address.scope != scope) {
+        if (listener.object != object || listener.address.selector != selector ||
+            listener.address.scope != scope) {
             continue;
         }
         listener.queue->async([block = listener.block] { (*block)(); });
@@ -125,9 +129,11 @@ void FakeAudioHardware::beforeRead(AudioObjectID object, const PropertyAddress& 
     if (callback) callback(object, address.selector);
 }
 
-const FakeAudioHardware::Property* FakeAudioHardware::find(AudioObjectID object, const PropertyAddress& address) const {
+const FakeAudioHardware::Property* FakeAudioHardware::find(AudioObjectID object,
+                                                           const PropertyAddress& address) const {
     const auto found = properties_.find(keyOf(object, address));
-    return found != properties_.end() && address.element == kAudioObjectPropertyElementMain ? &found->second : nullptr;
+    return found != properties_.end() && address.element == kAudioObjectPropertyElementMain ? &found->second
+                                                                                            : nullptr;
 }
 
 HardwareStatus FakeAudioHardware::getPropertyDataSize(AudioObjectID object, const PropertyAddress& address,
@@ -164,7 +170,8 @@ HardwareStatus FakeAudioHardware::getPropertyText(AudioObjectID object, const Pr
     return noErr;
 }
 
-HardwareStatus FakeAudioHardware::addPropertyListenerBlock(AudioObjectID object, const PropertyAddress& address,
+HardwareStatus FakeAudioHardware::addPropertyListenerBlock(AudioObjectID object,
+                                                           const PropertyAddress& address,
                                                            const std::shared_ptr<SerialQueue>& queue,
                                                            const ListenerBlock& block) {
     const std::lock_guard lock(mutex_);
@@ -173,7 +180,8 @@ HardwareStatus FakeAudioHardware::addPropertyListenerBlock(AudioObjectID object,
     return noErr;
 }
 
-HardwareStatus FakeAudioHardware::removePropertyListenerBlock(AudioObjectID object, const PropertyAddress& address,
+HardwareStatus FakeAudioHardware::removePropertyListenerBlock(AudioObjectID object,
+                                                              const PropertyAddress& address,
                                                               const std::shared_ptr<SerialQueue>& queue,
                                                               const ListenerBlock& block) {
     const std::lock_guard lock(mutex_);
@@ -215,7 +223,8 @@ StreamDescription floatStream(double rate) {
 
 StreamDescription integerStream(double rate, std::uint32_t bits) {
     const std::uint32_t frame = 2 * bits / 8;
-    return {rate, formatLinearPCM, formatFlagIsSignedInteger | formatFlagIsPacked, frame, 1, frame, 2, bits, 0};
+    return {rate, formatLinearPCM, formatFlagIsSignedInteger | formatFlagIsPacked, frame, 1, frame, 2, bits,
+            0};
 }
 
 }  // namespace purlock::test

@@ -15,8 +15,8 @@
 
 namespace purlock::test {
 
-/// A hardware layer in memory: a store of properties that can also refuse, shrink, lie about sizes and vanish in
-/// mid-read. Any thread.
+/// A hardware layer in memory: a store of properties that can also refuse, shrink, lie about sizes and vanish
+/// in mid-read. Any thread.
 class FakeAudioHardware final : public AudioHardware {
   public:
     using Bytes = std::vector<std::uint8_t>;

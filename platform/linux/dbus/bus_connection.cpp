@@ -1,0 +1,182 @@
+#include "platform/linux/dbus/bus_connection.h"
+
+#include <systemd/sd-bus.h>
+#include <systemd/sd-event.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace purlock::host_linux {
+
+namespace {
+
+constexpr std::chrono::milliseconds firstDelay{100};
+constexpr std::chrono::milliseconds longestDelay{1000};
+
+constexpr const char* localPath = "/org/freedesktop/DBus/Local";
+constexpr const char* localName = "org.freedesktop.DBus.Local";
+
+}  // namespace
+
+/// The callback of a call, owned by its slot, which dies with the reply or with the connection.
+struct BusConnection::PendingCall {
+    PendingCall(std::shared_ptr<std::size_t> pendingCalls, ReplyCallback onReply)
+        : count(std::move(pendingCalls)), callback(std::move(onReply)) {
+        ++*count;
+    }
+    ~PendingCall() { --*count; }
+    PendingCall(const PendingCall&) = delete;
+    PendingCall& operator=(const PendingCall&) = delete;
+
+    static void destroy(void* pending) { delete static_cast<PendingCall*>(pending); }
+
+    const std::shared_ptr<std::size_t> count;
+    ReplyCallback callback;
+};
+
+struct BusConnection::Match {
+    static void destroy(void* match) { delete static_cast<Match*>(match); }
+
+    SignalCallback callback;
+};
+
+/// What sd-bus calls. Anything but 0 would keep a signal from other rules that match it.
+struct BusConnection::Callbacks {
+    static int onConnected(sd_bus_message*, void* self, sd_bus_error*) {
+        static_cast<BusConnection*>(self)->becomeConnected();
+        return 0;
+    }
+
+    static int onDisconnected(sd_bus_message*, void* self, sd_bus_error*) {
+        static_cast<BusConnection*>(self)->becomeLost();
+        return 0;
+    }
+
+    /// The slot lives until this returns, also when the callback drops the connection.
+    static int onReply(sd_bus_message* message, void* pending, sd_bus_error*) {
+        static_cast<PendingCall*>(pending)->callback(BusIncoming(message));
+        return 0;
+    }
+
+    static int onSignal(sd_bus_message* message, void* match, sd_bus_error*) {
+        static_cast<Match*>(match)->callback(BusIncoming(message));
+        return 0;
+    }
+};
+
+void BusSlot::Deleter::operator()(sd_bus_slot* slot) const {
+    sd_bus_slot_unref(slot);
+}
+
+void BusConnection::BusDeleter::operator()(sd_bus* bus) const {
+    sd_bus_detach_event(bus);
+    sd_bus_close_unref(bus);  // without a flush, which would wait
+}
+
+BusConnection::BusConnection(BusThread& thread, std::string address, BusConnectionEvents events)
+    : thread_(thread),
+      address_(std::move(address)),
+      events_(std::move(events)),
+      retry_(thread),
+      delay_(firstDelay) {
+    connect();
+}
+
+BusConnection::~BusConnection() = default;
+
+void BusConnection::connect() {
+    bus_.reset();
+    sd_bus* bus = nullptr;
+    if (sd_bus_new(&bus) >= 0) {
+        bus_.reset(bus);
+        if (start()) return;
+    }
+    bus_.reset();
+    retryLater();
+}
+
+bool BusConnection::start() {
+    sd_bus* bus = bus_.get();
+    return sd_bus_set_address(bus, address_.c_str()) >= 0 && sd_bus_set_bus_client(bus, 1) >= 0 &&
+           sd_bus_negotiate_fds(bus, 0) >= 0 && sd_bus_set_connected_signal(bus, 1) >= 0 &&
+           sd_bus_set_close_on_exit(bus, 0) >= 0 && watchState() &&
+           sd_bus_attach_event(bus, thread_.event(), SD_EVENT_PRIORITY_NORMAL) >= 0 && sd_bus_start(bus) >= 0;
+}
+
+/// Both signals are made by sd-bus itself and never sent over the bus.
+bool BusConnection::watchState() {
+    return sd_bus_match_signal_async(bus_.get(), nullptr, localName, localPath, localName, "Connected",
+                                     &Callbacks::onConnected, nullptr, this) >= 0 &&
+           sd_bus_match_signal_async(bus_.get(), nullptr, localName, localPath, localName, "Disconnected",
+                                     &Callbacks::onDisconnected, nullptr, this) >= 0;
+}
+
+void BusConnection::retryLater() {
+    retry_.start(delay_, [this] { connect(); });
+    delay_ = std::min(delay_ * 2, longestDelay);
+}
+
+void BusConnection::becomeConnected() {
+    const char* name = nullptr;
+    uniqueName_ = sd_bus_get_unique_name(bus_.get(), &name) >= 0 && name != nullptr ? name : "";
+    connected_ = true;
+    delay_ = firstDelay;
+    if (events_.connected) events_.connected();
+}
+
+/// Also reached when a connection fails before it was ever complete.
+void BusConnection::becomeLost() {
+    const bool wasConnected = std::exchange(connected_, false);
+    uniqueName_.clear();
+    retryLater();  // the dead bus is dropped then, not within its own callback
+    if (wasConnected && events_.lost) events_.lost();
+}
+
+BusCall BusConnection::newCall(const BusMethod& method) const {
+    sd_bus_message* message = nullptr;
+    if (!connected_ ||
+        sd_bus_message_new_method_call(bus_.get(), &message, method.destination.c_str(), method.path.c_str(),
+                                       method.interface.c_str(), method.member.c_str()) < 0) {
+        return BusCall(nullptr);
+    }
+    sd_bus_message_set_auto_start(message, 0);  // asking after a service must not start it
+    return BusCall(OwnedBusMessage(message));
+}
+
+bool BusConnection::call(const BusCall& call, std::chrono::milliseconds timeLimit, ReplyCallback onReply) {
+    if (!connected_ || !call.valid() || *pendingCalls_ >= maximumPendingCalls) return false;
+    auto pending = std::make_unique<PendingCall>(pendingCalls_, std::move(onReply));
+    const auto microseconds = static_cast<std::uint64_t>(std::chrono::microseconds(timeLimit).count());
+    sd_bus_slot* slot = nullptr;
+    if (sd_bus_call_async(bus_.get(), &slot, call.message(), &Callbacks::onReply, pending.get(),
+                          microseconds) < 0) {
+        return false;
+    }
+    sd_bus_slot_set_destroy_callback(slot, &PendingCall::destroy);
+    pending.release();
+    sd_bus_slot_set_floating(slot, 1);
+    sd_bus_slot_unref(slot);
+    return true;
+}
+
+void BusConnection::send(const BusCall& call) {
+    if (!connected_ || !call.valid()) return;
+    sd_bus_message_set_expect_reply(call.message(), 0);
+    sd_bus_send(bus_.get(), call.message(), nullptr);
+}
+
+BusSlot BusConnection::addMatch(const std::string& rule, SignalCallback onSignal) {
+    if (!connected_) return BusSlot();
+    auto match = std::make_unique<Match>();
+    match->callback = std::move(onSignal);
+    sd_bus_slot* slot = nullptr;
+    if (sd_bus_add_match_async(bus_.get(), &slot, rule.c_str(), &Callbacks::onSignal, nullptr, match.get()) <
+        0) {
+        return BusSlot();
+    }
+    sd_bus_slot_set_destroy_callback(slot, &Match::destroy);
+    match.release();
+    return BusSlot(slot);
+}
+
+}  // namespace purlock::host_linux

@@ -1,0 +1,211 @@
+#include "platform/linux/dbus/bus_connection.h"
+
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/linux/dbus/bus_address.h"
+#include "platform/linux/dbus/bus_name_watch.h"
+#include "tests/support/private_bus.h"
+
+namespace purlock::host_linux {
+namespace {
+
+using test::PrivateBus;
+using test::waitUntil;
+using namespace std::chrono_literals;
+
+/// A connection on its own bus thread, and what it told.
+class BusConnectionTest : public ::testing::Test {
+  protected:
+    std::unique_ptr<OnBusThread<BusConnection>> connect(const std::string& address) {
+        return std::make_unique<OnBusThread<BusConnection>>(thread_, [this, address] {
+            return std::make_unique<BusConnection>(
+                thread_, address, BusConnectionEvents{[this] { ++connected_; }, [this] { ++lost_; }});
+        });
+    }
+
+    /// Calls a method of the bus itself and waits for what came back: the error's name, or the first text.
+    std::string ask(OnBusThread<BusConnection>& connection, const char* member, const char* argument,
+                    std::chrono::milliseconds limit = 5s) {
+        auto answer = std::make_shared<std::string>();
+        auto done = std::make_shared<std::atomic<bool>>(false);
+        connection.post([=](BusConnection& bus) {
+            auto call = bus.newCall(
+                {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", member});
+            if (argument != nullptr) call.append(argument);
+            const bool sent = bus.call(call, limit, [=](const BusIncoming& reply) {
+                *answer =
+                    reply.isError() ? std::string(reply.errorName()) : reply.reader().nextText().value_or("");
+                *done = true;
+            });
+            if (!sent) *answer = "not sent";
+            if (!sent) *done = true;
+        });
+        EXPECT_TRUE(waitUntil([&] { return done->load(); }));
+        return *answer;
+    }
+
+    BusThread thread_;
+    std::atomic<int> connected_ = 0;
+    std::atomic<int> lost_ = 0;
+};
+
+TEST_F(BusConnectionTest, ConnectsAndCalls) {
+    PrivateBus bus;
+    const auto connection = connect(bus.address());
+    ASSERT_TRUE(waitUntil([&] { return connected_ == 1; }));
+    EXPECT_EQ(ask(*connection, "GetNameOwner", "org.freedesktop.DBus"), "org.freedesktop.DBus");
+    EXPECT_EQ(ask(*connection, "GetNameOwner", "org.nobody.Here"),
+              "org.freedesktop.DBus.Error.NameHasNoOwner");
+    EXPECT_EQ(lost_, 0);
+}
+
+TEST_F(BusConnectionTest, ABusThatAppearsLaterIsFound) {
+    test::TemporaryFolder folder;
+    const std::string wanted = (folder.path() / "later" / "bus").string();
+    const auto connection = connect(busAddressOfPath(wanted));
+    EXPECT_EQ(ask(*connection, "GetId", nullptr), "not sent");
+    PrivateBus bus;
+    std::filesystem::create_directory_symlink(bus.folder().path(), folder.path() / "later");
+    EXPECT_TRUE(waitUntil([&] { return connected_ == 1; }, 2s));
+}
+
+TEST_F(BusConnectionTest, ComesBackWithinTwoSecondsOfTheBus) {
+    PrivateBus bus;
+    const auto connection = connect(bus.address());
+    for (int round = 1; round <= 5; ++round) {
+        SCOPED_TRACE(round);
+        ASSERT_TRUE(waitUntil([&] { return connected_ == round; }, 2s));
+        EXPECT_EQ(ask(*connection, "GetNameOwner", "org.freedesktop.DBus"), "org.freedesktop.DBus");
+        bus.kill();
+        ASSERT_TRUE(waitUntil([&] { return lost_ == round; }, 2s));
+        EXPECT_EQ(ask(*connection, "GetId", nullptr), "not sent");
+        ASSERT_TRUE(bus.start());
+    }
+}
+
+TEST_F(BusConnectionTest, ACallUnderWayFailsWhenTheBusDies) {
+    PrivateBus bus;
+    const auto connection = connect(bus.address());
+    ASSERT_TRUE(waitUntil([&] { return connected_ == 1; }));
+    bus.pause();
+    std::atomic<bool> failedBeforeLoss = false;
+    connection->post([&](BusConnection& link) {
+        const auto call = link.newCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"});
+        EXPECT_TRUE(link.call(
+            call, 60s, [&](const BusIncoming& reply) { failedBeforeLoss = reply.isError() && lost_ == 0; }));
+    });
+    bus.kill();
+    ASSERT_TRUE(waitUntil([&] { return lost_ == 1; }));
+    EXPECT_TRUE(failedBeforeLoss);
+}
+
+TEST_F(BusConnectionTest, ACallWithoutAnAnswerEndsAtItsTimeLimit) {
+    PrivateBus bus;
+    const auto connection = connect(bus.address());
+    ASSERT_TRUE(waitUntil([&] { return connected_ == 1; }));
+    bus.pause();
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(ask(*connection, "GetId", nullptr, 100ms), "org.freedesktop.DBus.Error.NoReply");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);
+    bus.resume();
+}
+
+TEST_F(BusConnectionTest, CallsBeyondTheBoundAreRefused) {
+    PrivateBus bus;
+    const auto connection = connect(bus.address());
+    ASSERT_TRUE(waitUntil([&] { return connected_ == 1; }));
+    std::atomic<int> sent = 0;
+    std::atomic<int> replies = 0;
+    std::atomic<bool> done = false;
+    connection->post([&](BusConnection& link) {
+        for (std::size_t i = 0; i < BusConnection::maximumPendingCalls + 10; ++i) {
+            const auto call = link.newCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"});
+            if (link.call(call, 60s, [&](const BusIncoming&) { ++replies; })) ++sent;
+        }
+        done = true;
+    });
+    ASSERT_TRUE(waitUntil([&] { return done.load(); }));
+    EXPECT_EQ(sent, static_cast<int>(BusConnection::maximumPendingCalls));
+    EXPECT_TRUE(waitUntil([&] { return replies == sent; }));
+    EXPECT_EQ(ask(*connection, "GetNameOwner", "org.freedesktop.DBus"), "org.freedesktop.DBus");
+}
+
+TEST_F(BusConnectionTest, ACallbackMayDropTheConnection) {
+    PrivateBus bus;
+    std::unique_ptr<BusConnection> connection;
+    std::atomic<bool> dropped = false;
+    thread_.runAndWait([&] {
+        connection = std::make_unique<BusConnection>(
+            thread_, bus.address(),
+            BusConnectionEvents{[&] {
+                                    const auto call = connection->newCall(
+                                        {"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"});
+                                    EXPECT_TRUE(connection->call(call, 5s, [&](const auto&) {
+                                        connection.reset();
+                                        dropped = true;
+                                    }));
+                                },
+                                {}});
+    });
+    EXPECT_TRUE(waitUntil([&] { return dropped.load(); }));
+    thread_.runAndWait([&] { connection.reset(); });
+}
+
+TEST_F(BusConnectionTest, FollowsTheOwnerOfAName) {
+    PrivateBus bus;
+    const auto watching = connect(bus.address());
+    const auto owning = connect(bus.address());
+    ASSERT_TRUE(waitUntil([&] { return connected_ == 2; }));
+    std::vector<std::string> owners;
+    std::unique_ptr<BusNameWatch> watch;
+    watching->post([&](BusConnection& link) {
+        watch = std::make_unique<BusNameWatch>(link, "org.purlock.Test",
+                                               [&](const std::string& owner) { owners.push_back(owner); });
+    });
+    const auto history = [&] {
+        std::vector<std::string> copy;
+        thread_.runAndWait([&] { copy = owners; });
+        return copy;
+    };
+    ASSERT_TRUE(waitUntil([&] { return history().size() == 1; }));
+    const auto change = [&](const char* member) {
+        owning->post([member](BusConnection& link) {
+            auto call = link.newCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", member});
+            call.append("org.purlock.Test");
+            if (std::string(member) == "RequestName") call.append(std::uint32_t{0});
+            link.send(call);
+        });
+    };
+    change("RequestName");
+    ASSERT_TRUE(waitUntil([&] { return history().size() == 2; }));
+    change("ReleaseName");
+    ASSERT_TRUE(waitUntil([&] { return history().size() == 3; }));
+    EXPECT_EQ(history()[0], "");
+    EXPECT_EQ(history()[1].substr(0, 1), ":");
+    EXPECT_EQ(history()[2], "");
+    thread_.runAndWait([&] { watch.reset(); });
+}
+
+TEST_F(BusConnectionTest, AnIdleConnectionWakesNobody) {
+    PrivateBus bus;
+    const auto connection = connect(bus.address());
+    ASSERT_TRUE(waitUntil([&] { return connected_ == 1; }));
+    const auto switches = [&] {
+        rusage usage{};
+        thread_.runAndWait([&] { getrusage(RUSAGE_THREAD, &usage); });
+        return usage.ru_nvcsw;
+    };
+    switches();
+    const auto before = switches();
+    std::this_thread::sleep_for(1500ms);  // the watched idleness itself
+    EXPECT_LE(switches() - before, 1);    // the one that asks
+}
+
+}  // namespace
+}  // namespace purlock::host_linux
