@@ -28,9 +28,9 @@ bool hasOutputStreams(AudioHardware& hardware, AudioObjectID device) {
 
 }  // namespace
 
-AudioMonitor::AudioMonitor(const AudioMonitorServices& services, std::shared_ptr<DevicePin> settings)
-    : services_(services),
-      queue_(services.queues.makeSerialQueue(std::string(applicationIdentifier) + ".purlock.audiomonitor")),
+AudioMonitor::AudioMonitor(const AudioMonitorSeams& seams, std::shared_ptr<DevicePin> settings)
+    : seams_(seams),
+      queue_(seams.queues.makeSerialQueue(std::string(applicationIdentifier) + ".purlock.audiomonitor")),
       settings_(std::move(settings)) {}
 
 AudioMonitor::~AudioMonitor() {
@@ -64,7 +64,7 @@ void AudioMonitor::followPin() {
 
 void AudioMonitor::refreshDevices() {
     const std::lock_guard lock(refreshing_);
-    AudioHardware& hardware = services_.hardware;
+    AudioHardware& hardware = seams_.hardware;
     const auto objects = readObjects(hardware, kAudioObjectSystemObject, kAudioHardwarePropertyDevices,
                                      kAudioObjectPropertyScopeGlobal);
     if (!objects) return;
@@ -73,7 +73,7 @@ void AudioMonitor::refreshDevices() {
         if (!hasOutputStreams(hardware, object)) continue;
         devices_.push_back({object, nameOf(hardware, object), uidOf(hardware, object)});
     }
-    services_.mainLoop.post([weak = weak_from_this(), devices = devices_] {
+    seams_.mainLoop.post([weak = weak_from_this(), devices = devices_] {
         if (const auto self = weak.lock()) self->availableDevices_.set(devices);
     });
 }
@@ -113,13 +113,12 @@ AudioObjectID AudioMonitor::chosenDevice() const {
         if (const auto pinned = listedDevice(*pinnedUID_)) return *pinned;
     }
     AudioObjectID device = 0;
-    readValue(services_.hardware, kAudioObjectSystemObject, kAudioHardwarePropertyDefaultOutputDevice,
-              device);
+    readValue(seams_.hardware, kAudioObjectSystemObject, kAudioHardwarePropertyDefaultOutputDevice, device);
     return device;
 }
 
 AudioMonitor::Observation AudioMonitor::observe(AudioObjectID device) const {
-    AudioHardware& hardware = services_.hardware;
+    AudioHardware& hardware = seams_.hardware;
     Observation observed;
     DeviceState& state = observed.state;
     state.deviceID = device;
@@ -133,17 +132,17 @@ AudioMonitor::Observation AudioMonitor::observe(AudioObjectID device) const {
     }
     state.transportType = transportType(hardware, device);
     if (state.transportType == DeviceTransport::usb) {
-        state.usbInfo = USBDescriptors::infoForCoreAudioUID(state.uid, services_.usb);
+        state.usbInfo = USBDescriptors::infoForCoreAudioUID(state.uid, seams_.usb);
     }
     if (state.transportType == DeviceTransport::bluetooth) {
-        state.bluetoothInfo = BluetoothDevices::infoMatchingName(state.name, services_.bluetooth);
+        state.bluetoothInfo = BluetoothDevices::infoMatchingName(state.name, seams_.bluetooth);
     }
-    if (ProcessAudio::currentSourceFor(device, services_.processAudio())) state.isRunning = true;
+    if (ProcessAudio::currentSourceFor(device, seams_.processAudio())) state.isRunning = true;
     return observed;
 }
 
 void AudioMonitor::publishState(std::optional<DeviceState> state) {
-    services_.mainLoop.post([weak = weak_from_this(), state = std::move(state)] {
+    seams_.mainLoop.post([weak = weak_from_this(), state = std::move(state)] {
         if (const auto self = weak.lock()) self->state_.set(state);
     });
 }

@@ -32,7 +32,7 @@ struct AvailableDevice {
 };
 
 /// What the audio monitor asks of the host. All of it outlives the monitor.
-struct AudioMonitorServices {
+struct AudioMonitorSeams {
     AudioHardware& hardware;
     UsbRegistry& usb;
     BluetoothStack& bluetooth;
@@ -41,7 +41,7 @@ struct AudioMonitorServices {
     RunLoop& mainLoop;
     SerialQueueFactory& queues;
 
-    ProcessAudioServices processAudio() const { return {hardware, applications, operatingSystem}; }
+    ProcessAudioSeams processAudio() const { return {hardware, applications, operatingSystem}; }
 };
 
 /// Watches the audio hardware layer: which output devices there are, and the state of the one that is judged
@@ -54,7 +54,7 @@ struct AudioMonitorServices {
 /// refreshes ran. Nothing here fails: what cannot be read becomes a default.
 class AudioMonitor : public std::enable_shared_from_this<AudioMonitor> {
   public:
-    AudioMonitor(const AudioMonitorServices& services, std::shared_ptr<DevicePin> settings);
+    AudioMonitor(const AudioMonitorSeams& seams, std::shared_ptr<DevicePin> settings);
 
     /// Removes every listener.
     ~AudioMonitor();
@@ -118,7 +118,7 @@ class AudioMonitor : public std::enable_shared_from_this<AudioMonitor> {
 
     Published<std::optional<DeviceState>> state_;
     Published<std::vector<AvailableDevice>> availableDevices_;
-    const AudioMonitorServices services_;
+    const AudioMonitorSeams seams_;
     const std::shared_ptr<SerialQueue> queue_;
     const std::shared_ptr<DevicePin> settings_;
     Cancellable pinSubscription_;

@@ -16,7 +16,7 @@ void AudioMonitor::installListener(AudioObjectID objectID, std::uint32_t selecto
         if (const auto self = weak.lock()) (self.get()->*action)();
     });
     // A listener that the layer refuses is not recorded, so that a later call may try again.
-    if (services_.hardware.addPropertyListenerBlock(objectID, address, queue_, block) == noErr) {
+    if (seams_.hardware.addPropertyListenerBlock(objectID, address, queue_, block) == noErr) {
         store.emplace(key, InstalledListener{address, block});
     }
 }
@@ -70,8 +70,7 @@ void AudioMonitor::followDevice(AudioObjectID device, std::optional<AudioObjectI
 
 void AudioMonitor::uninstall(Listeners& listeners) {
     for (const auto& [key, listener] : listeners) {
-        services_.hardware.removePropertyListenerBlock(key.objectID, listener.address, queue_,
-                                                       listener.block);
+        seams_.hardware.removePropertyListenerBlock(key.objectID, listener.address, queue_, listener.block);
     }
     listeners.clear();
 }

@@ -45,15 +45,15 @@ std::vector<RawProcess> audioProcesses(AudioHardware& hardware) {
     return processes;
 }
 
-std::optional<AudioProcessInfo> currentSourceFor(AudioObjectID device, const ProcessAudioServices& services) {
-    if (services.operatingSystem.version() < firstWithProcessObjects) return std::nullopt;
-    const std::vector<RawProcess> processes = audioProcesses(services.hardware);
+std::optional<AudioProcessInfo> currentSourceFor(AudioObjectID device, const ProcessAudioSeams& seams) {
+    if (seams.operatingSystem.version() < firstWithProcessObjects) return std::nullopt;
+    const std::vector<RawProcess> processes = audioProcesses(seams.hardware);
     auto source = std::ranges::find_if(processes, [&](const RawProcess& process) {
-        return process.isRunningOutput && outputsTo(services.hardware, process, device);
+        return process.isRunningOutput && outputsTo(seams.hardware, process, device);
     });
     if (source == processes.end()) source = std::ranges::find_if(processes, &RawProcess::isRunningOutput);
     if (source == processes.end()) return std::nullopt;
-    return AudioProcessInfo{source->pid, source->bundleID, applicationName(*source, services.applications),
+    return AudioProcessInfo{source->pid, source->bundleID, applicationName(*source, seams.applications),
                             true};
 }
 

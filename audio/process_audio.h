@@ -13,7 +13,7 @@
 namespace purlock {
 
 /// What the per-process lookups ask.
-struct ProcessAudioServices {
+struct ProcessAudioSeams {
     AudioHardware& hardware;
     RunningApplications& applications;
     OperatingSystem& operatingSystem;
@@ -38,7 +38,7 @@ std::vector<RawProcess> audioProcesses(AudioHardware& hardware);
 /// The process that is the source of what `device` plays: the first that produces output on it, else the
 /// first that produces output anywhere, for some answer is preferred to none. Absent when none does, and on
 /// systems before 14.2, which have no process objects.
-std::optional<AudioProcessInfo> currentSourceFor(AudioObjectID device, const ProcessAudioServices& services);
+std::optional<AudioProcessInfo> currentSourceFor(AudioObjectID device, const ProcessAudioSeams& seams);
 
 }  // namespace ProcessAudio
 

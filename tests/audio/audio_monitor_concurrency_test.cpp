@@ -21,8 +21,7 @@ struct ThreadedFixture : test::MonitorFixture {
     ThreadedFixture() {
         kept.clear();
         monitor = std::make_shared<AudioMonitor>(
-            AudioMonitorServices{hardware, usb, bluetooth, applications, operatingSystem, loop, pool},
-            settings);
+            AudioMonitorSeams{hardware, usb, bluetooth, applications, operatingSystem, loop, pool}, settings);
     }
 
     ~ThreadedFixture() { monitor.reset(); }

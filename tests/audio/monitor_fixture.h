@@ -67,7 +67,7 @@ struct MonitorFixture {
 
     void make() {
         monitor = std::make_shared<AudioMonitor>(
-            AudioMonitorServices{hardware, usb, bluetooth, applications, operatingSystem, loop, queues},
+            AudioMonitorSeams{hardware, usb, bluetooth, applications, operatingSystem, loop, queues},
             settings);
         kept.push_back(monitor->state().subscribe([this](const auto& state) {
             states.push_back(state);

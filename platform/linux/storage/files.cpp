@@ -52,6 +52,23 @@ bool writeNamed(const fs::path& temporary, std::string_view text) {
     return file && writeAll(file.get(), text);
 }
 
+/// One write at the end of the file; a part that a full disk let through is cut off again.
+bool appendWhole(int descriptor, std::string_view bytes) {
+    ssize_t count = -1;
+    do {
+        count = ::write(descriptor, bytes.data(), bytes.size());
+    } while (count < 0 && errno == EINTR);
+    if (count == static_cast<ssize_t>(bytes.size())) return true;
+    const off_t end = ::lseek(descriptor, 0, SEEK_CUR);
+    if (count > 0 && end >= count) static_cast<void>(::ftruncate(descriptor, end - count) == 0);
+    return false;
+}
+
+bool isRegularFile(int descriptor) {
+    struct stat info {};
+    return ::fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode);
+}
+
 }  // namespace
 
 FileText readWholeFile(const fs::path& file, std::size_t limit) {
@@ -60,8 +77,7 @@ FileText readWholeFile(const fs::path& file, std::size_t limit) {
         const bool missing = errno == ENOENT || errno == ENOTDIR;
         return {missing ? FileStatus::missing : FileStatus::unreadable, {}};
     }
-    struct stat info {};
-    if (::fstat(descriptor.get(), &info) != 0 || !S_ISREG(info.st_mode)) return {FileStatus::unreadable, {}};
+    if (!isRegularFile(descriptor.get())) return {FileStatus::unreadable, {}};
     // The size is only a hint: files of /proc say 0, and any file may grow meanwhile.
     std::string text;
     std::size_t size = 0;
@@ -84,6 +100,17 @@ bool replaceFile(const fs::path& file, std::string_view text) {
     if (written && ::rename(temporary.c_str(), file.c_str()) == 0) return true;
     ::unlink(temporary.c_str());
     return false;
+}
+
+bool appendToFile(const fs::path& file, std::string_view bytes) {
+    const FileDescriptor descriptor(::open(file.c_str(), O_WRONLY | O_APPEND | O_NONBLOCK | O_CLOEXEC));
+    return descriptor && isRegularFile(descriptor.get()) && appendWhole(descriptor.get(), bytes);
+}
+
+bool createFile(const fs::path& file, std::string_view bytes) {
+    const FileDescriptor descriptor(
+        ::open(file.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_APPEND | O_CLOEXEC, ownerOnly));
+    return descriptor && appendWhole(descriptor.get(), bytes);
 }
 
 }  // namespace purlock::host_linux

@@ -29,4 +29,14 @@ FileText readWholeFile(const std::filesystem::path& file, std::size_t limit);
 /// was done.
 bool replaceFile(const std::filesystem::path& file, std::string_view text);
 
+// Both of these make one write, so that lines of two writers never mix, and take back what a full disk let
+// through of it. Neither waits for a pipe or a device in the file's place. They return whether all of it was
+// written.
+
+/// Adds `bytes` at the end of an existing regular file.
+bool appendToFile(const std::filesystem::path& file, std::string_view bytes);
+
+/// Writes a file that does not exist yet.
+bool createFile(const std::filesystem::path& file, std::string_view bytes);
+
 }  // namespace purlock::host_linux

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+#include "base/json.h"
+#include "core/verdict.h"
+
+namespace purlock {
+
+// How the log and the snapshot write a device's state. Pure; any thread.
+
+/// "bitsPerChannel", "channels", "label" and "sampleRate" of a format; null when it is absent.
+JsonValue formatJson(const std::optional<AudioFormat>& format);
+
+/// The same with "bitsPerSecond".
+JsonValue formatJsonWithBitRate(const std::optional<AudioFormat>& format);
+
+/// "idle", "bitPerfect", "resampling", "unknown".
+std::string_view verdictName(const Verdict& verdict);
+
+/// The words that the user reads: "Idle", "Bit-perfect", "Resampling", "No device".
+std::string_view verdictHeadline(const Verdict& verdict);
+
+}  // namespace purlock

@@ -1,0 +1,68 @@
+#include "app/state_snapshot.h"
+
+#include <string>
+#include <utility>
+
+#include "app/iso8601.h"
+#include "app/state_json.h"
+
+namespace purlock {
+
+namespace {
+
+JsonValue deviceJson(const DeviceState& state) {
+    return JsonValue::Object{{"isRunning", state.isRunning},
+                             {"name", state.name},
+                             {"transport", rawValue(state.transportType)},
+                             {"uid", state.uid}};
+}
+
+/// The rate and depth that go with the verdict: the device's own when it resamples, else the mixer's.
+std::optional<AudioFormat> judgedFormat(const Verdict& verdict) {
+    return std::visit(
+        Overloaded{
+            [](const verdict::Idle& idle) { return std::optional(idle.format); },
+            [](const verdict::BitPerfect& perfect) { return std::optional(perfect.format); },
+            [](const verdict::Resampling& resampling) { return std::optional(resampling.physicalFormat); },
+            [](const verdict::Unknown&) { return std::optional<AudioFormat>(); },
+        },
+        verdict);
+}
+
+JsonValue verdictJson(const DeviceState& state) {
+    const Verdict verdict = deviceVerdict(state);
+    const auto format = judgedFormat(verdict);
+    return JsonValue::Object{{"bitDepth", format ? JsonValue(format->bitsPerChannel) : JsonValue()},
+                             {"headline", verdictHeadline(verdict)},
+                             {"kind", verdictName(verdict)},
+                             {"rate", format ? JsonValue(format->sampleRate) : JsonValue()}};
+}
+
+/// Without a device the kind has a name of its own, and there is no rate and no depth to be null.
+JsonValue noDeviceJson() {
+    return JsonValue::Object{{"headline", "No device"}, {"kind", "noDevice"}};
+}
+
+JsonValue snapshotOf(const std::optional<DeviceState>& state, WallTime time) {
+    return JsonValue::Object{{"device", state ? deviceJson(*state) : JsonValue()},
+                             {"physical", state ? formatJsonWithBitRate(state->physicalFormat) : JsonValue()},
+                             {"timestamp", iso8601Text(time)},
+                             {"verdict", state ? verdictJson(*state) : noDeviceJson()},
+                             {"virtual", state ? formatJsonWithBitRate(state->virtualFormat) : JsonValue()}};
+}
+
+}  // namespace
+
+StateSnapshot::StateSnapshot(ApplicationFiles& files, SerialQueueFactory& queues, const Clock& clock)
+    : files_(files),
+      clock_(clock),
+      queue_(queues.makeSerialQueue(std::string(applicationIdentifier) + ".purlock.snapshot")),
+      url_(purlockFolder(files) / "state.json") {}
+
+void StateSnapshot::write(const std::optional<DeviceState>& state) {
+    queue_->async([&files = files_, file = url_, snapshot = snapshotOf(state, clock_.now())] {
+        if (const auto text = jsonText(snapshot, JsonLayout::pretty)) files.replaceFile(file, *text);
+    });
+}
+
+}  // namespace purlock

@@ -1,0 +1,248 @@
+#include "app/report_coordinator.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "tests/audio/monitor_fixture.h"
+#include "tests/source/introspection_fixture.h"
+#include "tests/source/now_playing_fixture.h"
+
+namespace purlock {
+namespace {
+
+using namespace std::chrono_literals;
+using Instants = std::vector<std::chrono::milliseconds>;
+
+/// The audio monitor and the now-playing monitor on one fake machine and one run loop, and the coordinator on
+/// both.
+struct Fixture : test::MonitorFixture {
+    test::IntrospectionFixture introspection;
+    test::FakeFrameworkLoader loader;
+    test::FakeNotificationCenter center{loop};
+    std::shared_ptr<test::FakeNowPlayingFramework> framework =
+        std::make_shared<test::FakeNowPlayingFramework>();
+    test::ManualClock clock{loop, WallTime(1000h)};
+    std::shared_ptr<NowPlayingMonitor> nowPlaying;
+    std::shared_ptr<ReportCoordinator> coordinator;
+    Instants ticks;  // when a report was published
+    Instants changes;
+    std::vector<Cancellable> watching;
+
+    Fixture() {
+        loader.provide(framework);
+        applications.setRunning({{100, "com.tidal.desktop", "Tidal"}, {200, "com.qobuz.player", "Qobuz"}});
+        nowPlaying = std::make_shared<NowPlayingMonitor>(
+            NowPlayingSeams{loop, queues, operatingSystem, applications, loader, center});
+    }
+
+    void makeCoordinator() {
+        coordinator = ReportCoordinator::make(
+            {loop, clock, {hardware, applications, operatingSystem}, introspection.seams}, monitor,
+            nowPlaying);
+        watching.push_back(
+            coordinator->lastTick().subscribe([this](WallTime) { ticks.push_back(loop.now()); }));
+        watching.push_back(
+            coordinator->objectWillChange().subscribe([this] { changes.push_back(loop.now()); }));
+        ticks.clear();
+    }
+
+    /// Lets time pass with the queues running, a millisecond at a time.
+    void pass(std::chrono::milliseconds duration) {
+        for (auto end = loop.now() + duration; loop.now() < end;) {
+            settle();
+            loop.advance(1ms);
+        }
+        settle();
+    }
+
+    void setPlaying(const std::string& title, std::int32_t pid) {
+        framework->setAnswer({{test::titleKey, title}, {test::rateKey, 1.0}}, pid);
+        nowPlaying->refresh();
+        settle();
+    }
+
+    /// Has a process play to the desk.
+    void setProcess(const std::optional<std::string>& bundleID, std::int32_t pid) {
+        test::FakeProcess{11, pid, bundleID, true, {50}}.addTo(hardware);
+        hardware.setObjects(kAudioObjectSystemObject, kAudioHardwarePropertyProcessObjectList,
+                            test::globalScope, {11});
+    }
+
+    std::string stage(std::size_t index) const { return coordinator->report().stages.at(index).primary; }
+};
+
+TEST(ReportCoordinator, BeginsEmptyAndWithTheTimeOfItsMaking) {
+    Fixture f;
+    f.loop.advance(5s);
+    f.makeCoordinator();
+    EXPECT_EQ(f.coordinator->report(), SignalPathReport{});
+    EXPECT_EQ(f.coordinator->nowPlaying(), std::nullopt);
+    EXPECT_EQ(f.coordinator->lastTick().value(), WallTime(1000h) + 5s);
+}
+
+TEST(ReportCoordinator, TheFirstReportComesOnePeriodOfQuietLater) {
+    Fixture f;
+    f.makeCoordinator();
+    f.pass(79ms);
+    EXPECT_TRUE(f.ticks.empty());
+    f.pass(1ms);
+    EXPECT_EQ(f.ticks, Instants{80ms});
+    EXPECT_EQ(f.coordinator->report().stages.size(), 5U);
+    EXPECT_EQ(f.coordinator->report().verdict, Verdict(verdict::Unknown{}));
+    EXPECT_EQ(f.stage(0), "(no source identified)");
+    EXPECT_EQ(f.coordinator->lastTick().value(), WallTime(1000h) + 80ms);
+}
+
+TEST(ReportCoordinator, FiveChangesInFiftyMillisecondsGiveOneReport) {
+    Fixture f;
+    f.makeCoordinator();
+    f.start();
+    f.pass(1s);
+    f.ticks.clear();
+    const auto begin = f.loop.now();
+    for (int i = 1; i <= 5; ++i) {
+        f.hardware.setFormat(51, kAudioStreamPropertyPhysicalFormat, test::integerStream(44100 + i, 24));
+        f.notify(51, kAudioStreamPropertyPhysicalFormat);
+        if (i < 5) f.pass(12ms);
+    }
+    f.pass(1s);
+    EXPECT_EQ(f.ticks, Instants{begin + 48ms + 80ms}) << "80 ms after the last change, to the instant";
+    EXPECT_EQ(f.stage(3), "44.1 kHz · 24-bit · 2ch");
+    EXPECT_EQ(f.monitor->state().value()->physicalFormat->sampleRate, 44105);
+}
+
+TEST(ReportCoordinator, AChangeWithinThePeriodStartsItAnew) {
+    Fixture f;
+    f.makeCoordinator();
+    f.start();
+    for (int i = 0; i < 20; ++i) {
+        f.pass(79ms);
+        f.refreshed();
+    }
+    EXPECT_TRUE(f.ticks.empty());
+    f.pass(80ms);
+    EXPECT_EQ(f.ticks.size(), 1U);
+}
+
+TEST(ReportCoordinator, EqualDeliveriesGiveReportsAndTicksOfTheirOwn) {
+    Fixture f;
+    f.makeCoordinator();
+    f.start();
+    f.pass(100ms);
+    const auto first = f.coordinator->report();
+    f.refreshed();
+    f.pass(100ms);
+    EXPECT_EQ(f.ticks.size(), 2U);
+    EXPECT_NE(f.coordinator->report(), first);
+    EXPECT_EQ(f.coordinator->report().verdict, first.verdict);
+}
+
+TEST(ReportCoordinator, WhatPlaysIsMirroredAtOnceAndReportedLater) {
+    Fixture f;
+    f.makeCoordinator();
+    f.start();
+    f.pass(1s);
+    f.ticks.clear();
+    f.changes.clear();
+    const auto begin = f.loop.now();
+    f.setPlaying("Song", 100);
+    ASSERT_TRUE(f.coordinator->nowPlaying());
+    EXPECT_EQ(f.coordinator->nowPlaying()->title, "Song");
+    EXPECT_EQ(f.changes, Instants{begin});
+    EXPECT_EQ(f.stage(0), "(no source identified)");
+    f.pass(79ms);
+    EXPECT_TRUE(f.ticks.empty());
+    f.pass(1ms);
+    EXPECT_EQ(f.ticks, Instants{begin + 80ms});
+    EXPECT_EQ(f.stage(0), "Tidal");
+    EXPECT_EQ(f.changes.size(), 3U) << "once for the report and once for the tick";
+    f.framework->setAnswer({}, 0);
+    f.nowPlaying->refresh();
+    f.settle();
+    EXPECT_EQ(f.coordinator->nowPlaying(), std::nullopt);
+}
+
+TEST(ReportCoordinator, ObserversHearBeforeTheChange) {
+    Fixture f;
+    f.makeCoordinator();
+    std::vector<std::size_t> stagesSeen;
+    const Cancellable watching = f.coordinator->objectWillChange().subscribe(
+        [&] { stagesSeen.push_back(f.coordinator->report().stages.size()); });
+    f.pass(80ms);
+    EXPECT_EQ(stagesSeen, (std::vector<std::size_t>{0, 0, 5}))
+        << "once for what plays, once for the report, once for the tick";
+}
+
+struct SourceRow {
+    const char* name;
+    std::optional<std::int32_t>
+        playing;  // process of the now-playing application; 0: something plays, nobody knows who
+    std::optional<std::string> process;  // bundle identifier of the process that is heard; "": it has none
+    const char* source;
+    const char* app;
+};
+
+TEST(ReportCoordinator, WhoseClaimIsMade) {
+    const SourceRow rows[] = {
+        {"nobody", {}, {}, "(no source identified)", "\u2014"},
+        {"the now-playing application", 100, {}, "Tidal", "Tidal"},
+        {"the process", {}, "com.qobuz.player", "Qobuz", "Qobuz"},
+        {"the now-playing one wins", 100, "com.qobuz.player", "Tidal", "Qobuz"},
+        {"unknown now-playing application: the process", 0, "com.qobuz.player", "Qobuz", "Qobuz"},
+        {"neither has an identifier", 0, "", "(no source identified)", "Qobuz"},
+        {"a process that no table knows", {}, "org.player", "(no source identified)", "Qobuz"},
+    };
+    for (const SourceRow& row : rows) {
+        SCOPED_TRACE(row.name);
+        Fixture f;
+        f.makeCoordinator();
+        if (row.process) f.setProcess(*row.process, 200);
+        f.start();
+        if (row.playing) f.setPlaying("Song", *row.playing);
+        f.pass(100ms);
+        EXPECT_EQ(f.stage(0), row.source);
+        EXPECT_EQ(f.stage(1), row.app);
+    }
+}
+
+TEST(ReportCoordinator, WithoutADeviceNoProcessIsAskedFor) {
+    Fixture f;
+    f.setProcess("com.qobuz.player", 200);
+    f.setDefault(0);
+    f.makeCoordinator();
+    f.start();
+    f.hardware.takeReads();
+    f.pass(100ms);
+    EXPECT_TRUE(f.hardware.takeReads().empty());
+    EXPECT_EQ(f.stage(0), "(no source identified)");
+}
+
+TEST(ReportCoordinator, TheClaimReachesTheFindings) {
+    Fixture f;
+    f.setProcess("com.qobuz.player", 200);
+    f.makeCoordinator();
+    f.start();
+    f.pass(100ms);
+    std::vector<std::string> titles;
+    for (const auto& finding : f.coordinator->report().diagnostics) titles.push_back(finding.title);
+    EXPECT_EQ(titles, (std::vector<std::string>{"Source app downgraded", "Bit depth changed"}));
+}
+
+TEST(ReportCoordinator, TheEndDropsWhatIsUnderWay) {
+    Fixture f;
+    f.makeCoordinator();
+    f.start();
+    f.watching.clear();
+    const std::weak_ptr<ReportCoordinator> gone = f.coordinator;
+    f.coordinator.reset();
+    EXPECT_TRUE(gone.expired()) << "its subscriptions do not keep it";
+    EXPECT_EQ(f.loop.timerCount(), 0U);
+    f.setPlaying("Song", 100);
+    f.pass(1s);
+}
+
+}  // namespace
+}  // namespace purlock
