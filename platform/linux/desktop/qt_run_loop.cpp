@@ -1,0 +1,38 @@
+#include "platform/linux/desktop/qt_run_loop.h"
+
+#include <QMetaObject>
+#include <QTimer>
+#include <memory>
+#include <utility>
+
+namespace purlock::host_linux {
+
+void QtRunLoop::post(Task task) {
+    QMetaObject::invokeMethod(&context_, std::move(task), Qt::QueuedConnection);
+}
+
+Cancellable QtRunLoop::postDelayed(std::chrono::milliseconds delay, Task task) {
+    return startTimer(delay, false, std::move(task));
+}
+
+Cancellable QtRunLoop::repeat(std::chrono::milliseconds interval, Task task) {
+    return startTimer(interval, true, std::move(task));
+}
+
+Cancellable QtRunLoop::startTimer(std::chrono::milliseconds interval, bool repeating, Task task) {
+    // A timer's handle may be dropped on any thread and from within the timer's own task: the timer is stopped at once
+    // if that is here, and deleted by the event loop in any case.
+    const std::shared_ptr<QTimer> timer(new QTimer, [](QTimer* dropped) { dropped->deleteLater(); });
+    timer->setTimerType(Qt::PreciseTimer);
+    timer->setSingleShot(!repeating);
+    QObject::connect(timer.get(), &QTimer::timeout, &context_,
+                     [weak = std::weak_ptr(timer), kept = std::make_shared<const Task>(std::move(task))] {
+                         if (weak.expired()) return;
+                         const auto running = kept;  // the task may drop the handle, and with it itself
+                         (*running)();
+                     });
+    timer->start(interval);
+    return Cancellable(timer);
+}
+
+}  // namespace purlock::host_linux
