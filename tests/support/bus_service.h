@@ -49,12 +49,13 @@ class BusService {
         return name;
     }
 
-    /// Makes and sends a signal whose body `fill` writes.
+    /// Makes and sends a signal whose body `fill` writes: to whoever listens, or to one peer alone.
     void emit(const char* path, const char* interface, const char* member,
-              const std::function<void(sd_bus_message*)>& fill) {
+              const std::function<void(sd_bus_message*)>& fill, const char* destination = nullptr) {
         run([&](sd_bus* bus) {
             sd_bus_message* signal = nullptr;
             if (sd_bus_message_new_signal(bus, &signal, path, interface, member) < 0) return;
+            if (destination != nullptr) sd_bus_message_set_destination(signal, destination);
             fill(signal);
             sd_bus_send(bus, signal, nullptr);
             sd_bus_message_unref(signal);

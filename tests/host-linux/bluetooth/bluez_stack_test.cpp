@@ -151,9 +151,16 @@ TEST_F(BlueZStackTest, AnImpostorsSignalsChangeNothing) {
     ASSERT_TRUE(answers(stack, headphones(true)));
     BusService impostor(bus.address(), "", [](sd_bus_message*) { return false; });
     ASSERT_TRUE(waitUntil([&] { return impostor.ready(); }));
-    impostor.emit("/", "org.freedesktop.DBus.ObjectManager", "InterfacesRemoved", [](sd_bus_message* signal) {
-        sd_bus_message_append(signal, "oas", path, 1, "org.bluez.Device1");
-    });
+    // A signal that is sent to one peer alone reaches it whatever its rules say of the sender's name.
+    for (const char* peer : {":1.0", ":1.1", ":1.2"}) {
+        impostor.emit(
+            "/", "org.freedesktop.DBus.ObjectManager", "InterfacesRemoved",
+            [](sd_bus_message* signal) {
+                sd_bus_message_append(signal, "oas", path, 1, "org.bluez.Device1");
+            },
+            peer);
+    }
+    impostor.run([](sd_bus* link) { sd_bus_flush(link); });
     daemon.connectHeadphones(false);  // arrives after the impostor's
     EXPECT_TRUE(answers(stack, headphones(false)));
 }
