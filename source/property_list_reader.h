@@ -14,7 +14,8 @@ struct OtherPropertyListType {
     bool operator==(const OtherPropertyListType&) const = default;
 };
 
-/// A Boolean is no integer. Texts are UTF-8. An integer beyond 64 bits with sign is the nearest that fits.
+/// A Boolean is no integer. Texts are UTF-8. An integer beyond the signed 64-bit range comes as one below
+/// zero.
 using PropertyListValue = std::variant<OtherPropertyListType, std::string, std::int64_t, bool>;
 using PropertyListDictionary = std::map<std::string, PropertyListValue, std::less<>>;
 
