@@ -33,6 +33,11 @@ BusCall& BusCall::appendVariant(bool value) {
     return *this;
 }
 
+BusCall& BusCall::allowStart() {
+    if (valid_) sd_bus_message_set_auto_start(message_.get(), 1);
+    return *this;
+}
+
 bool BusIncoming::isError() const {
     return sd_bus_message_is_method_error(message_, nullptr) > 0;
 }

@@ -43,6 +43,10 @@ class BusCall {
     /// A Boolean inside a variant, as org.freedesktop.DBus.Properties.Set takes it.
     BusCall& appendVariant(bool value);
 
+    /// Has the bus start the destination's service if it is not there. Without this, asking after one starts
+    /// none.
+    BusCall& allowStart();
+
     bool valid() const { return valid_; }
     sd_bus_message* message() const { return message_.get(); }
 

@@ -25,7 +25,7 @@ class BinaryWalk {
   public:
     BinaryWalk(std::string_view data, const PropertyListLimits& limits) : data_(data), limits_(limits) {}
 
-    bool succeeds() { return readTrailer() && visit(top_, 0); }
+    bool succeeds() { return readTrailer() && visit(top_, 0, Role::value); }
 
   private:
     enum class Kind : unsigned char {
@@ -41,6 +41,8 @@ class BinaryWalk {
         set = 0xC,
         dictionary = 0xD,
     };
+
+    enum class Role { key, value };
 
     /// An object's kind, its number of elements, bytes or characters, and where its content begins.
     struct Object {
@@ -109,28 +111,31 @@ class BinaryWalk {
         return Object{kind, bigEndian(data_, offset + 1, size), offset + 1 + size};
     }
 
-    bool visit(std::uint64_t index, int depth) {
+    bool visit(std::uint64_t index, int depth, Role role) {
         const auto offset = offsetOf(index);
         const auto object = offset ? objectAt(*offset) : std::nullopt;
         if (!object || ++values_ > limits_.values) return false;
-        switch (object->kind) {
+        return visitContent(*object, depth) && (role == Role::value || isKey(*object));
+    }
+
+    bool visitContent(const Object& object, int depth) {
+        switch (object.kind) {
             case Kind::singleByte:
             case Kind::real:
             case Kind::date:
             case Kind::uid:
             case Kind::data:
             case Kind::asciiText:
-                return take(*object, 1);
+                return take(object, 1);
             case Kind::utf16Text:
-                return take(*object, 2);
+                return take(object, 2);
             case Kind::integer:
-                return take(*object, 1) && isSmallEnough(*object);
+                return take(object, 1) && isSmallEnough(object);
             case Kind::array:
             case Kind::set:
-                return take(*object, referenceSize_) && visitElements(*object, 0, depth);
+                return take(object, referenceSize_) && visitElements(object, 0, depth);
             case Kind::dictionary:
-                return take(*object, 2 * referenceSize_) && keysAreTexts(*object) &&
-                       visitElements(*object, object->count, depth);
+                return take(object, 2 * referenceSize_) && visitElements(object, object.count, depth);
         }
         return false;
     }
@@ -152,20 +157,21 @@ class BinaryWalk {
                          referenceSize_);
     }
 
-    bool keysAreTexts(const Object& dictionary) const {
-        for (std::uint64_t i = 0; i < dictionary.count; ++i) {
-            const auto offset = offsetOf(reference(dictionary, i));
-            const auto key = offset ? objectAt(*offset) : std::nullopt;
-            if (!key || (key->kind != Kind::asciiText && key->kind != Kind::utf16Text)) return false;
+    /// A text without a zero character; its content lies before the table.
+    bool isKey(const Object& key) const {
+        if (key.kind != Kind::asciiText && key.kind != Kind::utf16Text) return false;
+        const std::size_t unit = key.kind == Kind::utf16Text ? 2 : 1;
+        for (std::uint64_t i = 0; i < key.count; ++i) {
+            if (bigEndian(data_, key.content + static_cast<std::size_t>(i) * unit, unit) == 0) return false;
         }
         return true;
     }
 
-    /// The elements, of a dictionary also its keys, which come first.
+    /// The keys, which a dictionary has first, and the values.
     bool visitElements(const Object& container, std::uint64_t keys, int depth) {
         if (depth >= limits_.depth) return false;
         for (std::uint64_t i = 0; i < container.count + keys; ++i) {
-            if (!visit(reference(container, i), depth + 1)) return false;
+            if (!visit(reference(container, i), depth + 1, i < keys ? Role::key : Role::value)) return false;
         }
         return true;
     }
@@ -195,6 +201,7 @@ bool isSafeBinaryPropertyList(std::string_view data, const PropertyListLimits& l
 bool isSafeXmlPropertyList(std::string_view data, const PropertyListLimits& limits) {
     if (data.size() > limits.bytes) return false;
     if (std::cmp_greater(std::ranges::count(data, '<'), limits.values)) return false;
+    if (data.find('\0') != data.npos) return false;  // ends a text early
     // A comment or a CDATA section does not end a text, and may hold what looks like a tag.
     if (data.find("<!--") != data.npos || data.find("<![") != data.npos)
         return entityWork(data) <= limits.entityWork;

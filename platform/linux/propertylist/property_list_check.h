@@ -8,9 +8,9 @@ namespace purlock::host_linux {
 // libplist trusts a property list further than a stranger's file deserves. Of version 2.2 these were seen: a
 // binary list of 100,000 arrays in one another, and an XML list of 300,000, overflow the stack; 24 binary
 // arrays, each of which names the next one twice, take minutes and all memory, since a value is copied at
-// each mention; the time for a text with XML entities grows with the square of its length, to minutes for 4
-// MB. The checks below keep such lists from it. Both are pure functions in time linear in the limits; any
-// thread.
+// each mention; a binary key with a zero character stops the process; the time for an XML text grows with the
+// square of its entities, to minutes for 4 MB. The checks below keep such lists from it. Both are pure
+// functions, in time linear in the limits; any thread.
 
 struct PropertyListLimits {
     std::size_t values = 20'000;  // of any type, each counted as often as it is mentioned; XML: of tags

@@ -176,6 +176,7 @@ const std::vector<BinaryRow>& binaryRows() {
         {"data", bytes({0x42, 1, 2}), other},
         {"a text", bytes({0x52, 'h', 'i'}), "hi"},
         {"an empty text", bytes({0x50}), ""},
+        {"a text ends at a zero byte", bytes({0x53, 'a', 0, 'b'}), "a"},
         {"a text of 20 bytes", BinaryList::marker(0x50, 20) + std::string(20, 'x'), std::string(20, 'x')},
         {"a UTF-16 text", bytes({0x62, 0x6B, 0x4C, 0x00, 0xFC}), "歌ü"},
         {"a UTF-16 text with a pair", bytes({0x62, 0xD8, 0x3C, 0xDF, 0xB5}), "\U0001F3B5"},
@@ -239,6 +240,13 @@ std::string doublingBinary(std::uint32_t depth) {
     return list.file(list.addDictionary({key}, {value}));
 }
 
+/// A dictionary with the same long key many times.
+std::string repeatedKeyBinary(std::size_t length, std::size_t mentions) {
+    BinaryList list;
+    const std::vector<BinaryList::Reference> keys(mentions, list.addText(std::string(length, 'x')));
+    return list.file(list.addDictionary(keys, keys));
+}
+
 /// A long text that is mentioned many times.
 std::string repeatedTextBinary(std::size_t length, std::size_t mentions) {
     BinaryList list;
@@ -268,6 +276,12 @@ std::string integerKeyBinary() {
     return list.file(list.addDictionary({key}, {key}));
 }
 
+std::string oddKeyBinary(const std::string& object) {
+    BinaryList list;
+    const auto key = list.add(object);
+    return list.file(list.addDictionary({key}, {list.addBoolean(true)}));
+}
+
 struct HostileRow {
     const char* name;
     std::string list;
@@ -287,9 +301,17 @@ const std::vector<HostileRow>& hostileRows() {
         {"binary that doubles 60 times", doublingBinary(60)},
         {"binary that doubles 20 times", doublingBinary(20)},
         {"a text of 1 MB mentioned 10,000 times", repeatedTextBinary(1'000'000, 10'000)},
+        {"a key of 1 MB mentioned 100,000 times", repeatedKeyBinary(1'000'000, 100'000)},
         {"a dictionary that is its own child", ownChildBinary()},
         {"arrays in a cycle", cycleBinary()},
         {"a key that is no text", integerKeyBinary()},
+        {"a key with a zero byte", oddKeyBinary(std::string("\x53"
+                                                            "a\0b",
+                                                            4))},
+        {"a key with a zero UTF-16 unit", oddKeyBinary(std::string("\x62\0a\0\0", 5))},
+        {"a key that leaves the objects", oddKeyBinary("\x5E"
+                                                       "a")},
+        {"a zero byte in XML", xmlList(std::string("<dict><key>a\0b</key><true/></dict>", 35))},
         {"a top object that is not there", BinaryList().file(0)},
         {"an immense top object", BinaryList().file(~std::uint64_t{0})},
         {"XML nested 300,000 deep", xmlList(repeated("<array>", 300'000) + repeated("</array>", 300'000))},

@@ -1,0 +1,151 @@
+#include "platform/linux/applications/desktop_index.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "base/text.h"
+#include "platform/linux/system/files.h"
+
+namespace purlock::host_linux {
+
+namespace {
+
+constexpr std::size_t maximumFiles = 16'384;
+constexpr std::size_t maximumFileBytes = 256 * 1024;
+constexpr int maximumDepth = 4;  // of folders below "applications"
+constexpr std::string_view suffix = ".desktop";
+
+/// Programs that run other programs: a desktop file that starts with one says nothing of the process.
+constexpr std::array<std::string_view, 18> launchers = {
+    "bash",   "dash",   "electron", "env",  "flatpak", "gjs",  "java", "node",     "perl",
+    "pkexec", "python", "python3",  "ruby", "sh",      "snap", "wine", "xdg-open", "zsh"};
+
+std::string_view fileName(std::string_view path) {
+    return path.substr(path.find_last_of('/') + 1);
+}
+
+std::int64_t changeTime(const std::string& folder) {
+    struct stat status {};
+    if (stat(folder.c_str(), &status) != 0) return 0;
+    return std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
+}
+
+std::string resolved(const std::string& path) {
+    std::error_code error;
+    const auto target = std::filesystem::canonical(path, error);
+    return error ? path : target.string();
+}
+
+std::string environment(const char* name) {
+    const char* value = std::getenv(name);
+    return value != nullptr ? value : "";
+}
+
+}  // namespace
+
+DesktopIndex DesktopIndex::read(const std::vector<std::string>& folders,
+                                const std::vector<std::string>& localeSuffixes) {
+    DesktopIndex index;
+    for (const std::string& folder : folders)
+        index.readFolder(folder + "/applications", "", 0, localeSuffixes);
+    index.indexExecutables();
+    return index;
+}
+
+void DesktopIndex::readFolder(const std::string& folder, const std::string& prefix, int depth,
+                              const std::vector<std::string>& localeSuffixes) {
+    folderTimes_[folder] = changeTime(folder);  // before it is read, so that a change meanwhile is noticed
+    const auto names = namesInFolder(folder, maximumFiles);
+    if (!names || depth > maximumDepth) return;
+    for (const std::string& name : *names) {
+        const std::string path = joined({folder, "/", name});
+        if (!name.ends_with(suffix)) {
+            std::error_code error;
+            if (std::filesystem::is_directory(path, error)) {
+                readFolder(path, joined({prefix, name, "-"}), depth + 1, localeSuffixes);
+            }
+            continue;
+        }
+        std::string id = joined({prefix, std::string_view(name).substr(0, name.size() - suffix.size())});
+        if (entries_.contains(id) || entries_.size() >= maximumFiles) continue;
+        if (const auto text = readFile(path, maximumFileBytes))
+            add(std::move(id), parseDesktopEntry(*text, localeSuffixes));
+    }
+}
+
+void DesktopIndex::add(std::string id, DesktopEntry entry) {
+    entries_.emplace(std::move(id), std::move(entry));
+}
+
+void DesktopIndex::indexExecutables() {
+    for (const auto& [id, entry] : entries_) {
+        if (!entry.isApplication || entry.isHidden) continue;
+        for (const std::string& executable : entry.executables) {
+            const std::string_view name = fileName(executable);
+            if (std::ranges::find(launchers, name) != launchers.end()) continue;
+            executables_.emplace(name, id);
+            if (executable.starts_with('/')) executables_.emplace(resolved(executable), id);
+        }
+    }
+}
+
+const DesktopEntry* DesktopIndex::find(std::string_view id) const {
+    const auto entry = entries_.find(id);
+    return entry != entries_.end() && !entry->second.isHidden ? &entry->second : nullptr;
+}
+
+std::optional<std::string> DesktopIndex::idOfExecutable(std::string_view path) const {
+    const std::string_view name = fileName(path);
+    if (auto id = best(path, name)) return id;
+    return best(name, name);
+}
+
+std::optional<std::string> DesktopIndex::best(std::string_view key, std::string_view name) const {
+    const std::string* chosen = nullptr;
+    int chosenRank = 0;
+    const auto [first, last] = executables_.equal_range(key);
+    for (auto candidate = first; candidate != last; ++candidate) {
+        const DesktopEntry* entry = find(candidate->second);
+        const int rank =
+            entry == nullptr ? 0 : (entry->isNotShown ? 1 : 3) + (candidate->second == name ? 1 : 0);
+        if (rank > chosenRank) {
+            chosenRank = rank;
+            chosen = &candidate->second;
+        }
+    }
+    return chosen != nullptr ? std::optional(*chosen) : std::nullopt;
+}
+
+bool DesktopIndex::isOutdated() const {
+    return std::ranges::any_of(folderTimes_,
+                               [](const auto& folder) { return changeTime(folder.first) != folder.second; });
+}
+
+std::vector<std::string> desktopDataFolders() {
+    const std::string home = environment("HOME");
+    std::string list = environment("XDG_DATA_HOME");
+    if (list.empty()) list = home + "/.local/share";
+    const std::string shared = environment("XDG_DATA_DIRS");
+    list += ":" + (shared.empty() ? "/usr/local/share:/usr/share" : shared);
+    list += ":" + home +
+            "/.local/share/flatpak/exports/share:/var/lib/flatpak/exports/share:/var/lib/snapd/desktop";
+    std::vector<std::string> folders;
+    for (std::size_t start = 0; start <= list.size();) {
+        const std::size_t end = std::min(list.find(':', start), list.size());
+        std::string folder = list.substr(start, end - start);
+        while (folder.size() > 1 && folder.ends_with('/')) folder.pop_back();
+        // A path that is not absolute is to be ignored.
+        if (folder.starts_with('/') && std::ranges::find(folders, folder) == folders.end())
+            folders.push_back(folder);
+        start = end + 1;
+    }
+    return folders;
+}
+
+}  // namespace purlock::host_linux

@@ -1,0 +1,34 @@
+#include "platform/linux/applications/desktop_locale.h"
+
+#include <cstdlib>
+
+#include "base/text.h"
+
+namespace purlock::host_linux {
+
+std::vector<std::string> localeSuffixes(std::string_view locale) {
+    const std::size_t modifierStart = locale.find('@');
+    const std::string_view modifier =
+        modifierStart == std::string_view::npos ? std::string_view() : locale.substr(modifierStart);
+    std::string_view country = locale.substr(0, modifierStart);
+    country = country.substr(0, country.find('.'));
+    const std::string_view language = country.substr(0, country.find('_'));
+    if (language.empty() || language == "C" || language == "POSIX") return {};
+    std::vector<std::string> suffixes;
+    for (const std::string_view stem : {country, language}) {
+        if (!modifier.empty()) suffixes.push_back(joined({stem, modifier}));
+        suffixes.emplace_back(stem);
+        if (country == language) break;
+    }
+    return suffixes;
+}
+
+std::string messagesLocale() {
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        const char* value = std::getenv(name);
+        if (value != nullptr && *value != '\0') return value;
+    }
+    return {};
+}
+
+}  // namespace purlock::host_linux

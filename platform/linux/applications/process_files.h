@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/applications/process_identity.h"
+
+namespace purlock::host_linux {
+
+/// What the kernel tells of processes, below /proc or a folder like it. Reads are bounded and never wait for
+/// a process; absent is what cannot be read: the process is gone, or another user's. Any thread.
+class ProcessFiles {
+  public:
+    explicit ProcessFiles(std::string folder = "/proc") : folder_(std::move(folder)) {}
+
+    std::optional<ProcessStatus> status(std::int32_t pid) const;
+
+    /// The text of its control groups.
+    std::string controlGroups(std::int32_t pid) const;
+
+    /// The text of its sandbox's description; absent outside a sandbox of Flatpak's.
+    std::optional<std::string> flatpakInfo(std::int32_t pid) const;
+
+    /// The program file that it runs, as a path.
+    std::optional<std::string> executable(std::int32_t pid) const;
+
+    /// Its command line's words, at most 4 KiB of them.
+    std::vector<std::string> arguments(std::int32_t pid) const;
+
+    /// The processes of this user, in the order of their ids; at most 65,536.
+    std::vector<std::int32_t> processes() const;
+
+  private:
+    std::string pathOf(std::int32_t pid, const char* name) const;
+
+    const std::string folder_;
+};
+
+}  // namespace purlock::host_linux

@@ -1,0 +1,150 @@
+#include "platform/linux/bluetooth/bluez_stack.h"
+
+#include <utility>
+
+#include "base/text.h"
+#include "platform/linux/bluetooth/bluez_objects.h"
+#include "platform/linux/dbus/bus_connection.h"
+#include "platform/linux/dbus/bus_name_watch.h"
+
+namespace purlock::host_linux {
+
+namespace {
+
+constexpr const char* daemonName = "org.bluez";
+constexpr const char* objectManager = "org.freedesktop.DBus.ObjectManager";
+constexpr std::chrono::seconds answerLimit{5};
+constexpr std::chrono::seconds pauseAfterFailure{2};
+
+/// Some hundred devices with some fifty values each.
+constexpr BusReadLimits objectsLimits{.totalTextBytes = 8U << 20U, .values = 200'000};
+
+}  // namespace
+
+/// The mirror's writer, on the bus thread.
+class BlueZStack::Watcher {
+  public:
+    Watcher(BusThread& thread, const std::string& address, std::shared_ptr<Mirror> mirror)
+        : mirror_(std::move(mirror)),
+          retry_(thread),
+          connection_(thread, address, {[this] { watchDaemon(); }, [this] { forget(); }}) {}
+    ~Watcher() { publish(std::nullopt); }
+    Watcher(const Watcher&) = delete;
+    Watcher& operator=(const Watcher&) = delete;
+
+  private:
+    void watchDaemon() {
+        daemon_ = std::make_unique<BusNameWatch>(connection_, daemonName,
+                                                 [this](const std::string& owner) { follow(owner); });
+    }
+
+    /// The bus is gone.
+    void forget() {
+        daemon_.reset();
+        follow("");
+    }
+
+    /// Another daemon, or none. Its signals are matched by its unique name, so that nobody else can send
+    /// them.
+    void follow(const std::string& owner) {
+        owner_ = owner;
+        retry_.stop();
+        added_.reset();
+        removed_.reset();
+        changed_.reset();
+        objects_ = BlueZObjects();
+        publish(std::nullopt);
+        if (owner.empty()) return;
+        const std::string signals = joined({"type='signal',sender='", owner, "',interface='"});
+        added_ = connection_.addMatch(joined({signals, objectManager, "',member='InterfacesAdded'"}),
+                                      [this](const BusIncoming& signal) { onAdded(signal); });
+        removed_ = connection_.addMatch(joined({signals, objectManager, "',member='InterfacesRemoved'"}),
+                                        [this](const BusIncoming& signal) { onRemoved(signal); });
+        changed_ = connection_.addMatch(joined({signals,
+                                                "org.freedesktop.DBus.Properties',member='PropertiesChanged',"
+                                                "arg0='org.bluez.Device1'"}),
+                                        [this](const BusIncoming& signal) { onChanged(signal); });
+        askForObjects();
+    }
+
+    /// The signals that arrive before the answer tell of things that the answer contains.
+    void askForObjects() {
+        const auto call = connection_.newCall({owner_, "/", objectManager, "GetManagedObjects"});
+        const bool sent =
+            connection_.call(call, answerLimit, [this, asked = owner_](const BusIncoming& reply) {
+                if (asked != owner_) return;
+                const auto objects = reply.isError() ? std::nullopt : reply.reader(objectsLimits).next();
+                if (!objects) return askAgainLater();
+                answered_ = true;
+                objects_.replaceAll(*objects);
+                publishObjects();
+            });
+        answered_ = false;
+        if (!sent) askAgainLater();
+    }
+
+    void askAgainLater() {
+        retry_.start(pauseAfterFailure, [this] { askForObjects(); });
+    }
+
+    void onAdded(const BusIncoming& signal) {
+        BusReader reader = signal.reader();
+        const auto path = reader.nextText();
+        const auto interfaces = reader.next();
+        if (path && interfaces) objects_.add(*path, *interfaces);
+        publishObjects();
+    }
+
+    void onRemoved(const BusIncoming& signal) {
+        BusReader reader = signal.reader();
+        const auto path = reader.nextText();
+        const auto interfaces = reader.next();
+        if (path && interfaces) objects_.remove(*path, *interfaces);
+        publishObjects();
+    }
+
+    void onChanged(const BusIncoming& signal) {
+        BusReader reader = signal.reader();
+        reader.next();  // the interface, which the rule has matched
+        const auto changed = reader.next();
+        const auto invalidated = reader.next();
+        if (!changed) return;
+        objects_.change(std::string(signal.path()), *changed, invalidated.value_or(BusValue()));
+        publishObjects();
+    }
+
+    void publishObjects() {
+        if (answered_) publish(objects_.pairedDevices());
+    }
+
+    void publish(std::optional<std::vector<PairedBluetoothDevice>> devices) {
+        const std::lock_guard lock(mirror_->mutex);
+        mirror_->devices = std::move(devices);
+    }
+
+    const std::shared_ptr<Mirror> mirror_;
+    BlueZObjects objects_;
+    std::string owner_;      // the daemon's unique name; empty while there is none
+    bool answered_ = false;  // whether this daemon has told of its objects
+    BusTimer retry_;
+    BusConnection connection_;
+    std::unique_ptr<BusNameWatch> daemon_;
+    BusSlot added_;
+    BusSlot removed_;
+    BusSlot changed_;
+};
+
+BlueZStack::BlueZStack(BusThread& thread, std::string busAddress)
+    : watcher_(std::make_unique<OnBusThread<Watcher>>(
+          thread, [&thread, address = std::move(busAddress), mirror = mirror_] {
+              return std::make_unique<Watcher>(thread, address, mirror);
+          })) {}
+
+BlueZStack::~BlueZStack() = default;
+
+std::optional<std::vector<PairedBluetoothDevice>> BlueZStack::pairedDevices() {
+    const std::lock_guard lock(mirror_->mutex);
+    return mirror_->devices;
+}
+
+}  // namespace purlock::host_linux

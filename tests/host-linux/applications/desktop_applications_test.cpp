@@ -1,0 +1,242 @@
+#include "platform/linux/applications/desktop_applications.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "base/worker_pool.h"
+#include "tests/support/manual_queues.h"
+#include "tests/support/private_bus.h"
+
+namespace purlock::host_linux {
+namespace {
+
+using Applications = std::vector<RunningApplication>;
+
+/// A machine with processes and desktop files that the test writes down.
+class DesktopApplicationsTest : public ::testing::Test {
+  protected:
+    struct Process {
+        std::int32_t pid = 0;
+        std::int32_t parent = 1;
+        std::int32_t session = 0;
+        std::uint64_t startTime = 0;
+        std::string program = {};
+        std::string unit = "session-2.scope";
+        std::string flatpak = {};
+        std::string commandLine = {};
+    };
+
+    void add(const Process& process) {
+        const std::string folder = "proc/" + std::to_string(process.pid) + "/";
+        machine_.write(folder + "stat",
+                       std::to_string(process.pid) + " (x) S " + std::to_string(process.parent) + " 1 " +
+                           std::to_string(process.session) + " 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 " +
+                           std::to_string(process.startTime) + " 0\n");
+        machine_.write(folder + "cgroup", "0::/user.slice/" + process.unit + "\n");
+        if (!process.commandLine.empty()) machine_.write(folder + "cmdline", process.commandLine);
+        if (!process.program.empty()) {
+            std::filesystem::create_symlink(process.program, machine_.path() / (folder + "exe"));
+        }
+        if (!process.flatpak.empty()) {
+            machine_.write(folder + "root/.flatpak-info", "[Application]\nname=" + process.flatpak + "\n");
+        }
+    }
+
+    void addDesktopFile(const std::string& path, const std::string& name, const std::string& command,
+                        const std::string& more = "") {
+        machine_.write(path,
+                       "[Desktop Entry]\nType=Application\nName=" + name + "\nExec=" + command + "\n" + more);
+    }
+
+    /// The subject, with the desktop files read.
+    DesktopApplications& applications() {
+        if (!applications_) {
+            applications_ = std::make_unique<DesktopApplications>(
+                queue_,
+                DesktopRoots{(machine_.path() / "proc").string(),
+                             {(machine_.path() / "home").string(), (machine_.path() / "usr").string()},
+                             "de_DE.UTF-8"});
+            queue_->run();
+        }
+        return *applications_;
+    }
+
+    std::optional<RunningApplication> of(std::int32_t pid) {
+        return applications().runningApplicationWithProcessIdentifier(pid);
+    }
+
+    static std::optional<RunningApplication> application(std::int32_t pid, const char* id, const char* name) {
+        return RunningApplication{pid, id, name != nullptr ? std::optional<std::string>(name) : std::nullopt};
+    }
+
+    const test::TemporaryFolder machine_;
+    const std::shared_ptr<test::ManualSerialQueue> queue_ =
+        std::make_shared<test::ManualSerialQueue>("desktop");
+    std::unique_ptr<DesktopApplications> applications_;
+};
+
+TEST_F(DesktopApplicationsTest, TheSandboxNamesAProcessBeforeItsControlGroup) {
+    addDesktopFile("usr/applications/com.spotify.Client.desktop", "Spotify",
+                   "flatpak run com.spotify.Client");
+    add({.pid = 10, .unit = "app-flatpak-org.other.App-1.scope", .flatpak = "com.spotify.Client"});
+    EXPECT_EQ(of(10), application(10, "com.spotify.client", "Spotify"));
+}
+
+TEST_F(DesktopApplicationsTest, TheControlGroupNamesAProcessBeforeItsProgram) {
+    addDesktopFile("usr/applications/tidal-hifi.desktop", "TIDAL Hi-Fi", "/opt/tidal-hifi/tidal-hifi");
+    addDesktopFile("usr/applications/electron.desktop", "Electron", "electron29");
+    add({.pid = 10, .program = "/usr/lib/electron29", .unit = "app-gnome-tidal\\x2dhifi-4.scope"});
+    EXPECT_EQ(of(10), application(10, "com.tidal.desktop", "TIDAL Hi-Fi"));
+}
+
+TEST_F(DesktopApplicationsTest, AnApplicationWithoutADesktopFileHasNoName) {
+    add({.pid = 10, .unit = "app-gnome-org.gnome.Music-4.scope"});
+    EXPECT_EQ(of(10), application(10, "org.gnome.Music", nullptr));
+}
+
+TEST_F(DesktopApplicationsTest, ADesktopFileNamesTheProgram) {
+    addDesktopFile("usr/applications/mpv.desktop", "mpv", "mpv --player-operation-mode=pseudo-gui -- %U",
+                   "Name[de]=mpv Spieler\n");
+    add({.pid = 10, .program = "/usr/bin/mpv"});
+    add({.pid = 11, .program = "/usr/bin/mpv (deleted)"});
+    EXPECT_EQ(of(10), application(10, "mpv", "mpv Spieler"));
+    EXPECT_EQ(of(11), application(11, "mpv", "mpv Spieler"));
+}
+
+TEST_F(DesktopApplicationsTest, ACommandLinePlayerBelongsToNoApplication) {
+    addDesktopFile("usr/applications/xterm.desktop", "XTerm", "xterm",
+                   "Categories=System;TerminalEmulator;\n");
+    addDesktopFile("usr/applications/shell.desktop", "Shell", "desktop-shell", "NoDisplay=true\n");
+    add({.pid = 5, .session = 5, .program = "/usr/bin/desktop-shell"});
+    add({.pid = 6, .parent = 5, .session = 5, .program = "/usr/bin/xterm"});
+    add({.pid = 7, .parent = 6, .session = 7, .program = "/usr/bin/bash"});
+    add({.pid = 8, .parent = 7, .session = 7, .program = "/usr/bin/pw-cat"});
+    add({.pid = 9, .parent = 6, .session = 5, .program = "/usr/bin/pw-cat"});  // from the terminal's own menu
+    add({.pid = 10, .parent = 5, .session = 5, .program = "/opt/tool.AppImage"});  // from the desktop shell
+    for (const int pid : {8, 9, 10}) EXPECT_EQ(of(pid), std::nullopt) << pid;
+}
+
+TEST_F(DesktopApplicationsTest, ATerminalsControlGroupDoesNotNameWhatRunsInside) {
+    addDesktopFile("usr/applications/org.kde.konsole.desktop", "Konsole", "konsole",
+                   "Categories=Qt;TerminalEmulator;\n");
+    addDesktopFile("usr/applications/mpv.desktop", "mpv", "mpv");
+    add({.pid = 10, .program = "/usr/bin/mpv", .unit = "app-org.kde.konsole-1.scope"});
+    add({.pid = 11, .program = "/usr/bin/pw-cat", .unit = "app-org.kde.konsole-1.scope"});
+    EXPECT_EQ(of(10), application(10, "mpv", "mpv"));
+    EXPECT_EQ(of(11), std::nullopt);
+}
+
+TEST_F(DesktopApplicationsTest, AChildBelongsToItsParentsApplication) {
+    addDesktopFile("usr/applications/browser.desktop", "Browser", "/usr/bin/browser %U");
+    add({.pid = 10, .session = 3, .program = "/usr/lib/browser/browser"});
+    add({.pid = 11, .parent = 10, .session = 3, .program = "/usr/lib/browser/zygote"});
+    add({.pid = 12, .parent = 11, .session = 3, .program = "/usr/lib/browser/audio-service"});
+    add({.pid = 13, .parent = 11, .session = 3, .program = "/usr/lib/x", .unit = "other.scope"});
+    EXPECT_EQ(of(12), application(12, "browser", "Browser"));
+    EXPECT_EQ(of(13), std::nullopt);
+}
+
+TEST_F(DesktopApplicationsTest, AScriptIsFoundByItsName) {
+    addDesktopFile("usr/applications/quodlibet.desktop", "Quod Libet", "quodlibet");
+    add({.pid = 10,
+         .program = "/usr/bin/python3.11",
+         .commandLine = std::string("/usr/bin/python3\0-u\0/usr/bin/quodlibet\0", 39)});
+    add({.pid = 11, .program = "/usr/bin/python3.11", .commandLine = std::string("python3\0", 8)});
+    EXPECT_EQ(of(10), application(10, "quodlibet", "Quod Libet"));
+    EXPECT_EQ(of(11), std::nullopt);
+}
+
+TEST_F(DesktopApplicationsTest, ALauncherNamesNoProgram) {
+    addDesktopFile("usr/applications/org.gnome.Music.desktop", "Music",
+                   "/usr/bin/flatpak run org.gnome.Music");
+    addDesktopFile("usr/applications/script.desktop", "Script", "sh -c 'x'");
+    add({.pid = 10, .program = "/usr/bin/flatpak"});
+    add({.pid = 11, .program = "/usr/bin/sh"});
+    EXPECT_EQ(of(10), std::nullopt);
+    EXPECT_EQ(of(11), std::nullopt);
+}
+
+TEST_F(DesktopApplicationsTest, AmongSeveralDesktopFilesTheBestWins) {
+    addDesktopFile("usr/applications/a-handler.desktop", "Handler", "player --open %U", "NoDisplay=true\n");
+    addDesktopFile("usr/applications/other.desktop", "Other", "player --other");
+    addDesktopFile("usr/applications/player.desktop", "Player", "player");
+    addDesktopFile("usr/applications/exact.desktop", "Exact", "/opt/exact/player");
+    addDesktopFile("usr/applications/deleted.desktop", "Deleted", "gone", "Hidden=true\n");
+    add({.pid = 10, .program = "/usr/bin/player"});
+    add({.pid = 11, .program = "/opt/exact/player"});
+    add({.pid = 12, .program = "/usr/bin/gone"});
+    EXPECT_EQ(of(10), application(10, "player", "Player"));
+    EXPECT_EQ(of(11), application(11, "exact", "Exact"));
+    EXPECT_EQ(of(12), std::nullopt);
+}
+
+TEST_F(DesktopApplicationsTest, TheUsersOwnDesktopFileWinsAndFoldersBecomeDashes) {
+    addDesktopFile("usr/applications/kde/player.desktop", "System", "player");
+    addDesktopFile("home/applications/kde-player.desktop", "Mine", "player");
+    add({.pid = 10, .program = "/usr/bin/player"});
+    EXPECT_EQ(of(10), application(10, "kde-player", "Mine"));
+}
+
+TEST_F(DesktopApplicationsTest, ANewDesktopFileIsNoticedByTheNextQuestion) {
+    add({.pid = 10, .program = "/usr/bin/player"});
+    std::filesystem::create_directories(machine_.path() / "usr/applications");
+    EXPECT_EQ(of(10), std::nullopt);
+    EXPECT_EQ(queue_->run(), 0U);  // nothing has changed, so nothing is read
+    addDesktopFile("usr/applications/player.desktop", "Player", "player");
+    EXPECT_EQ(of(10), std::nullopt);  // asks for the files to be read, and does not wait
+    EXPECT_EQ(queue_->run(), 1U);
+    EXPECT_EQ(of(10), application(10, "player", "Player"));
+    EXPECT_EQ(queue_->run(), 0U);
+}
+
+TEST_F(DesktopApplicationsTest, InstancesComeInTheOrderOfTheirStartEachOnce) {
+    addDesktopFile("usr/applications/com.spotify.Client.desktop", "Spotify",
+                   "flatpak run com.spotify.Client");
+    const std::string second = "app-flatpak-com.spotify.Client-2.scope";
+    const std::string first = "app-flatpak-com.spotify.Client-1.scope";
+    add({.pid = 10, .parent = 2, .startTime = 500, .program = "/usr/bin/bwrap", .unit = second});
+    add({.pid = 11, .parent = 10, .startTime = 501, .unit = second, .flatpak = "com.spotify.Client"});
+    add({.pid = 12, .parent = 11, .startTime = 502, .unit = second, .flatpak = "com.spotify.Client"});
+    add({.pid = 30, .parent = 2, .startTime = 400, .program = "/usr/bin/bwrap", .unit = first});
+    add({.pid = 31, .parent = 30, .startTime = 401, .unit = first, .flatpak = "com.spotify.Client"});
+    add({.pid = 40, .parent = 2, .startTime = 300, .program = "/usr/bin/mpv"});
+    const Applications expected{*application(30, "com.spotify.client", "Spotify"),
+                                *application(10, "com.spotify.client", "Spotify")};
+    EXPECT_EQ(applications().runningApplicationsWithBundleIdentifier("com.spotify.client"), expected);
+    EXPECT_EQ(applications().runningApplicationsWithBundleIdentifier("com.spotify.Client"), Applications{});
+    EXPECT_EQ(applications().runningApplicationsWithBundleIdentifier(""), Applications{});
+}
+
+TEST_F(DesktopApplicationsTest, AProcessThatIsNotThereHasNoApplication) {
+    std::filesystem::create_directories(machine_.path() / "proc/77");
+    for (const int pid : {-1, 0, 77, 12345}) EXPECT_EQ(of(pid), std::nullopt) << pid;
+}
+
+TEST_F(DesktopApplicationsTest, ATreeOfParentsThatIsACircleEnds) {
+    add({.pid = 10, .parent = 11, .program = "/usr/bin/x"});
+    add({.pid = 11, .parent = 10, .program = "/usr/bin/y"});
+    EXPECT_EQ(of(10), std::nullopt);
+}
+
+TEST_F(DesktopApplicationsTest, MayEndBeforeTheFilesAreRead) {
+    auto early = std::make_unique<DesktopApplications>(queue_, DesktopRoots{});
+    EXPECT_EQ(early->runningApplicationWithProcessIdentifier(1 << 30), std::nullopt);
+    early.reset();
+    EXPECT_EQ(queue_->run(), 1U);
+}
+
+TEST(DesktopApplicationsOfThisMachine, KnowTheirOwnProcessAndAnswerQuickly) {
+    WorkerPool pool(1);
+    DesktopApplications applications(pool.makeSerialQueue("desktop"));
+    const auto start = std::chrono::steady_clock::now();
+    applications.runningApplicationWithProcessIdentifier(getpid());
+    applications.runningApplicationsWithBundleIdentifier("com.spotify.client");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
+}
+
+}  // namespace
+}  // namespace purlock::host_linux
