@@ -55,8 +55,13 @@ bool waitUntil(Condition condition, std::chrono::milliseconds limit = std::chron
 /// A program that the test started, and that ends with its object, by its process id.
 class ChildProcess {
   public:
+    /// Whether what the program starts in turn ends with it.
+    enum class Group { shared, own };
+
     ChildProcess() = default;
-    ChildProcess(const std::vector<std::string>& arguments, const std::vector<std::string>& environment) {
+    ChildProcess(const std::vector<std::string>& arguments, const std::vector<std::string>& environment,
+                 Group group = Group::shared)
+        : group_(group) {
         std::vector<char*> argumentPointers;
         std::vector<char*> environmentPointers;
         for (const auto& text : arguments) argumentPointers.push_back(const_cast<char*>(text.c_str()));
@@ -64,21 +69,24 @@ class ChildProcess {
         argumentPointers.push_back(nullptr);
         environmentPointers.push_back(nullptr);
         pid_ = fork();
+        if (pid_ > 0 && group == Group::own) setpgid(pid_, pid_);  // both sides, whichever comes first
         if (pid_ != 0) return;
+        if (group == Group::own) setpgid(0, 0);
         execvpe(argumentPointers[0], argumentPointers.data(), environmentPointers.data());
         _exit(127);
     }
     ~ChildProcess() { kill(SIGKILL); }
-    ChildProcess(ChildProcess&& other) noexcept : pid_(std::exchange(other.pid_, -1)) {}
+    ChildProcess(ChildProcess&& other) noexcept : pid_(std::exchange(other.pid_, -1)), group_(other.group_) {}
     ChildProcess& operator=(ChildProcess&& other) noexcept {
         std::swap(pid_, other.pid_);
+        std::swap(group_, other.group_);
         return *this;
     }
 
     /// Ends the program and waits for its end.
     void kill(int signal) {
         if (pid_ <= 0) return;
-        ::kill(pid_, signal);
+        ::kill(group_ == Group::own ? -pid_ : pid_, signal);
         waitpid(pid_, nullptr, 0);
         pid_ = -1;
     }
@@ -92,6 +100,7 @@ class ChildProcess {
 
   private:
     pid_t pid_ = -1;
+    Group group_ = Group::shared;
 };
 
 /// A dbus-daemon of the test's own, in a folder of its own, that lets everybody do everything.

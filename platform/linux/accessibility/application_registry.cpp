@@ -1,0 +1,97 @@
+#include "platform/linux/accessibility/application_registry.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+#include "platform/linux/accessibility/cache_items.h"
+#include "platform/linux/applications/process_files.h"
+
+namespace purlock::host_linux {
+
+namespace {
+
+constexpr std::size_t maximumApplications = 512;
+constexpr int maximumGenerations = 16;
+constexpr std::chrono::milliseconds callLimit{1500};
+
+bool descendsFrom(std::int32_t pid, std::int32_t ancestor) {
+    const ProcessFiles processes;
+    for (int generation = 0; generation < maximumGenerations && pid > 1; ++generation) {
+        if (pid == ancestor) return true;
+        const auto status = processes.status(pid);
+        if (!status) return false;
+        pid = status->parent;
+    }
+    return false;
+}
+
+}  // namespace
+
+struct ApplicationRegistry::Search {
+    std::int32_t pid = 0;
+    Found onFound;
+    std::vector<std::string> names;  // in the registry's order
+    std::size_t open = 0;            // process ids still asked for
+};
+
+void ApplicationRegistry::find(std::int32_t pid, Found onFound) {
+    auto search = std::make_shared<Search>(Search{pid, std::move(onFound), {}, 0});
+    const auto call = connection_.newCall({"org.a11y.atspi.Registry", std::string(applicationElementPath),
+                                           "org.a11y.atspi.Accessible", "GetChildren"});
+    const std::weak_ptr<ApplicationRegistry*> alive = alive_;
+    const bool sent = connection_.call(call, callLimit, [alive, search](const BusIncoming& reply) {
+        if (const auto registry = alive.lock()) (*registry)->takeNames(search, reply);
+    });
+    if (!sent) search->onFound(std::nullopt);
+}
+
+void ApplicationRegistry::takeNames(const std::shared_ptr<Search>& search, const BusIncoming& reply) {
+    BusReader reader = reply.reader();
+    if (!reply.isError() && reader.enterArray()) {
+        while (const auto reference = reader.next()) {
+            const BusValue* name = reference->at(0);
+            if (name == nullptr || name->text() == nullptr || search->names.size() >= maximumApplications)
+                continue;
+            search->names.push_back(*name->text());
+        }
+    }
+    // Connections that are gone are forgotten, so that the map stays as small as the registry's list.
+    std::erase_if(processes_, [&](const auto& known) {
+        return std::ranges::find(search->names, known.first) == search->names.end();
+    });
+    ++search->open;  // this call itself, so that the search does not end before all are asked
+    for (const std::string& name : search->names) {
+        if (!processes_.contains(name)) askForProcess(search, name);
+    }
+    if (--search->open == 0) conclude(*search);
+}
+
+void ApplicationRegistry::askForProcess(const std::shared_ptr<Search>& search, const std::string& name) {
+    auto call = connection_.newCall({"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                                     "GetConnectionUnixProcessID"});
+    call.append(name);
+    const std::weak_ptr<ApplicationRegistry*> alive = alive_;
+    const bool sent = connection_.call(call, callLimit, [alive, search, name](const BusIncoming& reply) {
+        const auto registry = alive.lock();
+        if (!registry) return;
+        const auto value = reply.isError() ? std::nullopt : reply.reader().next();
+        const auto pid = value ? value->integer() : std::nullopt;
+        if (pid) (*registry)->processes_[name] = static_cast<std::int32_t>(*pid);
+        if (--search->open == 0) (*registry)->conclude(*search);
+    });
+    if (sent) ++search->open;
+}
+
+void ApplicationRegistry::conclude(Search& search) const {
+    std::optional<std::string> descendant;
+    for (const std::string& name : search.names) {
+        const auto process = processes_.find(name);
+        if (process == processes_.end()) continue;
+        if (process->second == search.pid) return search.onFound(name);
+        if (!descendant && descendsFrom(process->second, search.pid)) descendant = name;
+    }
+    search.onFound(descendant);
+}
+
+}  // namespace purlock::host_linux

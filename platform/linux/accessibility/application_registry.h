@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/linux/dbus/bus_connection.h"
+
+namespace purlock::host_linux {
+
+/// Finds the connection of a process on the accessibility bus, among those that the registry lists. On the
+/// bus thread.
+///
+/// Process ids are asked of the bus, never of the application, and kept: a unique name never comes again on
+/// one bus.
+class ApplicationRegistry {
+  public:
+    using Found = std::function<void(std::optional<std::string> busName)>;
+
+    explicit ApplicationRegistry(BusConnection& connection) : connection_(connection) {}
+    ApplicationRegistry(const ApplicationRegistry&) = delete;
+    ApplicationRegistry& operator=(const ApplicationRegistry&) = delete;
+
+    /// Calls `onFound` later: with the connection of that very process, else with that of a process that
+    /// descends from it (of a sandboxed application, the one that speaks for it), else with nothing.
+    void find(std::int32_t pid, Found onFound);
+
+    /// Forgets everything: the bus is gone.
+    void clear() { processes_.clear(); }
+
+  private:
+    struct Search;
+
+    void takeNames(const std::shared_ptr<Search>& search, const BusIncoming& reply);
+    void askForProcess(const std::shared_ptr<Search>& search, const std::string& name);
+    void conclude(Search& search) const;
+
+    BusConnection& connection_;
+    std::map<std::string, std::int32_t> processes_;  // by unique name
+    const std::shared_ptr<ApplicationRegistry*> alive_ = std::make_shared<ApplicationRegistry*>(this);
+};
+
+}  // namespace purlock::host_linux

@@ -1,0 +1,174 @@
+#include "platform/linux/accessibility/object_walker.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace purlock::host_linux {
+
+namespace {
+
+constexpr const char* accessibleInterface = "org.a11y.atspi.Accessible";
+constexpr const char* textInterface = "org.a11y.atspi.Text";
+constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
+
+constexpr std::size_t maximumUnderWay = 64;
+constexpr std::size_t maximumTextElements = 256;
+constexpr std::chrono::milliseconds callLimit{1500};
+
+/// Of the bytes of a text, the first of these are asked for; a badge is a few words.
+constexpr std::int32_t firstCharacters = 512;
+
+BusReadLimits repliesLimits(const SnapshotLimits& limits) {
+    return {.textBytes = limits.textBytes, .totalTextBytes = 8U << 20U, .values = 4 * limits.elements};
+}
+
+}  // namespace
+
+ObjectWalker::ObjectWalker(BusConnection& connection, std::string busName, const SnapshotLimits& limits,
+                           Finish onFinish)
+    : connection_(connection),
+      busName_(std::move(busName)),
+      limits_(limits),
+      onFinish_(std::move(onFinish)),
+      texts_(limits) {}
+
+void ObjectWalker::readTree() {
+    addElement(std::string(applicationElementPath), 0, std::nullopt);
+    sendQueued();
+}
+
+void ObjectWalker::readTexts(CachedTree tree) {
+    snapshot_ = std::move(tree.snapshot);
+    const std::size_t count = std::min(tree.textElements.size(), maximumTextElements);
+    for (std::size_t i = 0; i < count; ++i) askForText(tree.textElements[i].node, tree.textElements[i].path);
+    sendQueued();
+}
+
+void ObjectWalker::addElement(std::string path, int depth, std::optional<std::uint32_t> parent) {
+    if (snapshot_.nodes.size() >= limits_.elements || !seen_.insert(path).second) return;
+    const auto node = static_cast<std::uint32_t>(snapshot_.nodes.size());
+    snapshot_.nodes.emplace_back();
+    if (parent) snapshot_.nodes[*parent].children.push_back(node);
+    waiting_.push_back({node, depth, std::move(path)});
+}
+
+BusCall ObjectWalker::newCall(const std::string& path, const char* interface, const char* member) const {
+    return connection_.newCall({busName_, path, interface, member});
+}
+
+/// The first element alone is asked for everything at once, so that it shows whether the toolkit answers
+/// that.
+void ObjectWalker::askForProperties(const Element& element) {
+    if (!answersGetAll_) {
+        askForProperty(element, "Name");
+        askForProperty(element, "Description");
+        return;
+    }
+    auto call = newCall(element.path, propertiesInterface, "GetAll");
+    call.append(accessibleInterface);
+    queue(std::move(call), [this, element](const BusIncoming& reply) { takeProperties(element, reply); });
+}
+
+void ObjectWalker::takeProperties(const Element& element, const BusIncoming& reply) {
+    const auto properties = reply.isError() ? std::nullopt : reply.reader(repliesLimits(limits_)).next();
+    if (!properties || properties->find("Name") == nullptr) {
+        answersGetAll_ = false;
+        return askForProperties(element);
+    }
+    const auto textOf = [&](const char* name) {
+        const BusValue* value = properties->find(name);
+        return value != nullptr ? value->text() : nullptr;
+    };
+    snapshot_.nodes[element.node].description = texts_.take(textOf("Description"));
+    snapshot_.nodes[element.node].help = texts_.take(textOf("HelpText"));
+    takeName(element, textOf("Name"));
+}
+
+void ObjectWalker::askForProperty(const Element& element, const char* property) {
+    auto call = newCall(element.path, propertiesInterface, "Get");
+    call.append(accessibleInterface).append(property);
+    const bool isName = std::string_view(property) == "Name";
+    queue(std::move(call), [this, element, isName](const BusIncoming& reply) {
+        if (reply.isError()) return;
+        const auto value = reply.reader(repliesLimits(limits_)).next();
+        const std::string* text = value ? value->text() : nullptr;
+        if (isName) return takeName(element, text);
+        snapshot_.nodes[element.node].description = texts_.take(text);
+    });
+}
+
+void ObjectWalker::takeName(const Element& element, const std::string* name) {
+    snapshot_.nodes[element.node].title = texts_.take(name);
+    if (name != nullptr && name->empty() && element.depth > 0) askForText(element.node, element.path);
+}
+
+/// An element without text answers with an error, which costs less than asking whether it has some.
+void ObjectWalker::askForText(std::uint32_t node, const std::string& path) {
+    auto call = newCall(path, textInterface, "GetText");
+    call.append(std::int32_t{0}).append(firstCharacters);
+    queue(std::move(call), [this, node](const BusIncoming& reply) {
+        if (reply.isError()) return;
+        const auto text = reply.reader(repliesLimits(limits_)).nextText();
+        if (text) snapshot_.nodes[node].value = texts_.take(&*text);
+    });
+}
+
+void ObjectWalker::askForChildren(const Element& element) {
+    queue(newCall(element.path, accessibleInterface, "GetChildren"),
+          [this, element](const BusIncoming& reply) { takeChildren(element, reply); });
+}
+
+void ObjectWalker::takeChildren(const Element& element, const BusIncoming& reply) {
+    if (reply.isError()) {
+        if (element.depth == 0) finish(std::nullopt);
+        return;
+    }
+    BusReader reader = reply.reader(repliesLimits(limits_));
+    if (!reader.enterArray()) return;
+    while (const auto reference = reader.next()) {
+        const BusValue* name = reference->at(0);
+        const BusValue* path = reference->at(1);
+        if (name == nullptr || path == nullptr || name->text() == nullptr || path->text() == nullptr)
+            continue;
+        if (*name->text() == busName_) addElement(*path->text(), element.depth + 1, element.node);
+    }
+}
+
+void ObjectWalker::queue(BusCall call, Reply onReply) {
+    calls_.emplace_back(std::move(call), std::move(onReply));
+}
+
+/// Keeps the pipe filled; finishes when nothing is left to ask and to hear.
+void ObjectWalker::sendQueued() {
+    while (underWay_ < maximumUnderWay && !finished_) {
+        if (calls_.empty()) {
+            if (waiting_.empty()) break;
+            const Element element = std::move(waiting_.front());
+            waiting_.pop_front();
+            askForProperties(element);
+            if (element.depth < limits_.depth) askForChildren(element);
+        }
+        const auto [call, onReply] = std::move(calls_.front());
+        calls_.pop_front();
+        const std::weak_ptr<ObjectWalker*> alive = alive_;
+        const bool sent =
+            connection_.call(call, callLimit, [this, alive, onReply = onReply](const BusIncoming& reply) {
+                if (alive.expired() || finished_) return;
+                --underWay_;
+                onReply(reply);
+                sendQueued();
+            });
+        if (!sent) return finish(std::nullopt);
+        ++underWay_;
+    }
+    if (underWay_ == 0) finish(std::move(snapshot_));
+}
+
+void ObjectWalker::finish(std::optional<Snapshot> snapshot) {
+    if (std::exchange(finished_, true)) return;
+    const Finish onFinish = onFinish_;  // may drop the walker
+    onFinish(std::move(snapshot));
+}
+
+}  // namespace purlock::host_linux

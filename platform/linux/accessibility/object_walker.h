@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_set>
+
+#include "platform/linux/accessibility/cache_items.h"
+#include "platform/linux/accessibility/snapshot.h"
+#include "platform/linux/dbus/bus_connection.h"
+
+namespace purlock::host_linux {
+
+/// Reads an application's tree element by element, for toolkits without a useful cache, and the texts of the
+/// elements of a tree that is there already. On the bus thread; owned by an `ApplicationReader`, which limits
+/// its time.
+///
+/// Breadth first, with at most 64 calls under way. An element costs two calls (its properties and its
+/// children) where the toolkit answers GetAll, else three, and one more for the content of an element without
+/// a name.
+class ObjectWalker {
+  public:
+    using Finish = std::function<void(std::optional<Snapshot>)>;
+
+    ObjectWalker(BusConnection& connection, std::string busName, const SnapshotLimits& limits,
+                 Finish onFinish);
+
+    /// Reads everything. Finishes with nothing when the application's own element does not answer.
+    void readTree();
+
+    /// Reads the contents of those elements, at most 256 of them.
+    void readTexts(CachedTree tree);
+
+  private:
+    struct Element {
+        std::uint32_t node = 0;
+        int depth = 0;
+        std::string path;
+    };
+    using Reply = std::function<void(const BusIncoming&)>;
+
+    void askForProperties(const Element& element);
+    void askForProperty(const Element& element, const char* property);
+    void askForChildren(const Element& element);
+    void askForText(std::uint32_t node, const std::string& path);
+    void takeProperties(const Element& element, const BusIncoming& reply);
+    void takeName(const Element& element, const std::string* name);
+    void takeChildren(const Element& element, const BusIncoming& reply);
+    void addElement(std::string path, int depth, std::optional<std::uint32_t> parent);
+
+    void queue(BusCall call, Reply onReply);
+    void sendQueued();
+    void finish(std::optional<Snapshot> snapshot);
+    BusCall newCall(const std::string& path, const char* interface, const char* member) const;
+
+    BusConnection& connection_;
+    const std::string busName_;
+    const SnapshotLimits limits_;
+    const Finish onFinish_;
+    TextBudget texts_;
+    Snapshot snapshot_;
+    std::unordered_set<std::string> seen_;
+    std::deque<Element> waiting_;  // known, not yet asked
+    std::deque<std::pair<BusCall, Reply>> calls_;
+    std::size_t underWay_ = 0;
+    bool answersGetAll_ = true;
+    bool finished_ = false;
+    const std::shared_ptr<ObjectWalker*> alive_ = std::make_shared<ObjectWalker*>(this);
+};
+
+}  // namespace purlock::host_linux

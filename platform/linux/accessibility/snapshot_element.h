@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+#include "platform/linux/accessibility/snapshot.h"
+#include "source/accessibility_tree.h"
+
+namespace purlock::host_linux {
+
+/// A view of one element of a snapshot, which it keeps alive; good after the application is gone.
+///
+/// AXTitle is the accessible name, AXDescription the description, AXHelp the help text (for toolkits that
+/// tell it), and AXValue the content of an element with text but without a name: where a toolkit gives a text
+/// both ways, as for a label, it is its AXTitle. A number (a slider's position) is no text and not kept.
+/// Texts are absent when empty.
+class SnapshotElement final : public AccessibilityElement {
+  public:
+    /// Without a snapshot, every attribute is absent.
+    SnapshotElement(std::shared_ptr<const Snapshot> snapshot, std::uint32_t node)
+        : snapshot_(std::move(snapshot)), node_(node) {}
+
+    std::optional<AttributeValue> copyAttributeValue(std::string_view attribute) override;
+
+  private:
+    AccessibilityElements children(const SnapshotNode& node) const;
+
+    const std::shared_ptr<const Snapshot> snapshot_;
+    const std::uint32_t node_;
+};
+
+}  // namespace purlock::host_linux
