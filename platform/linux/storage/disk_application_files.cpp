@@ -3,7 +3,7 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/linux/storage/files.h"
+#include "platform/linux/system/file_writing.h"
 
 namespace purlock::host_linux {
 

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <optional>
 
-#include "platform/linux/storage/file_descriptor.h"
+#include "platform/linux/system/file_descriptor.h"
 
 namespace purlock::host_linux {
 

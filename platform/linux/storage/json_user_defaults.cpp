@@ -6,7 +6,8 @@
 #include <utility>
 
 #include "base/text.h"
-#include "platform/linux/storage/files.h"
+#include "platform/linux/system/file_writing.h"
+#include "platform/linux/system/files.h"
 
 namespace purlock::host_linux {
 

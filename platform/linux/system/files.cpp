@@ -9,28 +9,61 @@
 #include <cerrno>
 #include <memory>
 #include <string_view>
+#include <utility>
+
+#include "platform/linux/system/file_descriptor.h"
 
 namespace purlock::host_linux {
 
 namespace {
 
+// Not to wait for the writer of a pipe, nor to become the master of a terminal, that stands in a file's
+// place.
+constexpr int readFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+
 struct FolderCloser {
     void operator()(DIR* folder) const { closedir(folder); }
 };
+
+std::optional<std::size_t> readSome(int descriptor, char* data, std::size_t size) {
+    for (;;) {
+        const ssize_t count = ::read(descriptor, data, size);
+        if (count >= 0) return static_cast<std::size_t>(count);
+        if (errno != EINTR) return std::nullopt;
+    }
+}
+
+}  // namespace
 
 bool isRegularFile(int descriptor) {
     struct stat status {};
     return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
 }
 
-}  // namespace
-
-FileDescriptor::~FileDescriptor() {
-    if (descriptor_ >= 0) close(descriptor_);
+FileText readWholeFile(const std::filesystem::path& file, std::size_t limit) {
+    const FileDescriptor descriptor(open(file.c_str(), readFlags));
+    if (!descriptor) {
+        const bool missing = errno == ENOENT || errno == ENOTDIR;
+        return {missing ? FileStatus::missing : FileStatus::unreadable, {}};
+    }
+    if (!isRegularFile(descriptor.get())) return {FileStatus::unreadable, {}};
+    // The size is only a hint: files of /proc say 0, and any file may grow meanwhile.
+    std::string text;
+    std::size_t size = 0;
+    for (;;) {
+        text.resize(std::min(limit + 1, std::max<std::size_t>(4096, 2 * size)));
+        const auto count = readSome(descriptor.get(), text.data() + size, text.size() - size);
+        if (!count) return {FileStatus::unreadable, {}};
+        if (*count == 0) break;
+        size += *count;
+        if (size > limit) return {FileStatus::tooLarge, {}};
+    }
+    text.resize(size);
+    return {FileStatus::read, std::move(text)};
 }
 
 std::optional<std::string> readFile(const std::string& path, std::size_t limit) {
-    const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    const FileDescriptor file(open(path.c_str(), readFlags));
     if (!file || !isRegularFile(file.get())) return std::nullopt;
     // The kernel's files give their size as 0, or as a page, so the size is not asked for.
     constexpr std::size_t chunk = 4096;
@@ -38,10 +71,10 @@ std::optional<std::string> readFile(const std::string& path, std::size_t limit) 
     while (text.size() < limit) {
         const std::size_t before = text.size();
         text.resize(std::min(before + chunk, limit));
-        const ssize_t count = read(file.get(), text.data() + before, text.size() - before);
-        text.resize(before + static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-        if (count == 0) break;
-        if (count < 0 && errno != EINTR) return std::nullopt;
+        const auto count = readSome(file.get(), text.data() + before, text.size() - before);
+        if (!count) return std::nullopt;
+        text.resize(before + *count);
+        if (*count == 0) break;
     }
     return text;
 }

@@ -1,31 +1,31 @@
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace purlock::host_linux {
 
-/// An open file, closed with its object.
-class FileDescriptor {
-  public:
-    FileDescriptor() = default;
-    explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
-    ~FileDescriptor();
-    FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-    FileDescriptor& operator=(FileDescriptor&& other) noexcept {
-        std::swap(descriptor_, other.descriptor_);
-        return *this;
-    }
-
-    int get() const { return descriptor_; }
-    explicit operator bool() const { return descriptor_ >= 0; }
-
-  private:
-    int descriptor_ = -1;
+enum class FileStatus {
+    read,
+    missing,
+    unreadable,  // no permission, not a regular file, or an error in mid-read
+    tooLarge,
 };
+
+struct FileText {
+    FileStatus status = FileStatus::missing;
+    std::string text;  // empty unless `read`
+};
+
+/// The whole of a regular file of at most `limit` bytes. Never waits for a pipe or a device that stands in
+/// its place.
+FileText readWholeFile(const std::filesystem::path& file, std::size_t limit);
+
+/// Whether an open file is a regular one, no pipe, socket or device.
+bool isRegularFile(int descriptor);
 
 /// The first `limit` bytes of a regular file (of the kernel's folders too); absent when it cannot be read. A
 /// pipe, a socket or a device under that name is not opened, so this never waits for a writer. Any thread.

@@ -1,4 +1,4 @@
-#include "platform/linux/storage/directories.h"
+#include "platform/linux/system/directories.h"
 
 #include <pwd.h>
 #include <unistd.h>

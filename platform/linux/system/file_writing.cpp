@@ -1,14 +1,14 @@
-#include "platform/linux/storage/files.h"
+#include "platform/linux/system/file_writing.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <optional>
+#include <string>
 
-#include "platform/linux/storage/file_descriptor.h"
+#include "platform/linux/system/file_descriptor.h"
+#include "platform/linux/system/files.h"
 
 namespace purlock::host_linux {
 
@@ -17,14 +17,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr mode_t ownerOnly = 0600;
-
-std::optional<std::size_t> readSome(int descriptor, char* data, std::size_t size) {
-    for (;;) {
-        const ssize_t count = ::read(descriptor, data, size);
-        if (count >= 0) return static_cast<std::size_t>(count);
-        if (errno != EINTR) return std::nullopt;
-    }
-}
 
 bool writeAll(int descriptor, std::string_view text) {
     while (!text.empty()) {
@@ -64,34 +56,7 @@ bool appendWhole(int descriptor, std::string_view bytes) {
     return false;
 }
 
-bool isRegularFile(int descriptor) {
-    struct stat info {};
-    return ::fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode);
-}
-
 }  // namespace
-
-FileText readWholeFile(const fs::path& file, std::size_t limit) {
-    const FileDescriptor descriptor(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
-    if (!descriptor) {
-        const bool missing = errno == ENOENT || errno == ENOTDIR;
-        return {missing ? FileStatus::missing : FileStatus::unreadable, {}};
-    }
-    if (!isRegularFile(descriptor.get())) return {FileStatus::unreadable, {}};
-    // The size is only a hint: files of /proc say 0, and any file may grow meanwhile.
-    std::string text;
-    std::size_t size = 0;
-    for (;;) {
-        text.resize(std::min(limit + 1, std::max<std::size_t>(4096, 2 * size)));
-        const auto count = readSome(descriptor.get(), text.data() + size, text.size() - size);
-        if (!count) return {FileStatus::unreadable, {}};
-        if (*count == 0) break;
-        size += *count;
-        if (size > limit) return {FileStatus::tooLarge, {}};
-    }
-    text.resize(size);
-    return {FileStatus::read, std::move(text)};
-}
 
 bool replaceFile(const fs::path& file, std::string_view text) {
     fs::path temporary = file;

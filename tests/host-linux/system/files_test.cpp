@@ -1,4 +1,4 @@
-#include "platform/linux/storage/files.h"
+#include "platform/linux/system/files.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -8,6 +8,7 @@
 #include <string>
 #include <thread>
 
+#include "platform/linux/system/file_writing.h"
 #include "tests/support/temporary_folder.h"
 
 namespace purlock::host_linux {
