@@ -44,9 +44,9 @@ class WorkerPool::Workers {
                     stopped_ = true;
                     return;
                 }
-                thread = std::move(threads_[joined]);
+                thread = std::move(threads_[joined]);  // already joined if this is not the first time
             }
-            thread.join();
+            if (thread.joinable()) thread.join();
         }
     }
 
@@ -110,6 +110,10 @@ WorkerPool::WorkerPool(std::size_t maximumThreads, std::function<void()> onThrea
     : workers_(std::make_shared<Workers>(maximumThreads, std::move(onThreadStart))) {}
 
 WorkerPool::~WorkerPool() {
+    finish();
+}
+
+void WorkerPool::finish() {
     workers_->finish();
 }
 

@@ -24,8 +24,12 @@ class WorkerPool final : public SerialQueueFactory {
     /// `onThreadStart` runs first on each new thread; a host names the thread with it.
     explicit WorkerPool(std::size_t maximumThreads, std::function<void()> onThreadStart = {});
 
-    /// Runs everything that was handed in, then ends the threads. Must not run on one of them.
+    /// As `finish`.
     ~WorkerPool() override;
+
+    /// Runs everything that was handed in and ends the threads; what is handed in later is dropped. Must not
+    /// run on one of them.
+    void finish();
 
     std::shared_ptr<SerialQueue> makeSerialQueue(std::string label) override;
 

@@ -13,7 +13,8 @@
 
 namespace purlock {
 
-/// What the shell asks of the host, for itself and for the monitors that it makes. All of it outlives the shell.
+/// What the shell asks of the host, for itself and for the monitors that it makes. All of it outlives the
+/// shell.
 struct AppDelegateSeams {
     RunLoop& mainLoop;
     AudioMonitorSeams audio;
@@ -21,8 +22,8 @@ struct AppDelegateSeams {
     ReportCoordinatorSeams coordinator;
 };
 
-/// The frame of the program: owns the long-lived objects, wires them together at launch, hands every device state to
-/// the snapshot and the log, and refreshes everything every 0.8 s in case a notification was missed.
+/// The frame of the program: owns the long-lived objects, wires them together at launch, hands every device
+/// state to the snapshot and the log, and refreshes everything every 0.8 s in case a notification was missed.
 ///
 /// Made and launched once, on the main thread, after the shared services were provided.
 class AppDelegate : public std::enable_shared_from_this<AppDelegate> {

@@ -121,6 +121,18 @@ TEST(WorkerPool, WorkMayHandInWorkAndDropItsOwnQueue) {
     EXPECT_EQ(ran, 2);
 }
 
+TEST(WorkerPool, FinishingTwiceIsFinishingOnce) {
+    std::atomic<int> ran = 0;
+    WorkerPool pool(2);
+    const auto queue = pool.makeSerialQueue("q");
+    queue->async([&] { ++ran; });
+    pool.finish();
+    EXPECT_EQ(ran, 1);
+    queue->async([&] { ++ran; });
+    pool.finish();
+    EXPECT_EQ(ran, 1);
+}
+
 TEST(WorkerPool, AQueueMayOutliveThePool) {
     std::optional<WorkerPool> pool(std::in_place, 1);
     const auto queue = pool->makeSerialQueue("q");

@@ -20,8 +20,8 @@ Cancellable QtRunLoop::repeat(std::chrono::milliseconds interval, Task task) {
 }
 
 Cancellable QtRunLoop::startTimer(std::chrono::milliseconds interval, bool repeating, Task task) {
-    // A timer's handle may be dropped on any thread and from within the timer's own task: the timer is stopped at once
-    // if that is here, and deleted by the event loop in any case.
+    // A timer's handle may be dropped on any thread and from within the timer's own task: the timer is
+    // stopped at once if that is here, and deleted by the event loop in any case.
     const std::shared_ptr<QTimer> timer(new QTimer, [](QTimer* dropped) { dropped->deleteLater(); });
     timer->setTimerType(Qt::PreciseTimer);
     timer->setSingleShot(!repeating);

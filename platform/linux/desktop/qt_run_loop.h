@@ -6,7 +6,8 @@
 
 namespace purlock::host_linux {
 
-/// The main run loop over Qt's event loop. Made on the main thread after the Qt application object, and alive as long.
+/// The main run loop over Qt's event loop. Made on the main thread after the Qt application object, and alive
+/// as long.
 class QtRunLoop final : public RunLoop {
   public:
     void post(Task task) override;

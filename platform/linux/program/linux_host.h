@@ -1,0 +1,60 @@
+#pragma once
+
+#include "base/clock.h"
+#include "base/worker_pool.h"
+#include "platform/linux/accessibility/atspi_tree.h"
+#include "platform/linux/applications/desktop_applications.h"
+#include "platform/linux/bluetooth/bluez_stack.h"
+#include "platform/linux/dbus/bus_thread.h"
+#include "platform/linux/desktop/qt_run_loop.h"
+#include "platform/linux/nowplaying/main_notification_center.h"
+#include "platform/linux/nowplaying/mpris_framework.h"
+#include "platform/linux/pipewire/pipewire_hardware.h"
+#include "platform/linux/propertylist/posix_file_system.h"
+#include "platform/linux/propertylist/property_list_file_reader.h"
+#include "platform/linux/storage/disk_application_files.h"
+#include "platform/linux/system/host_operating_system.h"
+#include "platform/linux/usb/sysfs_usb_registry.h"
+#include "ui/app_delegate.h"
+
+namespace purlock::host_linux {
+
+/// Every service of the Linux host, made and ended in the order in which they need each other.
+///
+/// Made by the main function, on the main thread, once Qt's application object is there; ended after the
+/// shell, before that object.
+class LinuxHost {
+  public:
+    LinuxHost();
+
+    /// Lets the queues finish what they have, then ends the services.
+    ~LinuxHost();
+
+    LinuxHost(const LinuxHost&) = delete;
+    LinuxHost& operator=(const LinuxHost&) = delete;
+
+    /// Says how the shared services are made; before the shell.
+    void provideSharedServices();
+
+    /// What the shell asks of this host.
+    AppDelegateSeams seams();
+
+  private:
+    QtRunLoop mainLoop_;
+    SystemClock clock_;
+    HostOperatingSystem operatingSystem_;
+    DiskApplicationFiles files_;
+    PosixFileSystem fileSystem_;
+    PropertyListFileReader propertyLists_;
+    WorkerPool queues_;
+    BusThread busThread_;
+    MainNotificationCenter notificationCenter_;
+    MprisFrameworkLoader players_;
+    AtSpiTree accessibility_;
+    BlueZStack bluetooth_;
+    SysfsUsbRegistry usb_;
+    DesktopApplications applications_;
+    PipeWireHardware hardware_;
+};
+
+}  // namespace purlock::host_linux

@@ -1,0 +1,44 @@
+#include <QCoreApplication>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+
+#include "platform/linux/program/linux_host.h"
+#include "platform/linux/program/quit_signals.h"
+#include "platform/linux/storage/instance_lock.h"
+#include "platform/linux/system/directories.h"
+
+namespace {
+
+using namespace purlock;
+using namespace purlock::host_linux;
+
+/// In the session's own folder; without a session, beside the program's files.
+std::filesystem::path lockFile() {
+    const auto runtime = processEnvironment("XDG_RUNTIME_DIR");
+    if (runtime && runtime->starts_with('/')) return std::filesystem::path(*runtime) / "purlock.lock";
+    return dataDirectory().value_or("/nonexistent") / "purlock.lock";
+}
+
+int run() {
+    const InstanceLock lock(lockFile());
+    if (lock.outcome() == InstanceLock::Outcome::heldByAnother) {
+        std::puts("Purlock is already running in this session.");
+        return EXIT_SUCCESS;
+    }
+    const QuitSignals signals([] { QCoreApplication::quit(); });
+    LinuxHost host;
+    host.provideSharedServices();
+    const auto shell = std::make_shared<AppDelegate>(host.seams());
+    shell->applicationDidFinishLaunching();
+    return QCoreApplication::exec();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication::setApplicationName("Purlock");
+    const QCoreApplication application(argc, argv);
+    return run();
+}
