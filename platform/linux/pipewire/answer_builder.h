@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+
+#include "platform/linux/pipewire/answers.h"
+#include "platform/linux/pipewire/client_identity.h"
+#include "platform/linux/pipewire/object_ids.h"
+#include "platform/linux/pipewire/records.h"
+
+namespace purlock::host_linux {
+
+/// What the kernel says of the sound hardware behind the nodes.
+struct HardwareSight {
+    std::map<PcmAddress, PcmView> pcms;
+    std::map<PcmAddress, EldConnection> displays;
+
+    bool operator==(const HardwareSight&) const = default;
+};
+
+/// From the mirror to the answers: the rules by which the server's objects become devices, streams and
+/// processes of the hardware layer. Does no input or output but what `identities` does. The loop's thread.
+///
+/// `connection` is the number of the connection on which the mirror was filled. Ids of objects that are no
+/// longer there are forgotten.
+Answers buildAnswers(const AudioGraph& graph, const HardwareSight& hardware, std::uint64_t connection,
+                     ClientIdentities& identities, ObjectIDs& ids);
+
+/// Whether a PCM is open in a process that is not part of the audio server.
+bool isTakenByAnother(const PcmView& pcm);
+
+}  // namespace purlock::host_linux

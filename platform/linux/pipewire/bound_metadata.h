@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+
+#include "platform/linux/pipewire/bound_objects.h"
+
+namespace purlock::host_linux {
+
+/// One of the two stores that the mirror follows: the session manager's "default" and the server's
+/// "settings".
+class BoundObjects::Metadata {
+  public:
+    enum class Kind { defaults, settings };
+
+    Metadata(BoundObjects& objects, std::uint32_t id, Kind kind);
+
+    /// What it said is no longer so.
+    ~Metadata();
+    Metadata(const Metadata&) = delete;
+    Metadata& operator=(const Metadata&) = delete;
+
+  private:
+    int told(std::uint32_t subject, const char* key, const char* value);
+    void setDefault(const char* key, const char* value);
+    void setSetting(const char* key, const char* value);
+
+    static const pw_metadata_events events;
+
+    BoundObjects& objects_;
+    const Kind kind_;
+    Proxy proxy_;
+    Listener listener_;
+};
+
+}  // namespace purlock::host_linux

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "platform/linux/pipewire/bound_objects.h"
+
+namespace purlock::host_linux {
+
+/// One node, bound: its state, its dictionary, the format that it runs with and those that it offers.
+///
+/// A parameter has no event for its disappearance: the node tells that it has changed, and it is then listed
+/// anew. The old value stays until the new list is whole.
+class BoundObjects::Node {
+  public:
+    Node(Owner& owner, std::uint32_t id, std::uint64_t serial);
+
+    /// Takes over the lists that are whole by the echo of this number.
+    void commit(std::uint64_t echo);
+
+    /// The default rate may have changed, and with it what the node would be opened with.
+    void choosePreferred();
+
+    /// Whether the rate is news.
+    bool setClockRate(double rate);
+
+    std::uint64_t serial() const { return serial_; }
+
+  private:
+    using PodBytes = std::vector<std::byte>;
+
+    /// The values of one parameter.
+    struct Parameter {
+        std::uint32_t id;
+        std::optional<std::uint32_t> flags;    // as last told; they flip with each change
+        std::optional<std::uint64_t> dueEcho;  // a list is on its way, whole by this echo
+        int sequence = 0;
+        std::vector<PodBytes> arriving;
+        std::vector<PodBytes> values;
+    };
+
+    void informed(const pw_node_info& info);
+    void told(int sequence, std::uint32_t id, const spa_pod* pod);
+    void list(Parameter& parameter, std::uint32_t flags);
+    void chooseFormat();
+    NodeRecord* record();
+
+    static const pw_node_events events;
+
+    Owner& owner_;
+    const std::uint64_t serial_;
+    Proxy proxy_;
+    Listener listener_;
+    Parameter format_;
+    Parameter offered_;
+};
+
+}  // namespace purlock::host_linux

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <pipewire/extensions/profiler.h>
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "platform/linux/pipewire/handles.h"
+#include "platform/linux/pipewire/profile_pod.h"
+
+namespace purlock::host_linux {
+
+/// Learns the clock rates of the running graphs, which the server tells nowhere but in its profiler's
+/// reports.
+///
+/// A listener to the profiler is woken in every cycle of every graph, so it listens for a short while only
+/// after something has changed that may change a clock. An idle graph has no cycles. Owned by a session; the
+/// loop's thread.
+class ClockSampler {
+  public:
+    using Observer = std::function<void(const std::vector<GraphClock>&)>;
+
+    ClockSampler(pw_loop* loop, pw_registry* registry, Observer observer);
+
+    /// The server's profiler has come or gone.
+    void setProfiler(std::uint32_t id);
+    void removeProfiler(std::uint32_t id);
+
+    /// Listens from now on for a while; anew if it does already.
+    void sample();
+
+    bool isSampling() const { return listening_.has_value(); }
+
+  private:
+    /// Ends the listening before the proxy.
+    struct Listening {
+        Proxy proxy;
+        Listener listener;
+    };
+
+    void begin();
+
+    pw_registry* const registry_;
+    const Observer observer_;
+    std::optional<std::uint32_t> profiler_;
+    bool wanted_ = false;
+    std::optional<Listening> listening_;
+    LoopTimer end_;
+};
+
+}  // namespace purlock::host_linux

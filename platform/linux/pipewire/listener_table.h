@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "audio/audio_hardware.h"
+#include "platform/linux/pipewire/answers.h"
+
+namespace purlock::host_linux {
+
+/// Who wants to hear of which property. Any thread.
+class ListenerTable {
+  public:
+    void add(AudioObjectID object, const PropertyAddress& address, const std::shared_ptr<SerialQueue>& queue,
+             const ListenerBlock& block);
+
+    /// Whether there was such a listener; of several equal ones, one is removed.
+    bool remove(AudioObjectID object, const PropertyAddress& address,
+                const std::shared_ptr<SerialQueue>& queue, const ListenerBlock& block);
+
+    /// Hands the blocks of the changed properties to their queues, in the order of the changes. A device's
+    /// streams are the same in the output and in the global scope, so a listener hears of a change in either.
+    void notify(std::span<const Answers::Change> changes);
+
+    std::size_t size() const;
+
+  private:
+    struct Entry {
+        PropertyAddress address;
+        std::shared_ptr<SerialQueue> queue;
+        ListenerBlock block;
+
+        bool operator==(const Entry&) const = default;
+    };
+
+    mutable std::mutex mutex_;
+    std::map<std::pair<AudioObjectID, std::uint32_t>, std::vector<Entry>> entries_;  // by object and selector
+};
+
+}  // namespace purlock::host_linux

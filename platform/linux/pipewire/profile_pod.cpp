@@ -1,0 +1,58 @@
+#include "platform/linux/pipewire/profile_pod.h"
+
+#include <spa/param/profiler.h>
+#include <spa/utils/type.h>
+
+#include <optional>
+#include <utility>
+
+namespace purlock::host_linux {
+
+namespace {
+
+constexpr std::size_t rateMember = 4;  // of the clock's struct: flags, id, name, time, rate
+constexpr std::size_t mostNodes = 4096;
+
+std::optional<double> rateFromClock(const PodView& clock) {
+    const auto members = clock.members();
+    if (members.size() <= rateMember) return std::nullopt;
+    const auto fraction = members[rateMember].fraction();  // the length of a frame in seconds
+    if (!fraction || fraction->numerator == 0 || fraction->denominator == 0) return std::nullopt;
+    return static_cast<double>(fraction->denominator) / static_cast<double>(fraction->numerator);
+}
+
+std::optional<std::uint32_t> nodeFromBlock(const PodView& block) {
+    const auto members = block.members();
+    if (members.empty()) return std::nullopt;
+    const auto id = members.front().integer();
+    if (!id || *id < 0) return std::nullopt;
+    return static_cast<std::uint32_t>(*id);
+}
+
+std::optional<GraphClock> graphClock(const PodView& object) {
+    std::optional<double> rate;
+    std::optional<std::uint32_t> driver;
+    std::vector<std::uint32_t> followers;
+    for (const PodView::Property& property : object.properties(SPA_TYPE_OBJECT_Profiler)) {
+        if (property.key == SPA_PROFILER_clock) rate = rateFromClock(property.value);
+        if (property.key == SPA_PROFILER_driverBlock) driver = nodeFromBlock(property.value);
+        if (property.key != SPA_PROFILER_followerBlock || followers.size() >= mostNodes) continue;
+        if (const auto follower = nodeFromBlock(property.value)) followers.push_back(*follower);
+    }
+    if (!rate || !driver) return std::nullopt;
+    GraphClock clock{*rate, {*driver}};
+    clock.nodes.insert(clock.nodes.end(), followers.begin(), followers.end());
+    return clock;
+}
+
+}  // namespace
+
+std::vector<GraphClock> graphClocksFromPod(const PodView& report) {
+    std::vector<GraphClock> clocks;
+    for (const PodView& object : report.members()) {
+        if (auto clock = graphClock(object)) clocks.push_back(std::move(*clock));
+    }
+    return clocks;
+}
+
+}  // namespace purlock::host_linux

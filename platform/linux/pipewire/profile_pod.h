@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "platform/linux/pipewire/pod_view.h"
+
+namespace purlock::host_linux {
+
+/// One driver's graph in a report of the server's profiler: the rate of its clock and the nodes that it
+/// drives.
+struct GraphClock {
+    double rate = 0;                   // Hz
+    std::vector<std::uint32_t> nodes;  // the server's ids; the driver is the first
+};
+
+/// The graphs of a report (spa/param/profiler.h); one without a driver or a rate is left out. Pure; no input
+/// makes it fail.
+std::vector<GraphClock> graphClocksFromPod(const PodView& report);
+
+}  // namespace purlock::host_linux

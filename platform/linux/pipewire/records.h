@@ -1,0 +1,121 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/linux/alsa/sound_cards.h"
+#include "platform/linux/pipewire/sound_format.h"
+
+namespace purlock::host_linux {
+
+// What the mirror knows of the server's objects, as plain values. Ids are the server's, which it uses again;
+// serials it never uses twice in its life.
+
+enum class NodeRole {
+    other,
+    sink,
+    duplex,
+    source,
+    outputStream,  // an application's sound on its way to a sink
+};
+
+/// A node's dictionary. Texts are well-formed UTF-8 of bounded length; empty means that the key is missing.
+struct NodeProperties {
+    NodeRole role = NodeRole::other;
+    std::string name;
+    std::string nick;
+    std::string description;
+    std::string factory;      // factory.name
+    std::string linkGroup;    // nodes of one group pass sound on among themselves
+    std::string application;  // application.id
+    std::string profile;      // device.profile.name
+    std::string deviceApi;
+    std::string deviceBus;
+    std::string pcmNames;    // the names of an ALSA PCM, one a line
+    std::string driverName;  // the kernel's driver of an ALSA card
+    bool hasRaopKeys = false;
+    bool hasBluezKeys = false;
+    std::int32_t sessionPriority = 0;
+    std::optional<std::int32_t> processIdentifier;  // application.process.id
+    std::optional<std::uint32_t> device;
+    std::optional<std::uint32_t> client;
+    std::optional<std::uint32_t> requestedRate;  // node.rate, Hz
+    std::optional<PcmAddress> pcm;               // of ALSA hardware
+
+    bool operator==(const NodeProperties&) const = default;
+};
+
+enum class NodeState { creating, suspended, idle, running, error };
+
+struct NodeRecord {
+    std::uint32_t id = 0;
+    NodeProperties properties;
+    NodeState state = NodeState::creating;
+    std::optional<SoundFormat> format;     // negotiated; absent while suspended
+    std::optional<SoundFormat> preferred;  // what it would be opened with
+    std::optional<double> clockRate;       // Hz, of the graph that drives it, as last seen
+
+    bool isSuspended() const { return state == NodeState::suspended || state == NodeState::creating; }
+};
+
+struct DeviceProperties {
+    std::string api;
+    std::string bus;
+    std::string vendorName;
+    std::string productName;
+    std::string
+        cardLongName;  // ALSA's own: for USB "<vendor> <product> at usb-...", as the device spells them
+    std::string cardDriver;
+
+    bool operator==(const DeviceProperties&) const = default;
+};
+
+struct ClientProperties {
+    std::string api;                // "pipewire-pulse" for a client of the PulseAudio server, "jack"
+    std::string application;        // application.id
+    std::string access;             // how the server lets it in
+    std::string portalApplication;  // the identifier under which a sandbox's portal vouches for it
+    std::string host;               // application.process.host
+    std::string serverType;         // of a PulseAudio client: "unix", "tcp"
+    std::optional<std::int32_t> claimedProcess;    // application.process.id, the client's own word
+    std::optional<std::int32_t> connectedProcess;  // pipewire.sec.pid, the kernel's word on the other end
+
+    bool operator==(const ClientProperties&) const = default;
+};
+
+struct ClientRecord {
+    std::uint64_t serial = 0;
+    ClientProperties properties;
+};
+
+struct LinkRecord {
+    std::uint32_t outputNode = 0;
+    std::uint32_t inputNode = 0;
+};
+
+/// The `settings` metadata.
+struct ServerSettings {
+    std::uint32_t clockRate = 48000;  // Hz
+    std::uint32_t forcedRate = 0;     // 0 for none
+    std::vector<std::uint32_t> allowedRates;
+
+    /// The rate of a graph that nothing pulls elsewhere.
+    std::uint32_t defaultRate() const { return forcedRate != 0 ? forcedRate : clockRate; }
+
+    bool operator==(const ServerSettings&) const = default;
+};
+
+/// Everything that the mirror holds. Nodes are in the server's order, which is the order of their serials.
+struct AudioGraph {
+    std::map<std::uint64_t, NodeRecord> nodes;          // by serial
+    std::map<std::uint32_t, DeviceProperties> devices;  // the rest by id
+    std::map<std::uint32_t, ClientRecord> clients;
+    std::map<std::uint32_t, LinkRecord> links;
+    ServerSettings settings;
+    std::optional<std::string> defaultSinkName;
+};
+
+}  // namespace purlock::host_linux

@@ -1,0 +1,163 @@
+#include "platform/linux/pipewire/worker.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace purlock::host_linux {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::chrono::milliseconds firstDelay = 25ms;
+constexpr std::chrono::milliseconds longestDelay = 30s;      // while the socket's folder is watched
+constexpr std::chrono::milliseconds longestBlindDelay = 1s;  // while it cannot be
+constexpr std::chrono::nanoseconds serverCheckUp = 2s;
+constexpr std::chrono::nanoseconds hardwareCheckUp = 300ms;
+constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
+
+std::int64_t steadyNow() {
+    return std::chrono::steady_clock::now().time_since_epoch() / 1ns;
+}
+
+std::string hostName() {
+    char name[256] = {};
+    return ::gethostname(name, sizeof name - 1) == 0 ? std::string(name) : std::string();
+}
+
+/// Everything that a graph's clock may follow: who runs at which rate, what is linked, and the settings.
+std::string clockInfluences(const AudioGraph& graph) {
+    std::string text =
+        std::to_string(graph.settings.clockRate) + "/" + std::to_string(graph.settings.forcedRate);
+    for (const std::uint32_t rate : graph.settings.allowedRates) text += "," + std::to_string(rate);
+    for (const auto& [serial, node] : graph.nodes) {
+        if (node.state != NodeState::running) continue;
+        text +=
+            ";" + std::to_string(serial) + ":" + std::to_string(node.properties.requestedRate.value_or(0));
+        if (node.format) text += "@" + std::to_string(node.format->sampleRate);
+    }
+    for (const auto& [id, link] : graph.links) {
+        text += ";" + std::to_string(link.outputNode) + ">" + std::to_string(link.inputNode);
+    }
+    return text;
+}
+
+bool isAnyRunning(const AudioGraph& graph) {
+    return std::any_of(graph.nodes.begin(), graph.nodes.end(),
+                       [](const auto& each) { return each.second.state == NodeState::running; });
+}
+
+}  // namespace
+
+PipeWireHardware::Worker::Worker(RunningApplications& applications, const Places& places)
+    : thread_(pw_thread_loop_new("purlock-audio", nullptr)),
+      loop_(thread_ ? pw_thread_loop_get_loop(thread_.get()) : nullptr),
+      identities_(applications, hostName()),
+      nextCheckUp_(never) {
+    if (!thread_) return;  // out of descriptors: a hardware layer without devices
+    context_.reset(pw_context_new(loop_, nullptr, 0));
+    if (!context_) return;
+    hardware_ = std::make_unique<HardwareWatch>(loop_, SoundCards(places.processFileSystem),
+                                                places.soundDevices, [this] { publish(); });
+    socket_ = std::make_unique<SocketWatch>(loop_, [this] { serverAppeared(); });
+    reconnect_ = std::make_unique<LoopTimer>(loop_, [this] { connect(); });
+    sessionEnds_ = std::make_unique<LoopEvent>(loop_, [this] { endSession(); });
+    checkUp_ = std::make_unique<LoopEvent>(loop_, [this] { checkUp(); });
+    reconnect_->arm(0ms);
+    pw_thread_loop_start(thread_.get());
+}
+
+PipeWireHardware::Worker::~Worker() {
+    if (thread_) pw_thread_loop_stop(thread_.get());
+    // From here on this thread owns what the loop's did; the members end in the reverse of their order.
+}
+
+void PipeWireHardware::Worker::connect() {
+    if (session_) return;
+    session_ = Session::connect(context_.get(), {.settled = [this] { settled(); },
+                                                 .clocksChanged = [this] { publish(); },
+                                                 .silent = [this] { publish(); },
+                                                 .lost = [this] { sessionEnds_->signal(); }});
+    if (session_) {
+        ++connection_;
+    } else {
+        reconnectLater();
+    }
+}
+
+void PipeWireHardware::Worker::reconnectLater() {
+    const auto longest = socket_->isWatching() ? longestDelay : longestBlindDelay;
+    delay_ = std::clamp(delay_ * 2, firstDelay, longest);
+    reconnect_->arm(delay_);
+}
+
+void PipeWireHardware::Worker::serverAppeared() {
+    if (session_) return;
+    // The socket is there a moment before anybody listens to it.
+    delay_ = 0ms;
+    reconnect_->arm(5ms);
+}
+
+void PipeWireHardware::Worker::endSession() {
+    if (!session_) return;
+    session_.reset();
+    identities_.clear();
+    clockInfluences_.clear();
+    publish();
+    reconnectLater();
+}
+
+void PipeWireHardware::Worker::settled() {
+    delay_ = 0ms;
+    socket_->stop();
+    hardware_->follow(session_->graph());
+    identities_.retain(session_->graph());
+    sampleClocksIfChanged();
+    publish();
+}
+
+void PipeWireHardware::Worker::sampleClocksIfChanged() {
+    std::string influences = clockInfluences(session_->graph());
+    if (influences == clockInfluences_) return;
+    clockInfluences_ = std::move(influences);
+    if (isAnyRunning(session_->graph())) session_->sampleClocks();
+}
+
+void PipeWireHardware::Worker::publish() {
+    auto next = std::make_shared<const Answers>();
+    const bool isResponding = session_ && session_->isResponding();
+    if (isResponding) {
+        next = std::make_shared<const Answers>(
+            buildAnswers(session_->graph(), hardware_->sight(), connection_, identities_, ids_));
+    }
+    const auto before = answers.get();
+    answers.set(next);
+    const bool plays = isResponding && isAnyRunning(session_->graph());
+    const bool isTaken = isResponding && hardware_->isAnyTaken();
+    if (!plays && !isTaken) {
+        nextCheckUp_ = never;
+    } else if (nextCheckUp_ == never) {
+        nextCheckUp_ = steadyNow() + (isTaken ? hardwareCheckUp : serverCheckUp) / 1ns;
+    }
+    listeners.notify(next->changesSince(*before));
+}
+
+void PipeWireHardware::Worker::noticeRead() {
+    std::int64_t due = nextCheckUp_.load(std::memory_order_relaxed);
+    if (due == never) return;
+    if (steadyNow() < due) return;
+    // One of the readers asks; the others find that it has been done.
+    if (nextCheckUp_.compare_exchange_strong(due, never)) checkUp_->signal();
+}
+
+void PipeWireHardware::Worker::checkUp() {
+    if (!session_) return;
+    session_->check();
+    if (hardware_->isAnyTaken()) hardware_->look();
+    publish();
+}
+
+}  // namespace purlock::host_linux

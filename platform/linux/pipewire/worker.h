@@ -1,0 +1,67 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "platform/linux/pipewire/client_identity.h"
+#include "platform/linux/pipewire/current_answers.h"
+#include "platform/linux/pipewire/handles.h"
+#include "platform/linux/pipewire/hardware_watch.h"
+#include "platform/linux/pipewire/listener_table.h"
+#include "platform/linux/pipewire/object_ids.h"
+#include "platform/linux/pipewire/pipewire_hardware.h"
+#include "platform/linux/pipewire/session.h"
+#include "platform/linux/pipewire/socket_watch.h"
+
+namespace purlock::host_linux {
+
+/// What happens on the loop's thread: connecting, losing the server, and a new picture after every change.
+/// Only `answers`, `listeners` and `noticeRead` are for other threads.
+class PipeWireHardware::Worker {
+  public:
+    Worker(RunningApplications& applications, const Places& places);
+    ~Worker();
+    Worker(const Worker&) = delete;
+    Worker& operator=(const Worker&) = delete;
+
+    CurrentAnswers answers;
+    ListenerTable listeners;
+
+    /// Somebody reads. That is the moment to find out, at most every now and then and only while something
+    /// plays, whether the server is still alive and who has the hardware open.
+    void noticeRead();
+
+  private:
+    using Milliseconds = std::chrono::milliseconds;
+
+    void connect();
+    void reconnectLater();
+    void serverAppeared();
+    void endSession();
+    void settled();
+    void publish();
+    void sampleClocksIfChanged();
+    void checkUp();
+
+    PipeWireLibrary library_;
+    ThreadLoop thread_;
+    pw_loop* const loop_;
+    Context context_;
+    ClientIdentities identities_;
+    ObjectIDs ids_;
+    std::unique_ptr<HardwareWatch> hardware_;
+    std::unique_ptr<SocketWatch> socket_;
+    std::unique_ptr<LoopTimer> reconnect_;
+    std::unique_ptr<LoopEvent> sessionEnds_;
+    std::unique_ptr<LoopEvent> checkUp_;
+    std::unique_ptr<Session> session_;
+    std::uint64_t connection_ = 0;
+    Milliseconds delay_{0};
+    std::string clockInfluences_;
+    std::atomic<std::int64_t> nextCheckUp_;  // steady clock, ns; the greatest value for never
+};
+
+}  // namespace purlock::host_linux

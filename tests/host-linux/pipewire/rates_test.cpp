@@ -1,0 +1,82 @@
+#include <gtest/gtest.h>
+
+#include "tests/host-linux/pipewire/audio_test.h"
+
+namespace purlock {
+namespace {
+
+using test::AudioTest;
+using test::waitUntil;
+
+/// Rates in Hz; the last two are what must be read.
+struct RateCase {
+    const char* name;
+    int stream;
+    int clock;
+    int device;
+    int virtualRate;
+};
+
+class Rates : public AudioTest, public testing::WithParamInterface<RateCase> {};
+
+TEST_P(Rates, TellOfTheConversionNearestToTheDevice) {
+    const RateCase& row = GetParam();
+    ASSERT_TRUE(session.forceClockRate(row.clock)) << session.logs();
+    ASSERT_TRUE(session.startTunnelSink("tunnel", "S16LE", row.device)) << session.logs();
+    const auto device = [&] { return observer().deviceByUID("tunnel"); };
+    ASSERT_TRUE(waitUntil([&] { return device() != 0; }));
+    EXPECT_TRUE(waitUntil([&] { return observer().virtualRate(device()) == row.clock; }))
+        << "with nothing playing: " << observer().virtualRate(device());
+    session.spawn("player", {"pw-play", "--target", "tunnel", session.toneFile(row.stream)});
+    EXPECT_TRUE(waitUntil([&] { return observer().isRunning(device()); })) << session.logs();
+    EXPECT_TRUE(waitUntil([&] { return observer().virtualRate(device()) == row.virtualRate; }))
+        << observer().virtualRate(device());
+    EXPECT_EQ(observer().physicalRate(device()), row.device);
+    const auto format = observer().format(device(), kAudioStreamPropertyVirtualFormat);
+    ASSERT_TRUE(format);
+    EXPECT_EQ(format->bitsPerChannel, 32U);
+    EXPECT_EQ(format->formatFlags, 9U);
+    EXPECT_EQ(format->channelsPerFrame, 2U);
+    test::pauseBriefly();
+    EXPECT_EQ(observer().virtualRate(device()), row.virtualRate) << "and it stays";
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, Rates,
+                         testing::Values(RateCase{"EqualRates", 48000, 48000, 48000, 48000},
+                                         RateCase{"EqualRatesAt44100", 44100, 44100, 44100, 44100},
+                                         RateCase{"LowerStream", 44100, 48000, 48000, 44100},
+                                         RateCase{"HigherStream", 48000, 44100, 44100, 48000},
+                                         RateCase{"OwnRatesBesideTheClock", 44100, 48000, 44100, 48000},
+                                         RateCase{"ClockUnlikeBoth", 44100, 96000, 48000, 96000}),
+                         [](const auto& each) { return std::string(each.param.name); });
+
+class ClockOfTheGraph : public AudioTest {};
+
+TEST_F(ClockOfTheGraph, IsFollowedWhileATonePlays) {
+    ASSERT_TRUE(session.startTunnelSink("tunnel", "S16LE", 48000));
+    session.spawn("player", {"pw-play", "--target", "tunnel", session.toneFile(48000)});
+    const auto reads = [&](double rate) {
+        return waitUntil([&] { return observer().virtualRate(observer().deviceByUID("tunnel")) == rate; });
+    };
+    EXPECT_TRUE(reads(48000)) << session.logs();
+    for (const int rate : {96000, 44100, 48000}) {
+        ASSERT_TRUE(session.forceClockRate(rate));
+        EXPECT_TRUE(reads(rate)) << rate << ", read "
+                                 << observer().virtualRate(observer().deviceByUID("tunnel"));
+    }
+}
+
+TEST_F(ClockOfTheGraph, MayFollowTheStream) {
+    ASSERT_EQ(session.run({"pw-metadata", "-n", "settings", "0", "clock.allowed-rates", "[ 44100 48000 ]"})
+                  .exitStatus,
+              0);
+    ASSERT_TRUE(session.startTunnelSink("tunnel", "S16LE", 44100));
+    session.spawn("player", {"pw-play", "--target", "tunnel", session.toneFile(44100)});
+    EXPECT_TRUE(waitUntil([&] {
+        const AudioObjectID device = observer().deviceByUID("tunnel");
+        return observer().isRunning(device) && observer().virtualRate(device) == 44100;
+    })) << session.logs();
+}
+
+}  // namespace
+}  // namespace purlock
