@@ -27,7 +27,7 @@ int run() {
         std::puts("Purlock is already running in this session.");
         return EXIT_SUCCESS;
     }
-    const QuitSignals signals([] { QCoreApplication::quit(); });
+    const QuitSignals quitSignals([] { QCoreApplication::quit(); });
     LinuxHost host;
     host.provideSharedServices();
     const auto shell = std::make_shared<AppDelegate>(host.seams());
