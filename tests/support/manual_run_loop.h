@@ -26,7 +26,9 @@ class ManualRunLoop final : public RunLoop {
         posted_.push_back(std::move(task));
     }
 
-    Cancellable postDelayed(Milliseconds delay, Task task) override { return addTimer(delay, {}, std::move(task)); }
+    Cancellable postDelayed(Milliseconds delay, Task task) override {
+        return addTimer(delay, {}, std::move(task));
+    }
 
     Cancellable repeat(Milliseconds interval, Task task) override {
         return addTimer(interval, interval, std::move(task));
@@ -95,7 +97,8 @@ class ManualRunLoop final : public RunLoop {
 
     std::mutex mutex_;
     std::deque<Task> posted_;
-    std::map<std::pair<Milliseconds, std::uint64_t>, Timer> timers_;  // by due time, then in the order of the calls
+    std::map<std::pair<Milliseconds, std::uint64_t>, Timer>
+        timers_;  // by due time, then in the order of the calls
     Milliseconds now_{};
     std::uint64_t serial_ = 0;
 };
