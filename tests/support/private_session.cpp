@@ -193,10 +193,17 @@ bool PrivateSession::startSessionManager() {
     writeFile(configuration / "wireplumber.conf.d/51-private-session.conf", managerFragment);
     spawn("wireplumber", {"wireplumber"});
     return waitUntil([this] {
-        const auto stores = objectsOfType(dump(), "Metadata");
-        return std::any_of(stores.begin(), stores.end(), [](const nlohmann::json& store) {
-            return store.value("/props/metadata.name"_json_pointer, "") == "default";
+        const auto clients = objectsOfType(dump(), ":Client");
+        return std::any_of(clients.begin(), clients.end(), [](const nlohmann::json& client) {
+            return client.value("/info/props/application.name"_json_pointer, "").starts_with("WirePlumber");
         });
+    });
+}
+
+bool PrivateSession::hasDefaults() {
+    const auto stores = objectsOfType(dump(), ":Metadata");
+    return std::any_of(stores.begin(), stores.end(), [](const nlohmann::json& store) {
+        return store.value("/props/metadata.name"_json_pointer, "") == "default";
     });
 }
 
@@ -208,7 +215,9 @@ bool PrivateSession::startPulseServer() {
 }
 
 bool PrivateSession::startAudio() {
-    return startBus() && startAudioServer() && startSessionManager() && startPulseServer();
+    // The session manager keeps defaults only once there is a client to have them.
+    return startBus() && startAudioServer() && startSessionManager() && startPulseServer() &&
+           waitUntil([this] { return hasDefaults(); });
 }
 
 std::optional<std::string> PrivateSession::loadModule(const Command& arguments) {

@@ -84,6 +84,7 @@ class PrivateSession {
     std::string logs() const;
 
   private:
+    bool hasDefaults();
     bool waitForSocket(const std::string& path, const std::string& owner);
     std::string logFile(const std::string& name) const { return folder_ + "/log-" + name; }
 

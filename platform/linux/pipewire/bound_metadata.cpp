@@ -38,10 +38,6 @@ BoundObjects::Metadata::Metadata(BoundObjects& objects, std::uint32_t id, Kind k
     if (metadata != nullptr) pw_metadata_add_listener(metadata, listener_.hook(), &events, this);
 }
 
-BoundObjects::Metadata::~Metadata() {
-    told(PW_ID_CORE, nullptr, nullptr);
-}
-
 int BoundObjects::Metadata::told(std::uint32_t subject, const char* key, const char* value) {
     if (subject != PW_ID_CORE) return 0;
     if (kind_ == Kind::defaults) setDefault(key, value);

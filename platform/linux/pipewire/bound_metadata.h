@@ -14,10 +14,8 @@ class BoundObjects::Metadata {
 
     Metadata(BoundObjects& objects, std::uint32_t id, Kind kind);
 
-    /// What it said is no longer so.
-    ~Metadata();
-    Metadata(const Metadata&) = delete;
-    Metadata& operator=(const Metadata&) = delete;
+    /// The server has removed it: what it said is no longer so.
+    void forget() { told(PW_ID_CORE, nullptr, nullptr); }
 
   private:
     int told(std::uint32_t subject, const char* key, const char* value);

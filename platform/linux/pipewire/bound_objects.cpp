@@ -164,7 +164,10 @@ bool BoundObjects::remove(std::uint32_t id) {
     std::size_t removed = mirror.links.erase(id);
     if (devices_.erase(id) > 0) removed += mirror.devices.erase(id);
     if (clients_.erase(id) > 0) removed += mirror.clients.erase(id);
-    removed += metadata_.erase(id);
+    if (const auto store = metadata_.find(id); store != metadata_.end()) {
+        store->second->forget();
+        removed += metadata_.erase(id);
+    }
     return removed > 0;
 }
 

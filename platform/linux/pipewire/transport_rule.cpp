@@ -38,8 +38,8 @@ std::uint32_t hardwareTransport(const NodeProperties& node, const TransportFacts
                                 std::string_view bus) {
     const std::string_view driver =
         node.driverName.empty() && facts.device != nullptr ? facts.device->cardDriver : node.driverName;
-    if (bus == "usb" || driver == "snd_usb_audio" || driver == "USB-Audio" ||
-        node.name.starts_with("alsa_output.usb-")) {
+    const bool isNamedUSB = bus.empty() && node.name.starts_with("alsa_output.usb-");
+    if (bus == "usb" || driver == "snd_usb_audio" || isNamedUSB) {
         return kAudioDeviceTransportTypeUSB;
     }
     if (bus == "bluetooth") return kAudioDeviceTransportTypeBluetooth;

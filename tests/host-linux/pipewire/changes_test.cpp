@@ -1,0 +1,119 @@
+#include <atomic>
+#include <memory>
+#include <utility>
+
+#include "base/worker_pool.h"
+#include "tests/host-linux/pipewire/audio_test.h"
+
+namespace purlock {
+namespace {
+
+using test::AudioTest;
+using test::waitUntil;
+
+/// Counts the notifications of one property while it lives.
+class Counter {
+  public:
+    Counter(AudioHardware& hardware, std::shared_ptr<SerialQueue> queue, AudioObjectID object,
+            std::uint32_t selector, std::uint32_t scope = kAudioObjectPropertyScopeGlobal)
+        : hardware_(hardware), queue_(std::move(queue)), object_(object), address_{selector, scope, 0} {
+        status = hardware_.addPropertyListenerBlock(object_, address_, queue_, block_);
+    }
+    ~Counter() { hardware_.removePropertyListenerBlock(object_, address_, queue_, block_); }
+    Counter(const Counter&) = delete;
+    Counter& operator=(const Counter&) = delete;
+
+    int count() const { return *count_; }
+    bool hasRisenAbove(int before) const {
+        return waitUntil([&] { return *count_ > before; });
+    }
+
+    HardwareStatus status = noErr;
+
+  private:
+    AudioHardware& hardware_;
+    const std::shared_ptr<SerialQueue> queue_;
+    const AudioObjectID object_;
+    const PropertyAddress address_;
+    const std::shared_ptr<std::atomic<int>> count_ = std::make_shared<std::atomic<int>>(0);
+    const ListenerBlock block_ =
+        std::make_shared<const std::function<void()>>([count = count_] { ++*count; });
+};
+
+class Changes : public AudioTest {
+  protected:
+    WorkerPool pool{2};
+    std::shared_ptr<SerialQueue> queue = pool.makeSerialQueue("test.changes");
+};
+
+TEST_F(Changes, TheListAndTheDefaultFollowSinksThatComeAndGo) {
+    ASSERT_TRUE(session.loadNullSink("first", 48000));
+    ASSERT_TRUE(waitUntil([&] { return observer().deviceByUID("first") != 0; }));
+    Counter list(*hardware, queue, kAudioObjectSystemObject, kAudioHardwarePropertyDevices);
+    Counter output(*hardware, queue, kAudioObjectSystemObject, kAudioHardwarePropertyDefaultOutputDevice);
+    const auto module = session.loadNullSink("second", 48000);
+    ASSERT_TRUE(module);
+    EXPECT_TRUE(list.hasRisenAbove(0));
+    ASSERT_TRUE(waitUntil([&] { return observer().deviceByUID("second") != 0; }));
+    const AudioObjectID first = observer().deviceByUID("first");
+    const AudioObjectID second = observer().deviceByUID("second");
+    for (const char* const name : {"second", "first", "second"}) {
+        const int before = output.count();
+        if (observer().defaultOutput() == observer().deviceByUID(name)) continue;
+        ASSERT_TRUE(session.setDefaultSink(name));
+        EXPECT_TRUE(output.hasRisenAbove(before));
+        EXPECT_TRUE(waitUntil([&] { return observer().defaultOutput() == observer().deviceByUID(name); }));
+    }
+    const int listed = list.count();
+    ASSERT_TRUE(session.unloadModule(*module));
+    EXPECT_TRUE(list.hasRisenAbove(listed));
+    EXPECT_TRUE(waitUntil([&] { return observer().deviceByUID("second") == 0; }));
+    EXPECT_TRUE(waitUntil([&] { return observer().defaultOutput() == first; }));
+    EXPECT_EQ(observer().text(second, kAudioObjectPropertyName), std::nullopt) << "its id is not used again";
+    EXPECT_EQ(hardware->addPropertyListenerBlock(second, {kAudioDevicePropertyStreams, 0, 0}, queue,
+                                                 std::make_shared<const std::function<void()>>([] {})),
+              kAudioHardwareBadObjectError);
+}
+
+TEST_F(Changes, StartAndStopAreToldForTheDeviceAndTheProcesses) {
+    ASSERT_TRUE(session.loadNullSink("null48", 48000));
+    ASSERT_TRUE(waitUntil([&] { return observer().deviceByUID("null48") != 0; }));
+    const AudioObjectID device = observer().deviceByUID("null48");
+    Counter running(*hardware, queue, device, kAudioDevicePropertyDeviceIsRunningSomewhere);
+    Counter processes(*hardware, queue, kAudioObjectSystemObject, kAudioHardwarePropertyProcessObjectList);
+    const AudioObjectID stream = observer().ids(device, kAudioDevicePropertyStreams).front();
+    Counter mixed(*hardware, queue, stream, kAudioStreamPropertyVirtualFormat);
+    session.spawn("player", {"pw-play", "--target", "null48", session.toneFile(44100)});
+    EXPECT_TRUE(running.hasRisenAbove(0));
+    EXPECT_TRUE(processes.hasRisenAbove(0));
+    EXPECT_TRUE(mixed.hasRisenAbove(0)) << "48 kHz while idle, 44.1 kHz while it plays";
+    EXPECT_TRUE(
+        waitUntil([&] { return observer().isRunning(device) && observer().virtualRate(device) == 44100; }));
+    const int before = running.count();
+    session.process("player").kill();
+    EXPECT_TRUE(running.hasRisenAbove(before));
+    EXPECT_TRUE(waitUntil([&] { return !observer().isRunning(device) && observer().processes().empty(); }));
+    EXPECT_TRUE(waitUntil([&] { return observer().virtualRate(device) == 48000; }));
+    expectAsDumped("null48");
+}
+
+TEST_F(Changes, ABurstEndsInTheLastStateAndUnchangedAnswersAreNotTold) {
+    ASSERT_TRUE(session.loadNullSink("first", 48000));
+    ASSERT_TRUE(session.loadNullSink("second", 48000));
+    ASSERT_TRUE(waitUntil([&] { return observer().deviceByUID("second") != 0; }));
+    Counter list(*hardware, queue, kAudioObjectSystemObject, kAudioHardwarePropertyDevices);
+    Counter output(*hardware, queue, kAudioObjectSystemObject, kAudioHardwarePropertyDefaultOutputDevice);
+    constexpr int switches = 10000;
+    // One client writes all of it, as fast as the server takes it.
+    const auto result = session.run({METADATA_WRITER, std::to_string(switches), "default.audio.sink",
+                                     "{ \"name\": \"first\" }", "{ \"name\": \"second\" }"},
+                                    std::chrono::seconds(60));
+    ASSERT_EQ(result.exitStatus, 0) << result.output;
+    EXPECT_TRUE(waitUntil([&] { return observer().defaultOutput() == observer().deviceByUID("second"); }));
+    EXPECT_EQ(list.count(), 0);
+    EXPECT_LT(output.count(), switches) << "one look may answer for many changes";
+    RecordProperty("notifications", output.count());
+}
+
+}  // namespace
+}  // namespace purlock
