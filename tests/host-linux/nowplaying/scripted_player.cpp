@@ -57,6 +57,7 @@ ScriptedPlayer::ScriptedPlayer(const std::string& address, std::vector<std::stri
         sd_bus_message_open_container(reply, 'a', "{sv}");
         appendStatus(reply, now.status);
         appendTrack(reply, now.track);
+        sd_bus_message_append(reply, "{sv}", "Position", "x", now.position);
         sd_bus_message_close_container(reply);
     };
     position_ = [this](sd_bus_message* reply) { sd_bus_message_append(reply, "v", "x", script().position); };
