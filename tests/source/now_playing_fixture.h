@@ -44,6 +44,11 @@ struct NowPlayingFixture {
         loader.provide(framework);
     }
 
+    /// What a test leaves queued holds the queue itself.
+    ~NowPlayingFixture() { settle(); }
+    NowPlayingFixture(const NowPlayingFixture&) = delete;
+    NowPlayingFixture& operator=(const NowPlayingFixture&) = delete;
+
     std::shared_ptr<NowPlayingMonitor> makeMonitor() {
         return std::make_shared<NowPlayingMonitor>(
             NowPlayingSeams{loop, queues, operatingSystem, applications, loader, center});

@@ -127,17 +127,19 @@ void MprisPlayers::askForProperties(const std::string& owner) {
     BusCall call = connection_.newCall(propertiesMethod(owner, "GetAll"));
     call.append(playerInterface);
     calls.askAgain = false;
+    calls.propertiesAsked = std::chrono::steady_clock::now();
     calls.askingForProperties = connection_.call(
         call, propertiesTimeLimit, [this, owner](const BusIncoming& reply) { takeProperties(owner, reply); });
 }
 
 void MprisPlayers::takeProperties(const std::string& owner, const BusIncoming& reply) {
     if (!roster_.contains(owner)) return;
-    const auto properties = reply.isError() ? std::nullopt : reply.reader(playerReadLimits).next();
-    if (properties) roster_.updateProperties(owner, *properties);
-    Calls& calls = calls_[owner];
-    calls.askingForProperties = false;
-    if (calls.askAgain) askForProperties(owner);
+    if (const auto properties = valueOf(owner, reply)) roster_.updateProperties(owner, *properties);
+    if (roster_.contains(owner)) {
+        Calls& calls = calls_[owner];
+        calls.askingForProperties = false;
+        if (calls.askAgain) askForProperties(owner);
+    }
     rosterChanged();
 }
 
@@ -180,28 +182,51 @@ void MprisPlayers::readCurrent(const ReadCallback& onRead) {
     if (calls.isSilent && calls.positions == 0) askForPosition(owner, nullptr);
 }
 
+/// One question, whose answer holds the position.
 bool MprisPlayers::askForPosition(const std::string& owner, ReadCallback onRead) {
-    BusCall call = connection_.newCall(propertiesMethod(owner, "Get"));
-    call.append(playerInterface).append("Position");
-    auto onReply = [this, owner, onRead = std::move(onRead)](const BusIncoming& reply) {
-        takePosition(owner, reply, onRead);
+    Calls& calls = calls_[owner];
+    const auto now = std::chrono::steady_clock::now();
+    const Asked asked =
+        now - calls.propertiesAsked < propertiesLifetime ? Asked::position : Asked::everything;
+    BusCall call = connection_.newCall(propertiesMethod(owner, asked == Asked::position ? "Get" : "GetAll"));
+    call.append(playerInterface);
+    if (asked == Asked::position) call.append("Position");
+    auto onReply = [this, owner, asked, onRead = std::move(onRead)](const BusIncoming& reply) {
+        takePosition(owner, asked, reply, onRead);
     };
     if (!connection_.call(call, positionTimeLimit, std::move(onReply))) return false;
-    ++calls_[owner].positions;
+    if (asked == Asked::everything) calls.propertiesAsked = now;
+    ++calls.positions;
     return true;
 }
 
-void MprisPlayers::takePosition(const std::string& owner, const BusIncoming& reply,
+void MprisPlayers::takePosition(const std::string& owner, Asked asked, const BusIncoming& reply,
                                 const ReadCallback& onRead) {
-    const auto* player = roster_.find(owner);
-    if (player != nullptr) {
+    std::optional<double> seconds;
+    if (roster_.contains(owner)) {
         Calls& calls = calls_[owner];
         calls.positions = std::max(0, calls.positions - 1);  // a player may leave and return meanwhile
         calls.isSilent = reply.errorName() == "org.freedesktop.DBus.Error.NoReply";
+        const auto answer = valueOf(owner, reply).value_or(BusValue());
+        if (asked == Asked::everything) roster_.updateProperties(owner, answer);
+        const BusValue* position = asked == Asked::everything ? answer.find("Position") : &answer;
+        if (position != nullptr) seconds = secondsFromMicroseconds(*position);
     }
-    if (!onRead) return;
-    const auto value = reply.isError() ? std::nullopt : reply.reader(playerReadLimits).next();
-    onRead(player, player != nullptr && value ? secondsFromMicroseconds(*value) : std::nullopt);
+    if (onRead) onRead(roster_.find(owner), seconds);
+    rosterChanged();
+}
+
+/// What a player answered; absent when it did not. A player that is no longer there, of whose end no signal
+/// told, is forgotten, and the bus asked whom else it knows.
+std::optional<BusValue> MprisPlayers::valueOf(const std::string& owner, const BusIncoming& reply) {
+    if (!reply.isError()) return reply.reader(playerReadLimits).next();
+    const bool hasLeft = reply.errorName() == "org.freedesktop.DBus.Error.ServiceUnknown" ||
+                         reply.errorName() == "org.freedesktop.DBus.Error.NameHasNoOwner";
+    if (hasLeft && reply.sender() == busName) {
+        roster_.removeOwner(owner);
+        listNames();
+    }
+    return std::nullopt;
 }
 
 void MprisPlayers::rosterChanged() {

@@ -19,6 +19,10 @@ namespace purlock::host_linux {
 /// longer what it told, and for its position when someone reads. A player that does not answer costs a reader
 /// `positionTimeLimit` once; from then on, until it answers again, its position is absent at once. Without a
 /// bus there are no players.
+///
+/// A bus drops signals when its queue is full, and some players forget to send them: a reader's question asks
+/// for all properties when those are older than `propertiesLifetime`, and a player that the bus no longer
+/// knows is forgotten.
 class MprisPlayers {
   public:
     /// Told what a reader could see differ, on the bus thread; no more often than every `quietTime`.
@@ -31,6 +35,7 @@ class MprisPlayers {
     static constexpr std::chrono::milliseconds positionTimeLimit{500};
     static constexpr std::chrono::milliseconds propertiesTimeLimit{5000};
     static constexpr std::chrono::milliseconds quietTime{50};
+    static constexpr std::chrono::seconds propertiesLifetime{10};
 
     MprisPlayers(BusThread& thread, std::string address, ChangeCallback onChange);
     MprisPlayers(const MprisPlayers&) = delete;
@@ -52,7 +57,10 @@ class MprisPlayers {
         bool askAgain = false;
         int positions = 0;
         bool isSilent = false;  // the last question for its position had no answer
+        std::chrono::steady_clock::time_point propertiesAsked{};
     };
+
+    enum class Asked { position, everything };
 
     void becomeConnected();
     void becomeLost();
@@ -63,7 +71,9 @@ class MprisPlayers {
     void askForProperties(const std::string& owner);
     void takeProperties(const std::string& owner, const BusIncoming& reply);
     bool askForPosition(const std::string& owner, ReadCallback onRead);
-    void takePosition(const std::string& owner, const BusIncoming& reply, const ReadCallback& onRead);
+    void takePosition(const std::string& owner, Asked asked, const BusIncoming& reply,
+                      const ReadCallback& onRead);
+    std::optional<BusValue> valueOf(const std::string& owner, const BusIncoming& reply);
     void onNameOwnerChanged(const BusIncoming& signal);
     void onPropertiesChanged(const BusIncoming& signal);
     void onSeeked(const BusIncoming& signal);

@@ -15,8 +15,10 @@ namespace purlock::host_linux {
 /// Bytes; a longer text is none at all, and a list of artists ends before it.
 inline constexpr std::size_t longestPlayerText = 4096;
 
-/// The limits under which a player's messages are read.
-inline constexpr BusReadLimits playerReadLimits{.textBytes = longestPlayerText};
+/// The limits under which a player's messages are read: a flood of large ones must not keep the bus thread
+/// busy.
+inline constexpr BusReadLimits playerReadLimits{
+    .textBytes = longestPlayerText, .totalTextBytes = 64 * 1024, .values = 1000, .depth = 8};
 
 /// Texts are absent when missing or empty; the duration when it is not above 0.
 struct PlayerTrack {

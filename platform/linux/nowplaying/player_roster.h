@@ -58,6 +58,9 @@ class PlayerRoster {
     /// Takes over what a player told; nothing for an unknown one.
     void updateProperties(const std::string& owner, const BusValue& changed);
 
+    /// The player has left, whatever its names.
+    void removeOwner(const std::string& owner) { players_.erase(owner); }
+
     void clear() { players_.clear(); }
 
     /// The current player's unique name; empty when there is none.

@@ -1,13 +1,14 @@
 // A program that is no media player but says so, for `seconds`: hostile_player <bus address> <seconds>
 // <seed>.
 //
-// It answers with wrong types, texts of 100 MB, dictionaries of 100,000 entries, deep nesting, nothing at
+// It answers with wrong types, enormous texts, dictionaries of 20,000 entries, deep nesting, nothing at
 // all, or too late; it floods with signals, takes and drops names, and breaks its connection off. Prints what
 // it did when it ends.
 
 #include <poll.h>
 #include <systemd/sd-bus.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -21,11 +22,11 @@ namespace {
 
 constexpr const char* path = "/org/mpris/MediaPlayer2";
 constexpr const char* playerInterface = "org.mpris.MediaPlayer2.Player";
-constexpr std::size_t enormous = 100'000'000;
 constexpr std::size_t largestInArray = 60'000'000;
 
 constexpr int enormousText = -1;
 constexpr int manyEntries = 3;
+constexpr int manyEntriesCount = 20'000;
 constexpr int kindsOfNonsense = 7;
 
 using Clock = std::chrono::steady_clock;
@@ -40,9 +41,11 @@ struct Deeds {
 
 class Hostile {
   public:
-    Hostile(std::string address, unsigned seed) : address_(std::move(address)), random_(seed) {}
+    Hostile(std::string address, unsigned seed, std::size_t enormous)
+        : address_(std::move(address)), enormous_(enormous), random_(seed) {}
 
     void run(Clock::time_point end) {
+        end_ = end;
         while (Clock::now() < end) {
             if (!connect()) return;
             live(std::min(end, Clock::now() + std::chrono::milliseconds(200 + pick(1500))));
@@ -94,7 +97,7 @@ class Hostile {
 
     void flood(int count) {
         const int kind = pick(kindsOfNonsense);
-        for (int i = 0; i < (kind == manyEntries ? 2 : count); ++i) signal(kind);
+        for (int i = 0; i < (kind == manyEntries ? 10 : count) && Clock::now() < end_; ++i) signal(kind);
     }
 
     void toggleName() {
@@ -186,7 +189,7 @@ class Hostile {
             sd_bus_message_append(message, "s", "xesam:title");
         }
         sd_bus_message_open_container(message, 'v', "s");
-        const std::size_t length = bare ? enormous : largestInArray;
+        const std::size_t length = bare ? enormous_ : std::min(enormous_, largestInArray);
         char* space = nullptr;
         if (sd_bus_message_append_string_space(message, length, &space) >= 0) std::memset(space, 'x', length);
         for (int i = 0; i < (bare ? 1 : 6); ++i) sd_bus_message_close_container(message);
@@ -195,7 +198,7 @@ class Hostile {
 
     static void appendManyEntries(sd_bus_message* message) {
         sd_bus_message_open_container(message, 'a', "{sv}");
-        for (int i = 0; i < 100'000; ++i) {
+        for (int i = 0; i < manyEntriesCount; ++i) {
             sd_bus_message_append(message, "{sv}", std::to_string(i).c_str(), "s", "value");
         }
         sd_bus_message_close_container(message);
@@ -218,7 +221,9 @@ class Hostile {
     }
 
     const std::string address_;
+    const std::size_t enormous_;
     std::mt19937 random_;
+    Clock::time_point end_;
     sd_bus* bus_ = nullptr;
     Deeds deeds_;
 };
@@ -226,8 +231,9 @@ class Hostile {
 }  // namespace
 
 int main(int count, char** arguments) {
-    if (count != 4) return 2;
-    Hostile hostile(arguments[1], static_cast<unsigned>(std::atoi(arguments[3])));
+    if (count != 5) return 2;
+    Hostile hostile(arguments[1], static_cast<unsigned>(std::atoi(arguments[3])),
+                    static_cast<std::size_t>(std::atol(arguments[4])));
     hostile.run(Clock::now() + std::chrono::seconds(std::atoi(arguments[2])));
     const Deeds& deeds = hostile.deeds();
     std::printf("answers %d silences %d enormous %d signals %d deaths %d\n", deeds.answers, deeds.silences,

@@ -112,6 +112,25 @@ TEST(MprisPlayers, AsksAgainForPropertiesThatAreNoLongerTrue) {
     EXPECT_TRUE(one.session->turnUntil([&] { return titleOf(*one.session) == "Next"; }));
 }
 
+/// A player that changes and forgets to tell, or whose signal was lost.
+TEST(MprisPlayers, SeesInTheEndWhatNoSignalTold) {
+    OnePlayer one;
+    ASSERT_TRUE(one.showsSong());
+    one.player.setTrack(next);
+    one.player.setStatus("Paused");
+    const auto start = NowPlayingSession::Clock::now();
+    EXPECT_TRUE(one.session->turnUntil(
+        [&] {
+            one.session->refresh();
+            one.session->turnFor(200ms);
+            return titleOf(*one.session) == "Next" && !one.session->info()->isPlaying;
+        },
+        15s));
+    EXPECT_GT(NowPlayingSession::Clock::now() - start, 5s);
+    EXPECT_EQ(one.player.propertiesAsked(), 2);
+    EXPECT_EQ(one.session->info()->elapsedSeconds, 30.25);
+}
+
 TEST(MprisPlayers, OfTwoTheOneThatStartedLastIsCurrent) {
     OnePlayer one;
     ASSERT_TRUE(one.showsSong());

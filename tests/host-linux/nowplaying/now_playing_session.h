@@ -26,10 +26,15 @@ class NowPlayingSession {
     using Info = std::optional<NowPlayingInfo>;
     using Clock = std::chrono::steady_clock;
 
-    explicit NowPlayingSession(const std::string& busAddress) : loader_(thread_, busAddress, center_) {
+    explicit NowPlayingSession(const std::string& busAddress) : NowPlayingSession(busAddress, nullptr) {}
+
+    /// With the desktop's own idea of the running applications, or with `applications` where there is none.
+    NowPlayingSession(const std::string& busAddress, RunningApplications* desktop)
+        : loader_(thread_, busAddress, center_) {
         applications.setRunning({{getpid(), "com.example.test", "Test"}});
+        RunningApplications& used = desktop != nullptr ? *desktop : applications;
         monitor_ = std::make_shared<NowPlayingMonitor>(
-            NowPlayingSeams{loop_, *pool_, operatingSystem_, applications, loader_, center_});
+            NowPlayingSeams{loop_, *pool_, operatingSystem_, used, loader_, center_});
         counting_ = monitor_->current.subscribe([this](const Info&) { ++publications_; });
         monitor_->start();
     }

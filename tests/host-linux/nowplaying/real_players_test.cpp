@@ -4,10 +4,14 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "platform/linux/applications/desktop_applications.h"
+#include "source/source_app.h"
 #include "tests/host-linux/nowplaying/now_playing_session.h"
 
 namespace purlock::host_linux {
@@ -151,6 +155,30 @@ TEST_F(RealPlayers, BothAtOnce) {
     EXPECT_TRUE(becomes("Second", true));
     vlc.kill(SIGKILL);
     EXPECT_TRUE(becomes("First – Ünïcode", false));
+}
+
+/// A player under the name of a service's desktop file is that service's application to the rest of the
+/// program.
+TEST_F(RealPlayers, AServicesLinuxApplicationIsRecognised) {
+    const std::string program = home_.path("spotify");
+    std::filesystem::copy_file("/usr/bin/mpv", program);
+    std::filesystem::create_directories(home_.path("data/applications"));
+    std::ofstream(home_.path("data/applications/spotify.desktop"))
+        << "[Desktop Entry]\nType=Application\nName=Spotify\nExec=" << program << " %U\n";
+    WorkerPool pool(1);
+    DesktopApplications desktop(pool.makeSerialQueue("desktop"), {"/proc", {home_.path("data")}, "C"});
+    NowPlayingSession session(bus_.address(), &desktop);
+    const ChildProcess player({program, "--no-terminal", "--ao=null", "--vo=null", home_.path("first.flac")},
+                              home_.environment());
+    ASSERT_TRUE(session.turnUntil([&] { return session.info() && session.info()->isPlaying; }));
+    EXPECT_TRUE(session.turnUntil([&] {
+        session.refresh();
+        session.turnFor(100ms);
+        return session.info()->appBundleID.has_value();
+    }));
+    EXPECT_EQ(session.info()->appBundleID, "com.spotify.client");
+    EXPECT_EQ(session.info()->appName, "Spotify");
+    EXPECT_EQ(sourceAppFromBundleID(session.info()->appBundleID), SourceApp::spotify);
 }
 
 TEST_F(RealPlayers, PlayerctlsDaemonIsPassedOver) {

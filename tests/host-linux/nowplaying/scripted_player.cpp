@@ -57,17 +57,18 @@ ScriptedPlayer::ScriptedPlayer(const std::string& address, std::vector<std::stri
         sd_bus_message_open_container(reply, 'a', "{sv}");
         appendStatus(reply, now.status);
         appendTrack(reply, now.track);
+        sd_bus_message_append(reply, "{sv}", "Position", "x", now.position);
         sd_bus_message_close_container(reply);
     };
     position_ = [this](sd_bus_message* reply) { sd_bus_message_append(reply, "v", "x", script().position); };
-    connection_ =
-        std::make_unique<host_linux::OnBusThread<host_linux::BusConnection>>(thread_, [this, address] {
-            return std::make_unique<host_linux::BusConnection>(
-                thread_, address,
-                host_linux::BusConnectionEvents{
-                    [this] { connection_->post([this](auto&) { becomeConnected(); }); },
-                    [this] { object_.reset(); }});
-        });
+    connection_ = std::make_unique<host_linux::OnBusThread<host_linux::BusConnection>>(thread_, [this,
+                                                                                                 address] {
+        auto bus = std::make_unique<host_linux::BusConnection>(
+            thread_, address,
+            host_linux::BusConnectionEvents{[this] { becomeConnected(*bus_); }, [this] { object_.reset(); }});
+        bus_ = bus.get();
+        return bus;
+    });
     waitUntil([this] { return namesOwned_ == names_.size(); });
 }
 
@@ -75,27 +76,25 @@ ScriptedPlayer::~ScriptedPlayer() {
     thread_.runAndWait([this] { object_.reset(); });
 }
 
-void ScriptedPlayer::becomeConnected() {
-    connection_->post([this](host_linux::BusConnection& bus) {
-        sd_bus_slot* slot = nullptr;
-        sd_bus_add_object(
-            bus.handle(), &slot, playerPath,
-            [](sd_bus_message* call, void* self, sd_bus_error*) {
-                return static_cast<ScriptedPlayer*>(self)->answer(call);
-            },
-            this);
-        object_ = host_linux::BusSlot(slot);
-        namesOwned_ = 0;
-        for (const std::string& name : names_) {
-            auto call = bus.newCall(
-                {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName"});
-            call.append("org.mpris.MediaPlayer2." + name).append(std::uint32_t{4});
-            static_cast<void>(
-                bus.call(call, std::chrono::seconds(5), [this](const host_linux::BusIncoming& reply) {
-                    if (!reply.isError()) ++namesOwned_;
-                }));
-        }
-    });
+void ScriptedPlayer::becomeConnected(host_linux::BusConnection& bus) {
+    sd_bus_slot* slot = nullptr;
+    sd_bus_add_object(
+        bus.handle(), &slot, playerPath,
+        [](sd_bus_message* call, void* self, sd_bus_error*) {
+            return static_cast<ScriptedPlayer*>(self)->answer(call);
+        },
+        this);
+    object_ = host_linux::BusSlot(slot);
+    namesOwned_ = 0;
+    for (const std::string& name : names_) {
+        auto call = bus.newCall(
+            {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName"});
+        call.append("org.mpris.MediaPlayer2." + name).append(std::uint32_t{4});
+        static_cast<void>(
+            bus.call(call, std::chrono::seconds(5), [this](const host_linux::BusIncoming& reply) {
+                if (!reply.isError()) ++namesOwned_;
+            }));
+    }
 }
 
 ScriptedPlayer::Script ScriptedPlayer::script() const {

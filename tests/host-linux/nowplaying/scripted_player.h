@@ -62,7 +62,7 @@ class ScriptedPlayer {
         std::int64_t position = 0;
     };
 
-    void becomeConnected();
+    void becomeConnected(host_linux::BusConnection& bus);
     int answer(sd_bus_message* call);
     void sendSignal(const char* interface, const char* member, Writer writer);
     template <typename Change>
@@ -78,6 +78,7 @@ class ScriptedPlayer {
     std::atomic<std::size_t> namesOwned_ = 0;
     const std::vector<std::string> names_;
     host_linux::BusThread thread_;
+    host_linux::BusConnection* bus_ = nullptr;  // on the thread, as is object_
     host_linux::BusSlot object_;
     std::unique_ptr<host_linux::OnBusThread<host_linux::BusConnection>> connection_;
 };
