@@ -101,7 +101,7 @@ class TreeBuilder {
         const CacheItem& item = items_[place];
         const auto node = static_cast<std::uint32_t>(tree_.snapshot.nodes.size());
         tree_.snapshot.nodes.push_back(
-            {std::nullopt, texts_.take(&item.name), texts_.take(&item.description), std::nullopt, {}});
+            {std::nullopt, texts_.take(&item.name), texts_.take(&item.description), {}});
         if (item.hasText && item.name.empty()) tree_.textElements.push_back({node, item.path});
         return node;
     }
