@@ -69,6 +69,7 @@ class TreeBuilder {
 
   private:
     void linkItem(std::size_t item) {
+        if (places_.at(items_[item].path) != item) return;  // listed before
         const auto parent = places_.find(items_[item].parentPath);
         if (parent != places_.end()) children_[parent->second].push_back(item);
     }
@@ -90,7 +91,8 @@ class TreeBuilder {
                 if (tree_.snapshot.nodes.size() >= limits_.elements) return next;
                 if (placed_[child] || (depth == 1 && !items_[child].isVisible)) continue;
                 placed_[child] = true;
-                tree_.snapshot.nodes[first + i].children.push_back(add(child));
+                const std::uint32_t node = add(child);  // first: it moves the nodes
+                tree_.snapshot.nodes[first + i].children.push_back(node);
                 next.push_back(child);
             }
         }
