@@ -3,7 +3,6 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,17 +13,7 @@
 #include "tests/support/fake_running_applications.h"
 #include "tests/support/manual_queues.h"
 #include "tests/support/manual_run_loop.h"
-
-namespace purlock {
-
-/// Names the fields when a test fails.
-inline void PrintTo(const NowPlayingInfo& info, std::ostream* out) {
-    *out << "title " << info.title.value_or("absent") << ", artist " << info.artist.value_or("absent")
-         << ", album " << info.album.value_or("absent") << ", bundle " << info.appBundleID.value_or("absent")
-         << ", name " << info.appName.value_or("absent") << ", playing " << info.isPlaying;
-}
-
-}  // namespace purlock
+#include "tests/support/print_playback.h"
 
 namespace purlock::test {
 
@@ -54,6 +43,11 @@ struct NowPlayingFixture {
         applications.setRunning({{player, "com.example.player", "Player"}});
         loader.provide(framework);
     }
+
+    /// What a test leaves queued holds the queue itself.
+    ~NowPlayingFixture() { settle(); }
+    NowPlayingFixture(const NowPlayingFixture&) = delete;
+    NowPlayingFixture& operator=(const NowPlayingFixture&) = delete;
 
     std::shared_ptr<NowPlayingMonitor> makeMonitor() {
         return std::make_shared<NowPlayingMonitor>(

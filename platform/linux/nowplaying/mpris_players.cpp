@@ -1,0 +1,250 @@
+#include "platform/linux/nowplaying/mpris_players.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace purlock::host_linux {
+
+namespace {
+
+constexpr const char* busName = "org.freedesktop.DBus";
+constexpr const char* busPath = "/org/freedesktop/DBus";
+constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
+constexpr const char* playerPath = "/org/mpris/MediaPlayer2";
+constexpr const char* playerInterface = "org.mpris.MediaPlayer2.Player";
+
+constexpr const char* nameOwnerRule =
+    "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/"
+    "DBus',interface='org.freedesktop.DBus',"
+    "member='NameOwnerChanged',arg0namespace='org.mpris.MediaPlayer2'";
+constexpr const char* propertiesRule =
+    "type='signal',path='/org/mpris/MediaPlayer2',interface='org.freedesktop.DBus.Properties',"
+    "member='PropertiesChanged',arg0='org.mpris.MediaPlayer2.Player'";
+constexpr const char* seekedRule =
+    "type='signal',path='/org/mpris/MediaPlayer2',interface='org.mpris.MediaPlayer2.Player',member='Seeked'";
+
+constexpr std::chrono::seconds busTimeLimit{5};
+
+/// Readers of one player's position at the same time; the next ones do without.
+constexpr int maximumPositionCalls = 8;
+
+BusMethod busMethod(const char* member) {
+    return {busName, busPath, busName, member};
+}
+
+BusMethod propertiesMethod(const std::string& owner, const char* member) {
+    return {owner, playerPath, propertiesInterface, member};
+}
+
+NowPlayingChanges operator|(const NowPlayingChanges& a, const NowPlayingChanges& b) {
+    return {a.application || b.application, a.information || b.information, a.playing || b.playing};
+}
+
+}  // namespace
+
+MprisPlayers::MprisPlayers(BusThread& thread, std::string address, ChangeCallback onChange)
+    : onChange_(std::move(onChange)),
+      tellLater_(thread),
+      connection_(thread, std::move(address), {[this] { becomeConnected(); }, [this] { becomeLost(); }}) {}
+
+// Coming and going of the bus and of players
+
+void MprisPlayers::becomeConnected() {
+    matches_.push_back(connection_.addMatch(
+        nameOwnerRule, [this](const BusIncoming& signal) { onNameOwnerChanged(signal); }));
+    matches_.push_back(connection_.addMatch(
+        propertiesRule, [this](const BusIncoming& signal) { onPropertiesChanged(signal); }));
+    matches_.push_back(
+        connection_.addMatch(seekedRule, [this](const BusIncoming& signal) { onSeeked(signal); }));
+    listNames();
+}
+
+void MprisPlayers::becomeLost() {
+    matches_.clear();
+    roster_.clear();
+    rosterChanged();
+}
+
+void MprisPlayers::listNames() {
+    // When it cannot be sent, the connection is about to be lost; it comes back with a new list.
+    static_cast<void>(connection_.call(
+        connection_.newCall(busMethod("ListNames")), busTimeLimit, [this](const BusIncoming& reply) {
+            BusReader reader = reply.reader();
+            if (reply.isError() || !reader.enterArray()) return;
+            while (const auto name = reader.next()) {
+                if (name->text() != nullptr && name->text()->starts_with(playerNamePrefix))
+                    askForOwner(*name->text());
+            }
+        }));
+}
+
+/// The bus tells of owners in the order in which they change, so each answer is newer than what is known.
+void MprisPlayers::askForOwner(const std::string& name) {
+    BusCall call = connection_.newCall(busMethod("GetNameOwner"));
+    call.append(name);
+    static_cast<void>(connection_.call(call, busTimeLimit, [this, name](const BusIncoming& reply) {
+        if (!reply.isError()) takeOwner(name, reply.reader().nextText().value_or(""));
+    }));
+}
+
+void MprisPlayers::onNameOwnerChanged(const BusIncoming& signal) {
+    if (signal.sender() != busName) return;
+    BusReader reader = signal.reader();
+    const auto name = reader.nextText();
+    reader.nextText();  // the former owner
+    const auto owner = reader.nextText();
+    if (name && owner) takeOwner(*name, *owner);
+}
+
+void MprisPlayers::takeOwner(const std::string& name, const std::string& owner) {
+    if (roster_.setNameOwner(name, owner) == PlayerRoster::Arrival::added) {
+        askForProcess(owner);
+        askForProperties(owner);
+    }
+    rosterChanged();
+}
+
+// What a player is asked
+
+void MprisPlayers::askForProcess(const std::string& owner) {
+    BusCall call = connection_.newCall(busMethod("GetConnectionUnixProcessID"));
+    call.append(owner);
+    static_cast<void>(connection_.call(call, busTimeLimit, [this, owner](const BusIncoming& reply) {
+        const auto value = reply.isError() ? std::nullopt : reply.reader().next();
+        const std::int64_t pid = value ? value->integer().value_or(0) : 0;
+        if (std::in_range<std::int32_t>(pid))
+            roster_.setProcessIdentifier(owner, static_cast<std::int32_t>(pid));
+        rosterChanged();
+    }));
+}
+
+void MprisPlayers::askForProperties(const std::string& owner) {
+    Calls& calls = calls_[owner];
+    if (calls.askingForProperties) {
+        calls.askAgain = true;
+        return;
+    }
+    BusCall call = connection_.newCall(propertiesMethod(owner, "GetAll"));
+    call.append(playerInterface);
+    calls.askAgain = false;
+    calls.propertiesAsked = std::chrono::steady_clock::now();
+    calls.askingForProperties = connection_.call(
+        call, propertiesTimeLimit, [this, owner](const BusIncoming& reply) { takeProperties(owner, reply); });
+}
+
+void MprisPlayers::takeProperties(const std::string& owner, const BusIncoming& reply) {
+    if (!roster_.contains(owner)) return;
+    if (const auto properties = valueOf(owner, reply)) roster_.updateProperties(owner, *properties);
+    if (roster_.contains(owner)) {
+        Calls& calls = calls_[owner];
+        calls.askingForProperties = false;
+        if (calls.askAgain) askForProperties(owner);
+    }
+    rosterChanged();
+}
+
+void MprisPlayers::onPropertiesChanged(const BusIncoming& signal) {
+    const std::string owner(signal.sender());
+    if (!roster_.contains(owner)) return;
+    BusReader reader = signal.reader(playerReadLimits);
+    if (reader.nextText() != playerInterface) return;
+    if (const auto changed = reader.next()) roster_.updateProperties(owner, *changed);
+    const auto invalidated = reader.next();
+    if (invalidated && invalidated->list() != nullptr && !invalidated->list()->empty())
+        askForProperties(owner);
+    rosterChanged();
+}
+
+void MprisPlayers::onSeeked(const BusIncoming& signal) {
+    if (roster_.currentOwner() != signal.sender() || signal.sender().empty()) return;
+    untold_.information = true;
+    rosterChanged();
+}
+
+// What a reader is told
+
+std::int32_t MprisPlayers::currentProcessIdentifier() const {
+    const auto* player = roster_.find(roster_.currentOwner());
+    return player != nullptr ? player->processIdentifier : 0;
+}
+
+void MprisPlayers::readCurrent(const ReadCallback& onRead) {
+    const std::string owner = roster_.currentOwner();
+    const auto* player = roster_.find(owner);
+    if (player == nullptr) {
+        onRead(nullptr, std::nullopt);
+        return;
+    }
+    Calls& calls = calls_[owner];
+    if (!calls.isSilent && calls.positions < maximumPositionCalls && askForPosition(owner, onRead)) return;
+    onRead(player, std::nullopt);
+    // Asked for nobody, to notice when it answers again.
+    if (calls.isSilent && calls.positions == 0) askForPosition(owner, nullptr);
+}
+
+/// One question, whose answer holds the position.
+bool MprisPlayers::askForPosition(const std::string& owner, ReadCallback onRead) {
+    Calls& calls = calls_[owner];
+    const auto now = std::chrono::steady_clock::now();
+    const Asked asked =
+        now - calls.propertiesAsked < propertiesLifetime ? Asked::position : Asked::everything;
+    BusCall call = connection_.newCall(propertiesMethod(owner, asked == Asked::position ? "Get" : "GetAll"));
+    call.append(playerInterface);
+    if (asked == Asked::position) call.append("Position");
+    auto onReply = [this, owner, asked, onRead = std::move(onRead)](const BusIncoming& reply) {
+        takePosition(owner, asked, reply, onRead);
+    };
+    if (!connection_.call(call, positionTimeLimit, std::move(onReply))) return false;
+    if (asked == Asked::everything) calls.propertiesAsked = now;
+    ++calls.positions;
+    return true;
+}
+
+void MprisPlayers::takePosition(const std::string& owner, Asked asked, const BusIncoming& reply,
+                                const ReadCallback& onRead) {
+    std::optional<double> seconds;
+    if (roster_.contains(owner)) {
+        Calls& calls = calls_[owner];
+        calls.positions = std::max(0, calls.positions - 1);  // a player may leave and return meanwhile
+        calls.isSilent = reply.errorName() == "org.freedesktop.DBus.Error.NoReply";
+        const auto answer = valueOf(owner, reply).value_or(BusValue());
+        if (asked == Asked::everything) roster_.updateProperties(owner, answer);
+        const BusValue* position = asked == Asked::everything ? answer.find("Position") : &answer;
+        if (position != nullptr) seconds = secondsFromMicroseconds(*position);
+    }
+    if (onRead) onRead(roster_.find(owner), seconds);
+    rosterChanged();
+}
+
+/// What a player answered; absent when it did not. A player that is no longer there, of whose end no signal
+/// told, is forgotten, and the bus asked whom else it knows.
+std::optional<BusValue> MprisPlayers::valueOf(const std::string& owner, const BusIncoming& reply) {
+    if (!reply.isError()) return reply.reader(playerReadLimits).next();
+    const bool hasLeft = reply.errorName() == "org.freedesktop.DBus.Error.ServiceUnknown" ||
+                         reply.errorName() == "org.freedesktop.DBus.Error.NameHasNoOwner";
+    if (hasLeft && reply.sender() == busName) {
+        roster_.removeOwner(owner);
+        listNames();
+    }
+    return std::nullopt;
+}
+
+void MprisPlayers::rosterChanged() {
+    std::erase_if(calls_, [this](const auto& entry) { return !roster_.contains(entry.first); });
+    untold_ = untold_ | roster_.takeChanges();
+    if (!untold_.any() || tellLater_.running()) return;
+    const auto sinceLast = std::chrono::steady_clock::now() - lastTold_;
+    if (sinceLast >= quietTime) {
+        tellChanges();
+    } else {
+        tellLater_.start(std::chrono::ceil<std::chrono::milliseconds>(quietTime - sinceLast),
+                         [this] { tellChanges(); });
+    }
+}
+
+void MprisPlayers::tellChanges() {
+    lastTold_ = std::chrono::steady_clock::now();
+    onChange_(std::exchange(untold_, {}));
+}
+
+}  // namespace purlock::host_linux

@@ -1,0 +1,96 @@
+#include "platform/linux/nowplaying/player_roster.h"
+
+#include <algorithm>
+#include <array>
+#include <tuple>
+#include <utility>
+
+namespace purlock::host_linux {
+
+namespace {
+
+/// The first part of a player's own name, behind the prefix, up to the first dot.
+constexpr std::array<std::string_view, 2> proxyingPlayers = {
+    "playerctld",  // repeats the players of this session
+    "kdeconnect",  // "kdeconnect.mpris_000001": players of a paired phone
+};
+
+/// Players in the order of their claim to be the current one.
+auto claim(const PlayerRoster::Player& player) {
+    const std::uint64_t started = player.properties.isPlaying ? player.startedPlaying : 0;
+    // An earlier arrival wins: nothing that merely appears takes the place of a player that was there.
+    return std::tuple(started, player.changed, ~player.arrived);
+}
+
+}  // namespace
+
+bool isProxyingPlayer(std::string_view name) {
+    if (!name.starts_with(playerNamePrefix)) return false;
+    name.remove_prefix(playerNamePrefix.size());
+    return std::ranges::find(proxyingPlayers, name.substr(0, name.find('.'))) != proxyingPlayers.end();
+}
+
+PlayerRoster::Arrival PlayerRoster::setNameOwner(const std::string& name, const std::string& owner) {
+    if (!name.starts_with(playerNamePrefix) || isProxyingPlayer(name)) return Arrival::refused;
+    const auto known = players_.find(owner);
+    if (known != players_.end() && known->second.names.contains(name)) return Arrival::known;
+    removeName(name);
+    if (owner.empty()) return Arrival::refused;
+    if (known == players_.end() && players_.size() >= maximumPlayers) return Arrival::refused;
+    const auto [entry, added] = players_.try_emplace(owner);
+    if (added) entry->second.arrived = ++now_;
+    if (entry->second.names.size() < maximumPlayers) entry->second.names.insert(name);
+    return added ? Arrival::added : Arrival::known;
+}
+
+/// A player without a name has left.
+void PlayerRoster::removeName(const std::string& name) {
+    for (auto& [owner, player] : players_) player.names.erase(name);
+    std::erase_if(players_, [](const auto& entry) { return entry.second.names.empty(); });
+}
+
+void PlayerRoster::setProcessIdentifier(const std::string& owner, std::int32_t pid) {
+    const auto entry = players_.find(owner);
+    if (entry != players_.end()) entry->second.processIdentifier = pid;
+}
+
+void PlayerRoster::updateProperties(const std::string& owner, const BusValue& changed) {
+    const auto entry = players_.find(owner);
+    if (entry == players_.end()) return;
+    Player& player = entry->second;
+    const PlayerProperties before = player.properties;
+    update(player.properties, changed);
+    if (player.properties == before) return;
+    player.changed = ++now_;
+    if (player.properties.isPlaying && !before.isPlaying) player.startedPlaying = now_;
+}
+
+std::string PlayerRoster::currentOwner() const {
+    const auto current =
+        std::ranges::max_element(players_, {}, [](const auto& entry) { return claim(entry.second); });
+    return current == players_.end() ? std::string() : current->first;
+}
+
+const PlayerRoster::Player* PlayerRoster::find(const std::string& owner) const {
+    const auto entry = players_.find(owner);
+    return entry == players_.end() ? nullptr : &entry->second;
+}
+
+PlayerRoster::View PlayerRoster::view() const {
+    std::string owner = currentOwner();
+    const Player* player = find(owner);
+    if (player == nullptr) return {};
+    return {std::move(owner), player->processIdentifier, player->properties};
+}
+
+NowPlayingChanges PlayerRoster::takeChanges() {
+    View now = view();
+    NowPlayingChanges changes;
+    changes.application = now.owner != seen_.owner || now.processIdentifier != seen_.processIdentifier;
+    changes.information = now.properties.track != seen_.properties.track;
+    changes.playing = now.properties.playbackRate() != seen_.properties.playbackRate();
+    seen_ = std::move(now);
+    return changes;
+}
+
+}  // namespace purlock::host_linux

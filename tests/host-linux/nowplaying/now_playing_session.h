@@ -1,0 +1,94 @@
+#pragma once
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+
+#include "base/worker_pool.h"
+#include "platform/linux/nowplaying/mpris_framework.h"
+#include "source/now_playing_monitor.h"
+#include "tests/support/fake_operating_system.h"
+#include "tests/support/fake_running_applications.h"
+#include "tests/support/manual_run_loop.h"
+#include "tests/support/print_playback.h"
+
+namespace purlock::test {
+
+/// The now-playing monitor over the session bus of a test, with real worker threads. This thread is the main
+/// one; it turns its loop in `turnUntil` and notes how long each turn takes.
+class NowPlayingSession {
+  public:
+    using Info = std::optional<NowPlayingInfo>;
+    using Clock = std::chrono::steady_clock;
+
+    explicit NowPlayingSession(const std::string& busAddress) : loader_(thread_, busAddress, center_) {
+        applications.setRunning({{getpid(), "com.example.test", "Test"}});
+        monitor_ = std::make_shared<NowPlayingMonitor>(
+            NowPlayingSeams{loop_, *pool_, operatingSystem_, applications, loader_, center_});
+        counting_ = monitor_->current.subscribe([this](const Info&) { ++publications_; });
+        monitor_->start();
+    }
+
+    ~NowPlayingSession() {
+        counting_.cancel();
+        monitor_.reset();
+        pool_.reset();
+        loop_.runUntilIdle();
+    }
+    NowPlayingSession(const NowPlayingSession&) = delete;
+    NowPlayingSession& operator=(const NowPlayingSession&) = delete;
+
+    const Info& info() const { return monitor_->current.value(); }
+    const std::optional<std::string>& unavailableReason() const {
+        return monitor_->unavailableReason.value();
+    }
+    int publications() const { return publications_; }
+    void refresh() { monitor_->refresh(); }
+
+    /// Turns the main loop until the condition holds; false when it does not in time.
+    template <typename Condition>
+    bool turnUntil(Condition condition, std::chrono::milliseconds limit = std::chrono::seconds(10)) {
+        const auto deadline = Clock::now() + limit;
+        while (!condition()) {
+            if (Clock::now() > deadline) return false;
+            turn();
+        }
+        return true;
+    }
+
+    /// Turns the main loop for a while.
+    void turnFor(std::chrono::milliseconds time) {
+        turnUntil([] { return false; }, time);
+    }
+
+    /// The longest single turn so far.
+    Clock::duration longestTurn() const { return longestTurn_; }
+
+    FakeRunningApplications applications;
+
+  private:
+    void turn() {
+        const auto start = Clock::now();
+        const bool idle = loop_.runPosted() == 0;
+        longestTurn_ = std::max(longestTurn_, Clock::now() - start);
+        if (idle) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+
+    ManualRunLoop loop_;
+    host_linux::BusThread thread_;
+    host_linux::MainNotificationCenter center_{loop_};
+    host_linux::MprisFrameworkLoader loader_;
+    FakeOperatingSystem operatingSystem_;
+    std::unique_ptr<WorkerPool> pool_ = std::make_unique<WorkerPool>(2);
+    std::shared_ptr<NowPlayingMonitor> monitor_;
+    Cancellable counting_;
+    int publications_ = 0;
+    Clock::duration longestTurn_{};
+};
+
+}  // namespace purlock::test
