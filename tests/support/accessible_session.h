@@ -11,8 +11,8 @@
 
 namespace purlock::test {
 
-/// A desktop session of the test's own: a session bus, the accessibility bus on it and an X server, each with the
-/// folders of the test alone.
+/// A desktop session of the test's own: a session bus, the accessibility bus on it and an X server, each with
+/// the folders of the test alone.
 class AccessibleSession {
   public:
     AccessibleSession() { startAccessibility(); }
@@ -21,7 +21,8 @@ class AccessibleSession {
 
     /// The service that starts the accessibility bus, with that bus and its registry.
     void startAccessibility() {
-        launcher_ = ChildProcess({"/usr/libexec/at-spi-bus-launcher"}, environment(), ChildProcess::Group::own);
+        launcher_ =
+            ChildProcess({"/usr/libexec/at-spi-bus-launcher"}, environment(), ChildProcess::Group::own);
     }
     void killAccessibility() { launcher_.kill(SIGKILL); }
 

@@ -2,6 +2,7 @@
 
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -72,6 +73,7 @@ class ChildProcess {
         if (pid_ > 0 && group == Group::own) setpgid(pid_, pid_);  // both sides, whichever comes first
         if (pid_ != 0) return;
         if (group == Group::own) setpgid(0, 0);
+        prctl(PR_SET_PDEATHSIG, SIGKILL);  // also when the test itself dies
         execvpe(argumentPointers[0], argumentPointers.data(), environmentPointers.data());
         _exit(127);
     }

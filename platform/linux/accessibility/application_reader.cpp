@@ -9,6 +9,9 @@ namespace purlock::host_linux {
 
 namespace {
 
+/// Of the time in all, so that a cache that does not answer leaves some for asking the elements.
+constexpr std::chrono::milliseconds cacheLimit{1500};
+
 /// An item is about thirty values and some 700 bytes of paths and interface names.
 BusReadLimits itemsLimits(const SnapshotLimits& limits) {
     return {.textBytes = limits.textBytes,
@@ -33,7 +36,7 @@ void ApplicationReader::askForItems() {
         connection_.newCall({busName_, "/org/a11y/atspi/cache", "org.a11y.atspi.Cache", "GetItems"});
     const std::weak_ptr<ApplicationReader*> alive = alive_;
     // A call that cannot be sent is left to the deadline.
-    static_cast<void>(connection_.call(call, timeLimit, [alive](const BusIncoming& reply) {
+    static_cast<void>(connection_.call(call, cacheLimit, [alive](const BusIncoming& reply) {
         if (const auto reader = alive.lock()) (*reader)->takeItems(reply);
     }));
 }

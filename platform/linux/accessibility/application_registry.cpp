@@ -11,6 +11,7 @@ namespace purlock::host_linux {
 
 namespace {
 
+constexpr const char* registryName = "org.a11y.atspi.Registry";
 constexpr std::size_t maximumApplications = 512;
 constexpr int maximumGenerations = 16;
 constexpr std::chrono::milliseconds callLimit{1500};
@@ -37,8 +38,8 @@ struct ApplicationRegistry::Search {
 
 void ApplicationRegistry::find(std::int32_t pid, Found onFound) {
     auto search = std::make_shared<Search>(Search{pid, std::move(onFound), {}, 0});
-    const auto call = connection_.newCall({"org.a11y.atspi.Registry", std::string(applicationElementPath),
-                                           "org.a11y.atspi.Accessible", "GetChildren"});
+    const auto call = connection_.newCall(
+        {registryName, std::string(applicationElementPath), "org.a11y.atspi.Accessible", "GetChildren"});
     const std::weak_ptr<ApplicationRegistry*> alive = alive_;
     const bool sent = connection_.call(call, callLimit, [alive, search](const BusIncoming& reply) {
         if (const auto registry = alive.lock()) (*registry)->takeNames(search, reply);
@@ -46,8 +47,23 @@ void ApplicationRegistry::find(std::int32_t pid, Found onFound) {
     if (!sent) search->onFound(std::nullopt);
 }
 
+/// Until it has worked: the registry is started by the first application.
+void ApplicationRegistry::listen() {
+    if (std::exchange(listening_, true)) return;
+    auto call =
+        connection_.newCall({registryName, "/org/a11y/atspi/registry", registryName, "RegisterEvent"});
+    call.append("window:restore").appendEmptyTexts().append("");
+    const std::weak_ptr<ApplicationRegistry*> alive = alive_;
+    const bool sent = connection_.call(call, callLimit, [alive](const BusIncoming& reply) {
+        const auto registry = alive.lock();
+        if (registry && reply.isError()) (*registry)->listening_ = false;
+    });
+    if (!sent) listening_ = false;
+}
+
 void ApplicationRegistry::takeNames(const std::shared_ptr<Search>& search, const BusIncoming& reply) {
     BusReader reader = reply.reader();
+    if (!reply.isError()) listen();
     if (!reply.isError() && reader.enterArray()) {
         while (const auto reference = reader.next()) {
             const BusValue* name = reference->at(0);

@@ -15,6 +15,9 @@ namespace purlock::host_linux {
 /// Finds the connection of a process on the accessibility bus, among those that the registry lists. On the
 /// bus thread.
 ///
+/// It also registers for an event, a rare one that nobody here waits for: GTK 3 keeps its cache of elements
+/// only while someone has, and without the cache each element has to be asked by itself.
+///
 /// Process ids are asked of the bus, never of the application, and kept: a unique name never comes again on
 /// one bus.
 class ApplicationRegistry {
@@ -29,17 +32,16 @@ class ApplicationRegistry {
     /// descends from it (of a sandboxed application, the one that speaks for it), else with nothing.
     void find(std::int32_t pid, Found onFound);
 
-    /// Forgets everything: the bus is gone.
-    void clear() { processes_.clear(); }
-
   private:
     struct Search;
 
+    void listen();
     void takeNames(const std::shared_ptr<Search>& search, const BusIncoming& reply);
     void askForProcess(const std::shared_ptr<Search>& search, const std::string& name);
     void conclude(Search& search) const;
 
     BusConnection& connection_;
+    bool listening_ = false;
     std::map<std::string, std::int32_t> processes_;  // by unique name
     const std::shared_ptr<ApplicationRegistry*> alive_ = std::make_shared<ApplicationRegistry*>(this);
 };

@@ -69,6 +69,7 @@ class TreeBuilder {
 
   private:
     void linkItem(std::size_t item) {
+        if (places_.at(items_[item].path) != item) return;  // listed before
         const auto parent = places_.find(items_[item].parentPath);
         if (parent != places_.end()) children_[parent->second].push_back(item);
     }
@@ -90,7 +91,8 @@ class TreeBuilder {
                 if (tree_.snapshot.nodes.size() >= limits_.elements) return next;
                 if (placed_[child] || (depth == 1 && !items_[child].isVisible)) continue;
                 placed_[child] = true;
-                tree_.snapshot.nodes[first + i].children.push_back(add(child));
+                const std::uint32_t node = add(child);  // first: it moves the nodes
+                tree_.snapshot.nodes[first + i].children.push_back(node);
                 next.push_back(child);
             }
         }
@@ -101,7 +103,7 @@ class TreeBuilder {
         const CacheItem& item = items_[place];
         const auto node = static_cast<std::uint32_t>(tree_.snapshot.nodes.size());
         tree_.snapshot.nodes.push_back(
-            {std::nullopt, texts_.take(&item.name), texts_.take(&item.description), std::nullopt, {}});
+            {std::nullopt, texts_.take(&item.name), texts_.take(&item.description), {}});
         if (item.hasText && item.name.empty()) tree_.textElements.push_back({node, item.path});
         return node;
     }

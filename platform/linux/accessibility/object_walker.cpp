@@ -57,34 +57,8 @@ BusCall ObjectWalker::newCall(const std::string& path, const char* interface, co
     return connection_.newCall({busName_, path, interface, member});
 }
 
-/// The first element alone is asked for everything at once, so that it shows whether the toolkit answers
-/// that.
-void ObjectWalker::askForProperties(const Element& element) {
-    if (!answersGetAll_) {
-        askForProperty(element, "Name");
-        askForProperty(element, "Description");
-        return;
-    }
-    auto call = newCall(element.path, propertiesInterface, "GetAll");
-    call.append(accessibleInterface);
-    queue(std::move(call), [this, element](const BusIncoming& reply) { takeProperties(element, reply); });
-}
-
-void ObjectWalker::takeProperties(const Element& element, const BusIncoming& reply) {
-    const auto properties = reply.isError() ? std::nullopt : reply.reader(repliesLimits(limits_)).next();
-    if (!properties || properties->find("Name") == nullptr) {
-        answersGetAll_ = false;
-        return askForProperties(element);
-    }
-    const auto textOf = [&](const char* name) {
-        const BusValue* value = properties->find(name);
-        return value != nullptr ? value->text() : nullptr;
-    };
-    snapshot_.nodes[element.node].description = texts_.take(textOf("Description"));
-    snapshot_.nodes[element.node].help = texts_.take(textOf("HelpText"));
-    takeName(element, textOf("Name"));
-}
-
+/// One by one: the call for all properties at once makes applications of Qt 6.4 read beyond its arguments and
+/// crash.
 void ObjectWalker::askForProperty(const Element& element, const char* property) {
     auto call = newCall(element.path, propertiesInterface, "Get");
     call.append(accessibleInterface).append(property);
@@ -100,10 +74,23 @@ void ObjectWalker::askForProperty(const Element& element, const char* property) 
 
 void ObjectWalker::takeName(const Element& element, const std::string* name) {
     snapshot_.nodes[element.node].title = texts_.take(name);
-    if (name != nullptr && name->empty() && element.depth > 0) askForText(element.node, element.path);
+    if (name != nullptr && name->empty() && element.depth > 0) askWhetherText(element);
 }
 
-/// An element without text answers with an error, which costs less than asking whether it has some.
+/// Asking an element without text for it would be less work, but GTK complains of that in the application's
+/// own log.
+void ObjectWalker::askWhetherText(const Element& element) {
+    queue(newCall(element.path, accessibleInterface, "GetInterfaces"),
+          [this, element](const BusIncoming& reply) {
+              if (reply.isError()) return;
+              const auto interfaces = reply.reader(repliesLimits(limits_)).next();
+              if (!interfaces || interfaces->list() == nullptr) return;
+              const bool hasText = std::ranges::find(*interfaces->list(), BusValue(textInterface)) !=
+                                   interfaces->list()->end();
+              if (hasText) askForText(element.node, element.path);
+          });
+}
+
 void ObjectWalker::askForText(std::uint32_t node, const std::string& path) {
     auto call = newCall(path, textInterface, "GetText");
     call.append(std::int32_t{0}).append(firstCharacters);
@@ -146,7 +133,8 @@ void ObjectWalker::sendQueued() {
             if (waiting_.empty()) break;
             const Element element = std::move(waiting_.front());
             waiting_.pop_front();
-            askForProperties(element);
+            askForProperty(element, "Name");
+            askForProperty(element, "Description");
             if (element.depth < limits_.depth) askForChildren(element);
         }
         const auto [call, onReply] = std::move(calls_.front());
@@ -156,8 +144,8 @@ void ObjectWalker::sendQueued() {
             connection_.call(call, callLimit, [this, alive, onReply = onReply](const BusIncoming& reply) {
                 if (alive.expired() || finished_) return;
                 --underWay_;
-                onReply(reply);
-                sendQueued();
+                onReply(reply);  // may end the walk, and the walker with it
+                if (!alive.expired()) sendQueued();
             });
         if (!sent) return finish(std::nullopt);
         ++underWay_;

@@ -19,9 +19,8 @@ namespace purlock::host_linux {
 /// elements of a tree that is there already. On the bus thread; owned by an `ApplicationReader`, which limits
 /// its time.
 ///
-/// Breadth first, with at most 64 calls under way. An element costs two calls (its properties and its
-/// children) where the toolkit answers GetAll, else three, and one more for the content of an element without
-/// a name.
+/// Breadth first, with at most 64 calls under way. An element costs three calls (name, description,
+/// children), and up to two more when it has no name, for its content.
 class ObjectWalker {
   public:
     using Finish = std::function<void(std::optional<Snapshot>)>;
@@ -43,11 +42,10 @@ class ObjectWalker {
     };
     using Reply = std::function<void(const BusIncoming&)>;
 
-    void askForProperties(const Element& element);
     void askForProperty(const Element& element, const char* property);
     void askForChildren(const Element& element);
+    void askWhetherText(const Element& element);
     void askForText(std::uint32_t node, const std::string& path);
-    void takeProperties(const Element& element, const BusIncoming& reply);
     void takeName(const Element& element, const std::string* name);
     void takeChildren(const Element& element, const BusIncoming& reply);
     void addElement(std::string path, int depth, std::optional<std::uint32_t> parent);
@@ -67,7 +65,6 @@ class ObjectWalker {
     std::deque<Element> waiting_;  // known, not yet asked
     std::deque<std::pair<BusCall, Reply>> calls_;
     std::size_t underWay_ = 0;
-    bool answersGetAll_ = true;
     bool finished_ = false;
     const std::shared_ptr<ObjectWalker*> alive_ = std::make_shared<ObjectWalker*>(this);
 };

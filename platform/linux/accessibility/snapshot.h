@@ -21,7 +21,6 @@ struct SnapshotNode {
     std::optional<std::string> value;
     std::optional<std::string> title;
     std::optional<std::string> description;
-    std::optional<std::string> help;
     std::vector<std::uint32_t> children;
 
     bool operator==(const SnapshotNode&) const = default;

@@ -16,7 +16,6 @@ std::optional<AttributeValue> SnapshotElement::copyAttributeValue(std::string_vi
     if (attribute == "AXValue") return valueOf(node.value);
     if (attribute == "AXTitle") return valueOf(node.title);
     if (attribute == "AXDescription") return valueOf(node.description);
-    if (attribute == "AXHelp") return valueOf(node.help);
     if (attribute == "AXChildren") return children(node);
     return std::nullopt;
 }

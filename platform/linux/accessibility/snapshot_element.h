@@ -11,10 +11,10 @@ namespace purlock::host_linux {
 
 /// A view of one element of a snapshot, which it keeps alive; good after the application is gone.
 ///
-/// AXTitle is the accessible name, AXDescription the description, AXHelp the help text (for toolkits that
-/// tell it), and AXValue the content of an element with text but without a name: where a toolkit gives a text
-/// both ways, as for a label, it is its AXTitle. A number (a slider's position) is no text and not kept.
-/// Texts are absent when empty.
+/// AXTitle is the accessible name and AXDescription the description. AXValue is the content of an element
+/// with text but without a name: where a toolkit gives a text both ways, as for a label, it is its AXTitle. A
+/// number (a slider's position) is no text and not kept. AXHelp is always absent: AT-SPI has no such text in
+/// the versions in use. Texts are absent when empty.
 class SnapshotElement final : public AccessibilityElement {
   public:
     /// Without a snapshot, every attribute is absent.

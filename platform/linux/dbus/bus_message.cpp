@@ -33,6 +33,11 @@ BusCall& BusCall::appendVariant(bool value) {
     return *this;
 }
 
+BusCall& BusCall::appendEmptyTexts() {
+    valid_ = valid_ && sd_bus_message_append(message_.get(), "as", 0) >= 0;
+    return *this;
+}
+
 BusCall& BusCall::allowStart() {
     if (valid_) sd_bus_message_set_auto_start(message_.get(), 1);
     return *this;

@@ -43,6 +43,9 @@ class BusCall {
     /// A Boolean inside a variant, as org.freedesktop.DBus.Properties.Set takes it.
     BusCall& appendVariant(bool value);
 
+    /// An empty array of texts.
+    BusCall& appendEmptyTexts();
+
     /// Has the bus start the destination's service if it is not there. Without this, asking after one starts
     /// none.
     BusCall& allowStart();

@@ -47,7 +47,8 @@ TEST_F(AtSpiTreeTest, TrustIsWhetherAccessibilityIsEnabled) {
 
 TEST_F(AtSpiTreeTest, ABadgeInAGtkWindowIsFoundAndGoesWithIt) {
     ASSERT_TRUE(becomesTrusted());
-    ChildProcess window = session_.startProgram({"zenity", "--info", "--title=Player", "--text=  HI-RES LOSSLESS \n"});
+    ChildProcess window =
+        session_.startProgram({"zenity", "--info", "--title=Player", "--text=  HI-RES LOSSLESS \n"});
     EXPECT_TRUE(showsBadge(window.pid(), "HI-RES LOSSLESS"));
     EXPECT_EQ(badge(getpid()), std::nullopt);
     window.kill(SIGKILL);

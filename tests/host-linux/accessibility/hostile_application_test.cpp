@@ -1,1 +1,237 @@
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <unistd.h>
 
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/linux/accessibility/atspi_tree.h"
+#include "source/accessibility_scraper.h"
+#include "tests/support/fake_accessibility_bus.h"
+
+namespace purlock::host_linux {
+namespace {
+
+using test::BusService;
+using test::FakeAccessibilityBus;
+using test::waitUntil;
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t hugeBytes = 100'000'000;
+
+bool is(sd_bus_message* call, const char* member) {
+    return sd_bus_message_is_method_call(call, nullptr, member) > 0;
+}
+
+/// The process's memory in use, in MiB.
+long residentMegabytes() {
+    std::ifstream file("/proc/self/statm");
+    long total = 0;
+    long resident = 0;
+    file >> total >> resident;
+    return resident * sysconf(_SC_PAGESIZE) / (1 << 20);
+}
+
+/// Walks over the application until a condition holds or the time is up, and remembers the longest walk.
+class Walks {
+  public:
+    explicit Walks(AtSpiTree& tree) : tree_(tree) {}
+
+    std::optional<std::string> walk() {
+        const auto start = Clock::now();
+        auto badge = AccessibilityScraper::walk(*tree_.createApplication(getpid()), {"hi-res"}, 0);
+        longest_ = std::max(longest_, Clock::now() - start);
+        return badge;
+    }
+
+    bool until(const std::optional<std::string>& expected, std::chrono::milliseconds limit = 10s) {
+        return waitUntil([&] { return walk() == expected; }, limit);
+    }
+
+    void goOn(std::chrono::milliseconds duration) {
+        waitUntil(
+            [&] {
+                walk();
+                return false;
+            },
+            duration);
+    }
+
+    double longestMilliseconds() const { return std::chrono::duration<double, std::milli>(longest_).count(); }
+
+  private:
+    AtSpiTree& tree_;
+    Clock::duration longest_{};
+};
+
+/// An application that answers GetItems as the test says, and nothing else.
+FakeAccessibilityBus::Application answeringItems(FakeAccessibilityBus::Fill fill) {
+    return [fill = std::move(fill)](sd_bus_message* call) {
+        return is(call, "GetItems") ? BusService::reply(call, fill) : false;
+    };
+}
+
+class HostileApplication : public ::testing::Test {
+  protected:
+    void start(FakeAccessibilityBus::Application application) {
+        bus_ = std::make_unique<FakeAccessibilityBus>(std::move(application));
+        tree_ = std::make_unique<AtSpiTree>(thread_, bus_->sessionAddress());
+        ASSERT_TRUE(waitUntil([&] { return tree_->isProcessTrusted(); }));
+    }
+
+    const char* name() const { return bus_->applicationName().c_str(); }
+
+    std::unique_ptr<FakeAccessibilityBus> bus_;
+    BusThread thread_;
+    std::unique_ptr<AtSpiTree> tree_;
+};
+
+/// Every element of a tree of that many, ten children each, with a badge at the end of the walk.
+void appendLargeTree(sd_bus_message* answer, const char* busName, int elements) {
+    sd_bus_message_open_container(answer, 'a', "((so)(so)(so)iiassusau)");
+    for (int i = 0; i < elements; ++i) {
+        const bool isLast = i == elements - 1;
+        test::appendCacheItem(answer, busName, i, i == 0 ? -1 : (i - 1) / 10, i % 10,
+                              isLast ? " Hi-Res Lossless\n" : "an element with a name of usual length");
+    }
+    sd_bus_message_close_container(answer);
+}
+
+TEST_F(HostileApplication, ATreeOfTwentyThousandElementsIsWalkedWithoutAStall) {
+    start(answeringItems([this](sd_bus_message* answer) { appendLargeTree(answer, name(), 20'000); }));
+    Walks walks(*tree_);
+    EXPECT_TRUE(walks.until("Hi-Res Lossless"));
+    walks.goOn(500ms);
+    RecordProperty("longest walk in ms", std::to_string(walks.longestMilliseconds()));
+    std::printf("longest walk over 20,000 elements: %.2f ms\n", walks.longestMilliseconds());
+    EXPECT_LT(walks.longestMilliseconds(), 1000);  // also unoptimised and sanitized; bench/ has the figure that counts
+}
+
+TEST_F(HostileApplication, ABadgeGoesWithTheApplicationsEntry) {
+    start(answeringItems([this](sd_bus_message* answer) { appendLargeTree(answer, name(), 30); }));
+    Walks walks(*tree_);
+    ASSERT_TRUE(walks.until("Hi-Res Lossless"));
+    bus_->unlist();
+    EXPECT_TRUE(walks.until(std::nullopt, 1s));
+}
+
+TEST_F(HostileApplication, SilenceGivesNothingAndDelaysNobody) {
+    start([](sd_bus_message*) { return true; });
+    Walks walks(*tree_);
+    walks.goOn(4s);
+    EXPECT_EQ(walks.walk(), std::nullopt);
+    EXPECT_LT(walks.longestMilliseconds(), 20);
+}
+
+/// An application with a text of that size between two small ones, the second of which is the badge.
+FakeAccessibilityBus::Application withText(const std::unique_ptr<FakeAccessibilityBus>& bus,
+                                           std::size_t bytes) {
+    return answeringItems([&bus, bytes](sd_bus_message* answer) {
+        const char* name = bus->applicationName().c_str();
+        sd_bus_message_open_container(answer, 'a', "((so)(so)(so)iiassusau)");
+        test::appendCacheItem(answer, name, 0, -1, 0, "");
+        test::appendCacheItem(answer, name, 1, 0, 0, "hi-res" + std::string(bytes, 'x'));
+        test::appendCacheItem(answer, name, 2, 0, 1, "Hi-Res");
+        sd_bus_message_close_container(answer);
+    });
+}
+
+TEST_F(HostileApplication, ATextThatIsNoBadgeBySizeIsPassedOver) {
+    start(withText(bus_, 1'000'000));
+    EXPECT_TRUE(Walks(*tree_).until("Hi-Res"));
+}
+
+/// Such an answer may be too late to be of use; what counts is what it costs.
+TEST_F(HostileApplication, HugeTextsStallNobodyAndLeaveMemoryAsItWas) {
+    start(withText(bus_, hugeBytes));
+    Walks walks(*tree_);
+    walks.goOn(10s);
+    EXPECT_LT(walks.longestMilliseconds(), 20);
+    bus_.reset();  // the sender's own copies
+    malloc_trim(0);
+    std::printf("longest walk: %.2f ms, resident afterwards: %ld MiB\n", walks.longestMilliseconds(),
+                residentMegabytes());
+    EXPECT_LT(residentMegabytes(), 100);
+}
+
+/// Wrong types, one after the other; none may be taken for a tree, and the next good answer is.
+TEST_F(HostileApplication, WrongTypesAreIgnoredUntilTheAnswerIsRight) {
+    std::atomic<int> round = 0;
+    start(answeringItems([&](sd_bus_message* answer) {
+        switch (round++) {
+            case 0:
+                sd_bus_message_append(answer, "s", "hi-res");
+                break;
+            case 1:
+                sd_bus_message_append(answer, "as", 2, "hi-res", "hi-res");
+                break;
+            case 2:
+                sd_bus_message_append(answer, "a{sv}", 1, "hi-res", "v", "s", "hi-res");
+                break;
+            case 3:
+                sd_bus_message_append(answer, "a((so)i)", 1, name(), "/org/a11y/atspi/accessible/root", 7);
+                break;
+            case 4:
+                break;
+            default:
+                appendLargeTree(answer, name(), 30);
+        }
+    }));
+    Walks walks(*tree_);
+    EXPECT_TRUE(walks.until("Hi-Res Lossless", 60s));  // five rounds of silence about the elements themselves
+    EXPECT_GE(round, 6);
+    EXPECT_LT(walks.longestMilliseconds(), 20);
+}
+
+/// Without a cache the elements are asked one by one; each says that it and its parent are its children.
+TEST_F(HostileApplication, CyclesAndEndlessTreesEnd) {
+    std::atomic<int> calls = 0;
+    start([&](sd_bus_message* call) {
+        ++calls;
+        const std::string path = sd_bus_message_get_path(call);
+        if (is(call, "GetChildren")) {
+            return BusService::reply(call, [&](sd_bus_message* answer) {
+                sd_bus_message_append(answer, "a(so)", 4, name(), path.c_str(), name(),
+                                      "/org/a11y/atspi/accessible/root", name(), (path + "/a").c_str(),
+                                      ":9.9", "/other");
+            });
+        }
+        if (is(call, "Get")) {
+            return BusService::reply(call, [&](sd_bus_message* answer) {
+                const bool isDeepest = path == "/org/a11y/atspi/accessible/root/a/a/a/a/a/a/a/a/a/a/a/a";
+                sd_bus_message_append(answer, "v", "s", isDeepest ? "Hi-Res" : "element");
+            });
+        }
+        return false;
+    });
+    Walks walks(*tree_);
+    EXPECT_TRUE(walks.until("Hi-Res"));
+    EXPECT_LT(walks.longestMilliseconds(), 20);
+    EXPECT_LT(calls, 13 * 3 * 8);  // thirteen elements, some reads
+}
+
+TEST_F(HostileApplication, SuddenDeathInTheMiddleOfAReadIsHarmless) {
+    for (int round = 0; round < 10; ++round) {
+        std::atomic<bool> asked = false;
+        start([&](sd_bus_message*) {
+            asked = true;
+            return true;
+        });
+        Walks walks(*tree_);
+        ASSERT_TRUE(waitUntil([&] {
+            walks.walk();
+            return asked.load();
+        }));
+        bus_.reset();
+        EXPECT_TRUE(waitUntil([&] { return !tree_->isProcessTrusted(); }, 2s));
+        EXPECT_EQ(walks.walk(), std::nullopt);
+        tree_.reset();
+    }
+}
+
+}  // namespace
+}  // namespace purlock::host_linux
