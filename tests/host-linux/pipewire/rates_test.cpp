@@ -78,5 +78,24 @@ TEST_F(ClockOfTheGraph, MayFollowTheStream) {
     })) << session.logs();
 }
 
+TEST_F(ClockOfTheGraph, IsTheServersOwnWordForTwoStreamsOnOneClock) {
+    const test::Command allow = {"pw-metadata",    "-n", "settings", "0", "clock.allowed-rates",
+                                 "[ 44100 48000 ]"};
+    ASSERT_EQ(session.run(allow).exitStatus, 0);
+    ASSERT_TRUE(session.startTunnelSink("low", "S16LE", 44100));
+    ASSERT_TRUE(session.startTunnelSink("high", "S16LE", 48000));
+    session.spawn("first", {"pw-play", "--target", "low", session.toneFile(44100)});
+    session.spawn("second", {"pw-play", "--target", "high", session.toneFile(48000)});
+    // Both sinks hang on one driver. Whichever of the two rates it chose, one of the sinks has another: that
+    // one tells the clock's rate, the other its stream's, which is the clock's.
+    EXPECT_TRUE(waitUntil([&] {
+        const AudioObjectID low = observer().deviceByUID("low");
+        const AudioObjectID high = observer().deviceByUID("high");
+        return observer().isRunning(low) && observer().isRunning(high) &&
+               observer().virtualRate(low) == observer().virtualRate(high);
+    })) << observer().virtualRate(observer().deviceByUID("low"))
+        << " " << observer().virtualRate(observer().deviceByUID("high"));
+}
+
 }  // namespace
 }  // namespace purlock
