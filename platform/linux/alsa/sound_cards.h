@@ -17,7 +17,8 @@ struct PcmAddress {
     std::uint32_t device = 0;
     std::uint32_t subdevice = 0;
 
-    auto operator<=>(const PcmAddress&) const = default;
+    auto operator<=>(const PcmAddress&) const =
+        default;  // NOLINT(modernize-use-nullptr): it means the default's own 0
 };
 
 /// The process that has a PCM open.

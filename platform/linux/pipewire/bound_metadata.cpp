@@ -10,7 +10,7 @@ namespace purlock::host_linux {
 
 namespace {
 
-constexpr std::size_t longestValue = 16 * 1024;
+constexpr std::size_t longestValue = std::size_t{16} * 1024;
 
 /// An absent key means every key, an absent value that the key was removed.
 bool concerns(const char* key, std::string_view wanted) {

@@ -12,7 +12,7 @@ namespace purlock::host_linux {
 namespace {
 
 constexpr std::size_t mostValues = 64;
-constexpr std::size_t largestValue = 64 * 1024;
+constexpr std::size_t largestValue = std::size_t{64} * 1024;
 
 NodeState stateFromServer(pw_node_state state) {
     switch (state) {

@@ -24,6 +24,7 @@ class BoundObjects {
     class Owner {
       public:
         Owner() = default;
+        virtual ~Owner() = default;
         Owner(const Owner&) = delete;
         Owner& operator=(const Owner&) = delete;
 
@@ -36,9 +37,6 @@ class BoundObjects {
         /// The number of the next echo whose question has not been asked yet: when it comes, the answers to
         /// everything that is asked now have come.
         virtual std::uint64_t nextEcho() const = 0;
-
-      protected:
-        virtual ~Owner() = default;
     };
 
     explicit BoundObjects(Owner& owner);

@@ -9,7 +9,7 @@ namespace purlock::host_linux {
 
 namespace {
 
-constexpr std::size_t longestValue = 16 * 1024;
+constexpr std::size_t longestValue = std::size_t{16} * 1024;
 constexpr std::size_t longestName = 1024;
 constexpr std::size_t mostRates = 32;
 constexpr std::string_view separators = " \t\r\n,[]";

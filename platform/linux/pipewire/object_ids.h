@@ -17,7 +17,8 @@ struct ObjectKey {
     std::uint64_t connection = 0;
     std::uint64_t number = 0;
 
-    auto operator<=>(const ObjectKey&) const = default;
+    auto operator<=>(const ObjectKey&) const =
+        default;  // NOLINT(modernize-use-nullptr): it means the default's own 0
 };
 
 /// Gives out the object ids of the hardware layer: never one twice in a run. One thread.

@@ -62,7 +62,8 @@ PipeWireHardware::Worker::Worker(RunningApplications& applications, const Places
     if (!thread_) return;  // out of descriptors: a hardware layer without devices
     context_.reset(pw_context_new(loop_, nullptr, 0));
     if (!context_) return;
-    // The words of the profiler's protocol; without them its reports cannot be read, and clocks are estimated.
+    // The words of the profiler's protocol; without them its reports cannot be read, and clocks are
+    // estimated.
     pw_context_load_module(context_.get(), PW_EXTENSION_MODULE_PROFILER, nullptr, nullptr);
     hardware_ = std::make_unique<HardwareWatch>(loop_, SoundCards(places.processFileSystem),
                                                 places.soundDevices, [this] { publish(); });
