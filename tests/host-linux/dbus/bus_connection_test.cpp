@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <atomic>
 #include <memory>
 #include <string>
@@ -201,10 +202,19 @@ TEST_F(BusConnectionTest, AnIdleConnectionWakesNobody) {
         thread_.runAndWait([&] { getrusage(RUSAGE_THREAD, &usage); });
         return usage.ru_nvcsw;
     };
-    switches();
-    const auto before = switches();
-    std::this_thread::sleep_for(1500ms);  // the watched idleness itself
-    EXPECT_LE(switches() - before, 2);    // those of the question itself
+    // Asking costs switches of its own, on a busy machine more than one; so does whatever else the system does.
+    long asking = 0;
+    for (int i = 0; i < 5; ++i) {
+        const auto first = switches();
+        asking = std::max(asking, switches() - first);
+    }
+    long watched = asking + 1;
+    for (int attempt = 0; attempt < 3 && watched > asking; ++attempt) {
+        const auto before = switches();
+        std::this_thread::sleep_for(1500ms);  // the watched idleness itself
+        watched = switches() - before;
+    }
+    EXPECT_LE(watched, asking);
 }
 
 }  // namespace
