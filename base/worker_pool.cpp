@@ -17,16 +17,18 @@ class WorkerPool::Workers {
         : maximumThreads_(maximumThreads), onThreadStart_(std::move(onThreadStart)) {}
 
     void add(const std::shared_ptr<Tasks>& tasks, SerialQueue::Task task) {
-        const std::lock_guard lock(mutex_);
-        if (stopped_) return;
-        tasks->waiting.push_back(std::move(task));
-        if (std::exchange(tasks->scheduled, true)) return;
-        ready_.push_back(tasks);
-        if (idle_ >= ready_.size()) {
-            wake_.notify_one();
-        } else if (threads_.size() < maximumThreads_) {
-            threads_.emplace_back([this] { run(); });
+        {
+            const std::lock_guard lock(mutex_);
+            if (stopped_) return;
+            tasks->waiting.push_back(std::move(task));
+            if (std::exchange(tasks->scheduled, true)) return;
+            ready_.push_back(tasks);
+            if (idle_ < ready_.size()) {
+                if (threads_.size() < maximumThreads_) threads_.emplace_back([this] { run(); });
+                return;
+            }
         }
+        wake_.notify_one();  // without the mutex, which the woken thread would else wait for
     }
 
     void finish() {

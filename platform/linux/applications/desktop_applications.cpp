@@ -108,29 +108,26 @@ std::optional<std::string> DesktopApplications::identifyByParents(std::int32_t p
     return std::nullopt;
 }
 
-std::optional<RunningApplication> DesktopApplications::runningApplicationWithProcessIdentifier(
-    std::int32_t pid) {
-    if (pid <= 0) return std::nullopt;
-    const auto index = currentIndex();
-    auto id = identify(pid, *index);
-    if (!id) id = identifyByParents(pid, *index);
+std::optional<RunningApplication> DesktopApplications::findApplication(std::int32_t pid,
+                                                                       const DesktopIndex& index) const {
+    auto id = identify(pid, index);
+    if (!id) id = identifyByParents(pid, index);
     if (!id) return std::nullopt;
-    const DesktopEntry* entry = index->find(*id);
+    const DesktopEntry* entry = index.find(*id);
     return RunningApplication{pid, bundleIdentifierOf(*id), entry != nullptr ? entry->name : std::nullopt};
 }
 
-std::vector<RunningApplication> DesktopApplications::runningApplicationsWithBundleIdentifier(
-    std::string_view bundleID) {
-    const auto index = currentIndex();
+std::vector<std::pair<std::uint64_t, RunningApplication>> DesktopApplications::findInstances(
+    std::string_view bundleID, const DesktopIndex& index) const {
     std::map<std::int32_t, ProcessStatus> members;
     std::vector<std::pair<std::uint64_t, RunningApplication>> instances;
     for (const std::int32_t pid : processes_.processes()) {
-        const auto id = identify(pid, *index);
+        const auto id = identify(pid, index);
         if (!id || !isBundleIdentifierOf(bundleID, *id)) continue;
         const auto status = processes_.status(pid);
         if (!status) continue;
         members.emplace(pid, *status);
-        const DesktopEntry* entry = index->find(*id);
+        const DesktopEntry* entry = index.find(*id);
         instances.push_back(
             {status->startTime, {pid, std::string(bundleID), entry != nullptr ? entry->name : std::nullopt}});
     }
@@ -138,9 +135,62 @@ std::vector<RunningApplication> DesktopApplications::runningApplicationsWithBund
         return members.contains(members.at(instance.second.processIdentifier).parent);
     });
     std::ranges::stable_sort(instances, {}, [](const auto& instance) { return instance.first; });
+    return instances;
+}
+
+bool DesktopApplications::stillRuns(const std::pair<std::uint64_t, RunningApplication>& instance) const {
+    const auto status = processes_.status(instance.second.processIdentifier);
+    return status && status->startTime == instance.first;
+}
+
+std::optional<RunningApplication> DesktopApplications::runningApplicationWithProcessIdentifier(
+    std::int32_t pid) {
+    if (pid <= 0) return std::nullopt;
+    const auto index = currentIndex();
+    const auto status = processes_.status(pid);
+    if (!status) return std::nullopt;
+    const auto now = std::chrono::steady_clock::now();
+    const std::lock_guard lock(kept_.mutex);
+    forgetOld(index, now);
+    const auto kept = kept_.processes.find(pid);
+    if (kept != kept_.processes.end() && kept->second.startTime == status->startTime) {
+        return kept->second.application;
+    }
+    auto application = findApplication(pid, *index);
+    kept_.processes.insert_or_assign(pid, KeptProcess{application, status->startTime, now});
+    return application;
+}
+
+std::vector<RunningApplication> DesktopApplications::runningApplicationsWithBundleIdentifier(
+    std::string_view bundleID) {
+    const auto index = currentIndex();
+    const auto now = std::chrono::steady_clock::now();
+    const std::lock_guard lock(kept_.mutex);
+    forgetOld(index, now);
+    auto kept = kept_.applications.find(bundleID);
+    if (kept == kept_.applications.end() ||
+        !std::ranges::all_of(kept->second.instances, [this](const auto& each) { return stillRuns(each); })) {
+        kept =
+            kept_.applications
+                .insert_or_assign(std::string(bundleID), KeptInstances{findInstances(bundleID, *index), now})
+                .first;
+    }
     std::vector<RunningApplication> running;
-    for (auto& [startTime, application] : instances) running.push_back(std::move(application));
+    for (const auto& [startTime, application] : kept->second.instances) running.push_back(application);
     return running;
+}
+
+/// With the answers' mutex held. Those that another index gave are all forgotten.
+void DesktopApplications::forgetOld(const std::shared_ptr<const DesktopIndex>& index, Moment now) {
+    if (kept_.index != index) {
+        kept_.processes.clear();
+        kept_.applications.clear();
+        kept_.index = index;
+    }
+    std::erase_if(kept_.processes,
+                  [&](const auto& each) { return now - each.second.asked >= keptProcessTime; });
+    std::erase_if(kept_.applications,
+                  [&](const auto& each) { return now - each.second.asked >= keptInstancesTime; });
 }
 
 }  // namespace purlock::host_linux

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/running_applications.h"
@@ -43,7 +46,13 @@ class DesktopApplications final : public RunningApplications {
     std::vector<RunningApplication> runningApplicationsWithBundleIdentifier(
         std::string_view bundleID) override;
 
+    /// How long an answer is kept.
+    static constexpr std::chrono::seconds keptProcessTime{5};
+    static constexpr std::chrono::seconds keptInstancesTime{2};
+
   private:
+    using Moment = std::chrono::steady_clock::time_point;
+
     /// What the queue shares with the questions, and outlives both.
     struct Desktop {
         std::mutex mutex;
@@ -51,6 +60,30 @@ class DesktopApplications final : public RunningApplications {
         bool reading = false;                                                          // guarded by mutex
     };
 
+    /// Answers are asked for again and again while something plays, and each costs several reads of /proc; so
+    /// they are kept for a moment, each as long as its processes are the same ones. A process may change its
+    /// control group soon after its start, and an application may start at any time: hence no longer.
+    struct KeptProcess {
+        std::optional<RunningApplication> application;
+        std::uint64_t startTime = 0;
+        Moment asked;
+    };
+    struct KeptInstances {
+        std::vector<std::pair<std::uint64_t, RunningApplication>> instances;  // each with its start time
+        Moment asked;
+    };
+    struct Kept {
+        std::mutex mutex;
+        std::shared_ptr<const DesktopIndex> index;  // that all answers come from
+        std::map<std::int32_t, KeptProcess> processes;
+        std::map<std::string, KeptInstances, std::less<>> applications;
+    };
+
+    std::optional<RunningApplication> findApplication(std::int32_t pid, const DesktopIndex& index) const;
+    std::vector<std::pair<std::uint64_t, RunningApplication>> findInstances(std::string_view bundleID,
+                                                                            const DesktopIndex& index) const;
+    void forgetOld(const std::shared_ptr<const DesktopIndex>& index, Moment now);
+    bool stillRuns(const std::pair<std::uint64_t, RunningApplication>& instance) const;
     std::shared_ptr<const DesktopIndex> currentIndex();
     void readAgain();
     std::optional<std::string> identify(std::int32_t pid, const DesktopIndex& index) const;
@@ -61,6 +94,7 @@ class DesktopApplications final : public RunningApplications {
     const DesktopRoots roots_;
     const ProcessFiles processes_;
     const std::shared_ptr<Desktop> desktop_ = std::make_shared<Desktop>();
+    Kept kept_;
 };
 
 }  // namespace purlock::host_linux

@@ -1,6 +1,8 @@
 #include "platform/linux/nowplaying/mpris_framework.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cstdint>
 #include <mutex>
 #include <utility>
 
@@ -41,15 +43,21 @@ class MprisFrameworkLoader::Service {
   public:
     Service(BusThread& thread, const std::string& address, MainNotificationCenter& center)
         : players_(thread, [this, &thread, &center, address] {
-              return std::make_unique<MprisPlayers>(thread, address,
-                                                    [this, &center](const NowPlayingChanges& changes) {
-                                                        if (isRegistered_) postChanges(center, changes);
-                                                    });
+              return std::make_unique<MprisPlayers>(
+                  thread, address,
+                  [this, &center](const NowPlayingChanges& changes) {
+                      if (isRegistered_) postChanges(center, changes);
+                  },
+                  [this](std::optional<std::int32_t> process) { current_ = process.value_or(noPlayer); });
           }) {}
 
     void registerForNotifications() { isRegistered_ = true; }
 
     void getInfo(const NowPlayingFramework::Queue& queue, NowPlayingFramework::InfoBlock block) {
+        if (current_ == noPlayer) {
+            queue->async([block = std::move(block)] { block({}); });
+            return;
+        }
         players_.post([queue, block = std::move(block)](MprisPlayers& players) {
             players.readCurrent([queue, block](const auto* player, std::optional<double> position) {
                 queue->async([block, dictionary = dictionaryOf(player, position)] { block(dictionary); });
@@ -58,13 +66,16 @@ class MprisFrameworkLoader::Service {
     }
 
     void getPID(const NowPlayingFramework::Queue& queue, NowPlayingFramework::PIDBlock block) {
-        players_.post([queue, block = std::move(block)](const MprisPlayers& players) {
-            queue->async([block, pid = players.currentProcessIdentifier()] { block(pid); });
-        });
+        queue->async([block = std::move(block), pid = std::max(current_.load(), 0)] { block(pid); });
     }
 
   private:
+    static constexpr std::int32_t noPlayer = -1;
+
     std::atomic<bool> isRegistered_ = false;
+    // The current player's process, mirrored here so that a fetch wakes the bus thread only when it has a
+    // player to ask.
+    std::atomic<std::int32_t> current_ = noPlayer;
     OnBusThread<MprisPlayers> players_;
 };
 

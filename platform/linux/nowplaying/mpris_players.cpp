@@ -42,8 +42,10 @@ NowPlayingChanges operator|(const NowPlayingChanges& a, const NowPlayingChanges&
 
 }  // namespace
 
-MprisPlayers::MprisPlayers(BusThread& thread, std::string address, ChangeCallback onChange)
+MprisPlayers::MprisPlayers(BusThread& thread, std::string address, ChangeCallback onChange,
+                           CurrentCallback onCurrent)
     : onChange_(std::move(onChange)),
+      onCurrent_(std::move(onCurrent)),
       tellLater_(thread),
       connection_(thread, std::move(address), {[this] { becomeConnected(); }, [this] { becomeLost(); }}) {}
 
@@ -163,9 +165,9 @@ void MprisPlayers::onSeeked(const BusIncoming& signal) {
 
 // What a reader is told
 
-std::int32_t MprisPlayers::currentProcessIdentifier() const {
+std::optional<std::int32_t> MprisPlayers::currentProcessIdentifier() const {
     const auto* player = roster_.find(roster_.currentOwner());
-    return player != nullptr ? player->processIdentifier : 0;
+    return player != nullptr ? std::optional(player->processIdentifier) : std::nullopt;
 }
 
 void MprisPlayers::readCurrent(const ReadCallback& onRead) {
@@ -231,6 +233,10 @@ std::optional<BusValue> MprisPlayers::valueOf(const std::string& owner, const Bu
 
 void MprisPlayers::rosterChanged() {
     std::erase_if(calls_, [this](const auto& entry) { return !roster_.contains(entry.first); });
+    if (const auto process = currentProcessIdentifier(); process != toldProcess_) {
+        toldProcess_ = process;
+        onCurrent_(process);
+    }
     untold_ = untold_ | roster_.takeChanges();
     if (!untold_.any() || tellLater_.running()) return;
     const auto sinceLast = std::chrono::steady_clock::now() - lastTold_;

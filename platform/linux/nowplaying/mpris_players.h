@@ -28,6 +28,10 @@ class MprisPlayers {
     /// Told what a reader could see differ, on the bus thread; no more often than every `quietTime`.
     using ChangeCallback = std::function<void(NowPlayingChanges)>;
 
+    /// Told at once, on the bus thread, when there is another current player or none, or its process is
+    /// known.
+    using CurrentCallback = std::function<void(std::optional<std::int32_t> processIdentifier)>;
+
     /// The current player and its position; null when there is none. For the length of the callback.
     using ReadCallback =
         std::function<void(const PlayerRoster::Player* player, std::optional<double> positionSeconds)>;
@@ -37,7 +41,7 @@ class MprisPlayers {
     static constexpr std::chrono::milliseconds quietTime{50};
     static constexpr std::chrono::seconds propertiesLifetime{10};
 
-    MprisPlayers(BusThread& thread, std::string address, ChangeCallback onChange);
+    MprisPlayers(BusThread& thread, std::string address, ChangeCallback onChange, CurrentCallback onCurrent);
     MprisPlayers(const MprisPlayers&) = delete;
     MprisPlayers& operator=(const MprisPlayers&) = delete;
 
@@ -45,10 +49,10 @@ class MprisPlayers {
     /// object.
     void readCurrent(const ReadCallback& onRead);
 
-    /// Of the current player's peer; 0 when there is none or it is not known yet. A sandboxed application's
-    /// peer is the proxy of its sandbox, which carries the sandbox's own information and stands in its
-    /// control group.
-    std::int32_t currentProcessIdentifier() const;
+    /// The process of the current player's peer: absent when there is no player, 0 while it is not known. A
+    /// sandboxed application's peer is the proxy of its sandbox, which carries the sandbox's own information
+    /// and stands in its control group.
+    std::optional<std::int32_t> currentProcessIdentifier() const;
 
   private:
     /// The calls to one player that are under way.
@@ -81,6 +85,8 @@ class MprisPlayers {
     void tellChanges();
 
     const ChangeCallback onChange_;
+    const CurrentCallback onCurrent_;
+    std::optional<std::int32_t> toldProcess_;
     PlayerRoster roster_;
     std::map<std::string, Calls> calls_;  // by unique name, of the roster's players
     NowPlayingChanges untold_;
