@@ -117,4 +117,3 @@ BENCHMARK(newPicture)->Arg(4)->Arg(64);
 
 }  // namespace
 }  // namespace purlock::host_linux
-
