@@ -43,7 +43,7 @@ void ReportCoordinator::followMonitors() {
     stateSubscription_ = audio_->state().subscribe([weak](const auto&) {
         if (const auto self = weak.lock()) self->inputsChanged();
     });
-    infoSubscription_ = np_->current.subscribe([weak](const std::optional<NowPlayingInfo>& info) {
+    infoSubscription_ = np_->current().subscribe([weak](const std::optional<NowPlayingInfo>& info) {
         const auto self = weak.lock();
         if (!self) return;
         self->inputsChanged();
@@ -57,7 +57,7 @@ void ReportCoordinator::followMonitors() {
 void ReportCoordinator::inputsChanged() {
     quiet_ = seams_.mainLoop.postDelayed(debounce, [weak = weak_from_this()] {
         if (const auto self = weak.lock())
-            self->recompute(self->audio_->state().value(), self->np_->current.value());
+            self->recompute(self->audio_->state().value(), self->np_->current().value());
     });
 }
 

@@ -107,17 +107,17 @@ NowPlayingMonitor::NowPlayingMonitor(const NowPlayingSeams& seams)
 
 void NowPlayingMonitor::loadFramework(const NowPlayingSeams& seams) {
     if (seams.operatingSystem.version() >= firstUnsupportedVersion) {
-        unavailableReason.set("Now Playing requires v1.6 on macOS 15.4+");
+        unavailableReason_.set("Now Playing requires v1.6 on macOS 15.4+");
         return;
     }
     const auto framework = seams.frameworks.openNowPlayingFramework(frameworkPath);
     if (!framework) {
-        unavailableReason.set("Could not open MediaRemote framework");
+        unavailableReason_.set("Could not open MediaRemote framework");
         return;
     }
     getInfo_ = framework->getInfoFunctionForName(getInfoName);
     if (!getInfo_) {
-        unavailableReason.set("MRMediaRemoteGetNowPlayingInfo missing");
+        unavailableReason_.set("MRMediaRemoteGetNowPlayingInfo missing");
         return;
     }
     register_ = framework->registerFunctionForName(registerName);
@@ -146,9 +146,9 @@ void NowPlayingMonitor::refresh() {
 void NowPlayingMonitor::publish(const NowPlayingInfo& info) {
     // An album or a playing state alone is nothing playing.
     if (!info.title && !info.artist && !info.appBundleID) {
-        current.set(std::nullopt);
+        current_.set(std::nullopt);
     } else {
-        current.set(info);
+        current_.set(info);
     }
 }
 

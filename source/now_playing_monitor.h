@@ -44,11 +44,11 @@ class NowPlayingMonitor : public std::enable_shared_from_this<NowPlayingMonitor>
     /// Fetches once: asks the framework and publishes its answer, equal to the last one or not.
     void refresh();
 
-    /// Absent when nothing plays. Set by the monitor alone.
-    Published<std::optional<NowPlayingInfo>> current;
+    /// Absent when nothing plays.
+    const Published<std::optional<NowPlayingInfo>>& current() const { return current_; }
 
     /// Why there is no information; set at most once, by the constructor.
-    Published<std::optional<std::string>> unavailableReason;
+    const Published<std::optional<std::string>>& unavailableReason() const { return unavailableReason_; }
 
   private:
     struct Reader;
@@ -56,6 +56,8 @@ class NowPlayingMonitor : public std::enable_shared_from_this<NowPlayingMonitor>
     void loadFramework(const NowPlayingSeams& seams);
     void publish(const NowPlayingInfo& info);
 
+    Published<std::optional<NowPlayingInfo>> current_;
+    Published<std::optional<std::string>> unavailableReason_;
     NowPlayingFramework::GetInfoFunction getInfo_;
     NowPlayingFramework::RegisterFunction register_;
     NotificationCenter& notificationCenter_;

@@ -43,7 +43,7 @@ TEST(NowPlayingMonitor, OpensNothingFrom15Point4On) {
         monitor->start();
         host.settle();
         using Reason = std::optional<std::string>;
-        EXPECT_EQ(monitor->unavailableReason.value(),
+        EXPECT_EQ(monitor->unavailableReason().value(),
                   row.loaded ? Reason() : Reason("Now Playing requires v1.6 on macOS 15.4+"));
         EXPECT_EQ(host.loader.openedPaths().empty(), !row.loaded);
         EXPECT_EQ(host.framework->calls().empty(), !row.loaded);
@@ -57,8 +57,8 @@ TEST(NowPlayingMonitor, LooksUpThreeFunctionsOfOneFrameworkByName) {
     EXPECT_EQ(host.loader.openedPaths(),
               std::vector<std::string>{"/System/Library/PrivateFrameworks/MediaRemote.framework"});
     EXPECT_EQ(host.framework->lookups(), (std::vector<std::string>{getInfoName, registerName, getPIDName}));
-    EXPECT_EQ(monitor->unavailableReason.value(), std::nullopt);
-    EXPECT_EQ(monitor->current.value(), std::nullopt);
+    EXPECT_EQ(monitor->unavailableReason().value(), std::nullopt);
+    EXPECT_EQ(monitor->current().value(), std::nullopt);
     ASSERT_EQ(host.queues.made().size(), 1U);
     EXPECT_EQ(host.queues.made().front()->label(), queueLabel);
     EXPECT_TRUE(host.framework->calls().empty());
@@ -68,19 +68,19 @@ TEST(NowPlayingMonitor, SaysWhenTheFrameworkCannotBeOpened) {
     NowPlayingFixture host;
     host.loader.provide(nullptr);
     const auto monitor = host.makeMonitor();
-    EXPECT_EQ(monitor->unavailableReason.value(), "Could not open MediaRemote framework");
+    EXPECT_EQ(monitor->unavailableReason().value(), "Could not open MediaRemote framework");
     monitor->start();
     monitor->refresh();
     host.settle();
     EXPECT_TRUE(host.center.observedNames().empty());
-    EXPECT_EQ(monitor->current.value(), std::nullopt);
+    EXPECT_EQ(monitor->current().value(), std::nullopt);
 }
 
 TEST(NowPlayingMonitor, SaysWhenTheInformationFunctionIsMissingAndLooksNoFurther) {
     NowPlayingFixture host;
     host.framework->remove(getInfoName);
     const auto monitor = host.makeMonitor();
-    EXPECT_EQ(monitor->unavailableReason.value(), "MRMediaRemoteGetNowPlayingInfo missing");
+    EXPECT_EQ(monitor->unavailableReason().value(), "MRMediaRemoteGetNowPlayingInfo missing");
     EXPECT_EQ(host.framework->lookups(), std::vector<std::string>{getInfoName});
     monitor->start();
     monitor->refresh();
@@ -94,12 +94,12 @@ TEST(NowPlayingMonitor, WithoutTheRegisterFunctionStartDoesNothing) {
     host.framework->remove(registerName);
     host.framework->setAnswer({{titleKey, "Song"}}, NowPlayingFixture::player);
     const auto monitor = host.makeMonitor();
-    EXPECT_EQ(monitor->unavailableReason.value(), std::nullopt);
+    EXPECT_EQ(monitor->unavailableReason().value(), std::nullopt);
     monitor->start();
     host.settle();
     EXPECT_TRUE(host.framework->calls().empty());
     EXPECT_TRUE(host.center.observedNames().empty());
-    EXPECT_EQ(monitor->current.value(), std::nullopt);
+    EXPECT_EQ(monitor->current().value(), std::nullopt);
 }
 
 TEST(NowPlayingMonitor, WithoutTheProcessFunctionTheApplicationIsAbsent) {
@@ -107,10 +107,10 @@ TEST(NowPlayingMonitor, WithoutTheProcessFunctionTheApplicationIsAbsent) {
     host.framework->remove(getPIDName);
     host.framework->setAnswer({{titleKey, "Song"}, {rateKey, 1.0}}, NowPlayingFixture::player);
     const auto monitor = host.makeMonitor();
-    EXPECT_EQ(monitor->unavailableReason.value(), std::nullopt);
+    EXPECT_EQ(monitor->unavailableReason().value(), std::nullopt);
     monitor->start();
     host.settle();
-    EXPECT_EQ(monitor->current.value(), (NowPlayingInfo{.title = "Song", .isPlaying = true}));
+    EXPECT_EQ(monitor->current().value(), (NowPlayingInfo{.title = "Song", .isPlaying = true}));
     EXPECT_TRUE(host.applications.askedProcesses().empty());
 }
 
@@ -134,7 +134,7 @@ TEST(NowPlayingMonitor, EachNotificationCausesOneFetchAndOnePublication) {
         monitor->start();
         host.settle();
         std::vector<std::optional<NowPlayingInfo>> published;
-        const auto kept = monitor->current.subscribe([&](const auto& info) { published.push_back(info); });
+        const auto kept = monitor->current().subscribe([&](const auto& info) { published.push_back(info); });
         host.framework->setAnswer({{titleKey, "Song"}}, 0);
         host.center.post(name);
         host.settle();
@@ -162,7 +162,7 @@ TEST(NowPlayingMonitor, RefreshFetchesOnceAlsoBeforeTheStart) {
     host.settle();
     EXPECT_EQ(host.framework->calls(),
               (std::vector<std::string>{"getInfo on " + queueLabel, "getPID on " + queueLabel}));
-    EXPECT_EQ(monitor->current.value(),
+    EXPECT_EQ(monitor->current().value(),
               (NowPlayingInfo{.title = "Song", .appBundleID = "com.example.player", .appName = "Player"}));
 }
 
@@ -171,7 +171,7 @@ TEST(NowPlayingMonitor, PublishesEqualValuesToo) {
     host.framework->setAnswer({{titleKey, "Song"}}, 0);
     const auto monitor = host.makeMonitor();
     int published = 0;
-    const auto kept = monitor->current.subscribe([&](const auto&) { ++published; });
+    const auto kept = monitor->current().subscribe([&](const auto&) { ++published; });
     monitor->refresh();
     host.settle();
     monitor->refresh();
@@ -189,9 +189,9 @@ TEST(NowPlayingMonitor, TakesTheProcessLookupAndTheValueAsSeparateTurnsOfTheMain
     EXPECT_TRUE(host.applications.askedProcesses().empty());
     EXPECT_EQ(host.loop.runPosted(), 1U);
     EXPECT_EQ(host.applications.askedProcesses(), std::vector<std::int32_t>{NowPlayingFixture::player});
-    EXPECT_EQ(monitor->current.value(), std::nullopt);
+    EXPECT_EQ(monitor->current().value(), std::nullopt);
     EXPECT_EQ(host.loop.runPosted(), 1U);
-    EXPECT_TRUE(monitor->current.value().has_value());
+    EXPECT_TRUE(monitor->current().value().has_value());
 }
 
 // The dictionary
@@ -261,7 +261,7 @@ TEST(NowPlayingMonitor, ReadsTheDictionaryByItsKeys) {
         NowPlayingInfo expected = row.expected;
         expected.appBundleID = "com.example.player";
         expected.appName = "Player";
-        EXPECT_EQ(monitor->current.value(), expected);
+        EXPECT_EQ(monitor->current().value(), expected);
     }
 }
 
@@ -313,7 +313,7 @@ TEST(NowPlayingMonitor, NothingPlaysWithoutTitleArtistAndApplication) {
         const auto monitor = host.makeMonitor();
         monitor->start();
         host.settle();
-        EXPECT_EQ(monitor->current.value(), row.expected);
+        EXPECT_EQ(monitor->current().value(), row.expected);
         EXPECT_EQ(host.applications.askedProcesses().empty(), row.pid < 1);
     }
 }
@@ -324,11 +324,11 @@ TEST(NowPlayingMonitor, APlayerThatEndsLeavesNothingPlaying) {
     const auto monitor = host.makeMonitor();
     monitor->start();
     host.settle();
-    EXPECT_TRUE(monitor->current.value().has_value());
+    EXPECT_TRUE(monitor->current().value().has_value());
     host.framework->setAnswer({}, 0);
     host.center.post(applicationChanged);
     host.settle();
-    EXPECT_EQ(monitor->current.value(), std::nullopt);
+    EXPECT_EQ(monitor->current().value(), std::nullopt);
 }
 
 // The monitor's end
@@ -360,7 +360,7 @@ TEST(NowPlayingMonitor, AnAnswerThatComesAfterItsEndDoesNothing) {
         host.framework->setAnswer({{titleKey, "Song"}}, NowPlayingFixture::player);
         auto monitor = host.makeMonitor();
         int published = 0;
-        const auto kept = monitor->current.subscribe([&](const auto&) { ++published; });
+        const auto kept = monitor->current().subscribe([&](const auto&) { ++published; });
         monitor->start();
         if (last >= informationArrived) host.queues.made().front()->runOne();
         if (last >= processArrived) host.queues.made().front()->runOne();
@@ -388,7 +388,7 @@ TEST(NowPlayingMonitor, AnObserverMayDropItDuringAPublication) {
     NowPlayingFixture host;
     host.framework->setAnswer({{titleKey, "Song"}}, 0);
     auto monitor = host.makeMonitor();
-    const auto kept = monitor->current.subscribe([&](const auto& info) {
+    const auto kept = monitor->current().subscribe([&](const auto& info) {
         if (info) monitor.reset();
     });
     monitor->start();

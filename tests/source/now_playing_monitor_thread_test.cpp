@@ -81,7 +81,7 @@ TEST(NowPlayingMonitorThreads, PublishesWhatABusyFrameworkAnswers) {
     ThreadedHost host;
     const auto monitor = host.makeMonitor();
     int published = 0;
-    const auto kept = monitor->current.subscribe([&](const auto&) { ++published; });
+    const auto kept = monitor->current().subscribe([&](const auto&) { ++published; });
     monitor->start();
     {
         const BusyFramework busy(host);
@@ -89,8 +89,8 @@ TEST(NowPlayingMonitorThreads, PublishesWhatABusyFrameworkAnswers) {
     }
     host.framework->setAnswer({{titleKey, "Last"}}, NowPlayingFixture::player);
     monitor->refresh();
-    EXPECT_TRUE(host.turnUntil([&] { return monitor->current.value()->title == "Last"; }));
-    EXPECT_EQ(monitor->current.value()->appBundleID, "com.example.player");
+    EXPECT_TRUE(host.turnUntil([&] { return monitor->current().value()->title == "Last"; }));
+    EXPECT_EQ(monitor->current().value()->appBundleID, "com.example.player");
     host.pool.reset();
 }
 

@@ -36,7 +36,7 @@ class NowPlayingSession {
         RunningApplications& used = desktop != nullptr ? *desktop : applications;
         monitor_ = std::make_shared<NowPlayingMonitor>(
             NowPlayingSeams{loop_, *pool_, operatingSystem_, used, loader_, center_});
-        counting_ = monitor_->current.subscribe([this](const Info&) { ++publications_; });
+        counting_ = monitor_->current().subscribe([this](const Info&) { ++publications_; });
         monitor_->start();
     }
 
@@ -49,9 +49,9 @@ class NowPlayingSession {
     NowPlayingSession(const NowPlayingSession&) = delete;
     NowPlayingSession& operator=(const NowPlayingSession&) = delete;
 
-    const Info& info() const { return monitor_->current.value(); }
+    const Info& info() const { return monitor_->current().value(); }
     const std::optional<std::string>& unavailableReason() const {
-        return monitor_->unavailableReason.value();
+        return monitor_->unavailableReason().value();
     }
     int publications() const { return publications_; }
     void refresh() { monitor_->refresh(); }
