@@ -21,15 +21,14 @@ class AccessibleSession {
 
     /// The service that starts the accessibility bus, with that bus and its registry.
     void startAccessibility() {
-        launcher_ =
-            ChildProcess({"/usr/libexec/at-spi-bus-launcher"}, environment(), ChildProcess::Group::own);
+        launcher_ = ChildProcess({"/usr/libexec/at-spi-bus-launcher"}, environment(), {.group = ownGroup});
     }
-    void killAccessibility() { launcher_.kill(SIGKILL); }
+    void killAccessibility() { launcher_.kill(); }
 
     /// Starts a graphical program; the X server is started with the first.
     ChildProcess startProgram(const std::vector<std::string>& arguments) {
         if (display_.empty()) startDisplay();
-        return ChildProcess(arguments, environment(), ChildProcess::Group::own);
+        return ChildProcess(arguments, environment(), {.group = ownGroup});
     }
 
     std::vector<std::string> environment() const {
@@ -49,6 +48,8 @@ class AccessibleSession {
     }
 
   private:
+    static constexpr auto ownGroup = ChildOptions::Group::own;
+
     /// The server picks a free number itself and tells it when it is ready.
     void startDisplay() {
         std::array<int, 2> ends{-1, -1};
@@ -56,7 +57,7 @@ class AccessibleSession {
         fcntl(ends[0], F_SETFD, FD_CLOEXEC);
         server_ = ChildProcess({"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", "800x600x24",
                                 "-nolisten", "tcp", "-noreset"},
-                               {"PATH=/usr/bin:/bin"}, ChildProcess::Group::own);
+                               {"PATH=/usr/bin:/bin"}, {.group = ownGroup, .keptDescriptor = ends[1]});
         close(ends[1]);
         char digit = 0;
         std::string number;

@@ -12,20 +12,31 @@ namespace purlock::test {
 using Command = std::vector<std::string>;
 using Environment = std::vector<std::string>;  // "NAME=value"
 
+/// How a program that a test starts is bound to the test.
+struct ChildOptions {
+    /// Whether what the program starts in turn ends with it.
+    enum class Group { shared, own };
+
+    std::string log = {};  // the file that its output is appended to; empty for the test's own output
+    Group group = Group::shared;
+    int keptDescriptor = -1;  // besides input and output, the only one that it inherits
+};
+
 /// A program that a test has started. It dies with the thread that started it, whatever becomes of the test,
-/// and at the latest when this is destroyed; no other process is ever touched.
+/// and at the latest when this is destroyed; no other process but those of its own group is ever touched.
 class ChildProcess {
   public:
     ChildProcess() = default;
 
-    /// Starts a program by its name in PATH; its output is appended to the file `log`, its input is empty.
-    ChildProcess(const Command& command, const Environment& environment, const std::string& log);
+    /// Starts a program by its name in PATH; its input is empty.
+    ChildProcess(const Command& command, const Environment& environment, const ChildOptions& options = {});
     ~ChildProcess();
     ChildProcess(ChildProcess&& other) noexcept;
     ChildProcess& operator=(ChildProcess&& other) noexcept;
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
+    /// Kept after its end.
     pid_t pid() const { return pid_; }
 
     /// False once it has ended, or when it never began.
@@ -40,28 +51,11 @@ class ChildProcess {
     std::optional<int> waitForExit(std::chrono::milliseconds time);
 
   private:
-    void noteEnd(int status);
+    bool noteEnd(int waitFlags);
 
     pid_t pid_ = -1;
+    ChildOptions::Group group_ = ChildOptions::Group::shared;
     std::optional<int> exit_;
 };
-
-/// Asks again and again, with short pauses, until the answer is yes or the time is over; returns the last
-/// answer.
-template <typename Condition>
-bool waitUntil(Condition condition, std::chrono::milliseconds time = std::chrono::seconds(10));
-
-/// The pause of `waitUntil`.
-void pauseBriefly();
-
-template <typename Condition>
-bool waitUntil(Condition condition, std::chrono::milliseconds time) {
-    const auto end = std::chrono::steady_clock::now() + time;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() >= end) return condition();
-        pauseBriefly();
-    }
-    return true;
-}
 
 }  // namespace purlock::test

@@ -11,8 +11,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <numbers>
 #include <utility>
 
@@ -60,16 +58,6 @@ constexpr const char* managerFragment = R"(wireplumber.profiles = {
 }
 )";
 
-void writeFile(const fs::path& path, std::string_view text) {
-    fs::create_directories(path.parent_path());
-    std::ofstream(path) << text;
-}
-
-std::string readFile(const fs::path& path) {
-    std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
 bool canConnect(const std::string& path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -116,27 +104,23 @@ std::string toneBytes(int rate, int bits, int seconds) {
 }  // namespace
 
 PrivateSession::PrivateSession() {
-    std::string pattern = (fs::temp_directory_path() / "purlock-XXXXXX").string();
-    folder_ = ::mkdtemp(pattern.data());
     for (const char* const name : {"home", "run", "config", "data", "state", "cache"}) {
-        fs::create_directory(fs::path(folder_) / name);
-        ::chmod((folder_ + "/" + name).c_str(), 0700);
+        fs::create_directory(folder_.path() / name);
+        ::chmod((folder() + "/" + name).c_str(), 0700);
     }
     for (const char* const name : foreignVariables) ::unsetenv(name);
-    setVariable("HOME", folder_ + "/home");
+    setVariable("HOME", folder() + "/home");
     setVariable("XDG_RUNTIME_DIR", runtimeFolder());
-    setVariable("XDG_CONFIG_HOME", folder_ + "/config");
-    setVariable("XDG_DATA_HOME", folder_ + "/data");
-    setVariable("XDG_STATE_HOME", folder_ + "/state");
-    setVariable("XDG_CACHE_HOME", folder_ + "/cache");
+    setVariable("XDG_CONFIG_HOME", folder() + "/config");
+    setVariable("XDG_DATA_HOME", folder() + "/data");
+    setVariable("XDG_STATE_HOME", folder() + "/state");
+    setVariable("XDG_CACHE_HOME", folder() + "/cache");
     setVariable("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + runtimeFolder() + "/bus");
     setVariable("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + runtimeFolder() + "/system-bus");
 }
 
 PrivateSession::~PrivateSession() {
-    processes_.clear();
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
+    processes_.clear();  // before their folder
 }
 
 Environment PrivateSession::environment() const {
@@ -151,16 +135,16 @@ void PrivateSession::setVariable(const std::string& name, const std::string& val
 
 ChildProcess& PrivateSession::spawn(const std::string& name, const Command& command) {
     ChildProcess& process = processes_[name];
-    process = ChildProcess(command, environment(), logFile(name));
+    process = ChildProcess(command, environment(), {.log = logFile(name)});
     return process;
 }
 
 PrivateSession::Result PrivateSession::run(const Command& command, std::chrono::milliseconds time) {
-    const std::string output = folder_ + "/output-" + std::to_string(++runs_);
-    ChildProcess process(command, environment(), output);
+    const std::string output = folder() + "/output-" + std::to_string(++runs_);
+    ChildProcess process(command, environment(), {.log = output});
     Result result{process.waitForExit(time).value_or(-1), {}};
     process.kill();
-    result.output = readFile(output);
+    result.output = contentsOf(output);
     std::error_code ignored;
     fs::remove(output, ignored);
     return result;
@@ -175,9 +159,9 @@ bool PrivateSession::startBus() {
     const std::string path = runtimeFolder() + "/bus";
     std::string configuration = busConfiguration;
     configuration.replace(configuration.find("%PATH%"), 6, path);
-    writeFile(folder_ + "/bus.conf", configuration);
+    writeFile(folder() + "/bus.conf", configuration);
     spawn("dbus-daemon",
-          {"dbus-daemon", "--nofork", "--nopidfile", "--config-file=" + folder_ + "/bus.conf"});
+          {"dbus-daemon", "--nofork", "--nopidfile", "--config-file=" + folder() + "/bus.conf"});
     return waitForSocket(path, "dbus-daemon");
 }
 
@@ -187,7 +171,7 @@ bool PrivateSession::startAudioServer() {
 }
 
 bool PrivateSession::startSessionManager() {
-    const fs::path configuration = folder_ + "/config/wireplumber";
+    const fs::path configuration = folder_.path() / "config/wireplumber";
     writeFile(configuration / "main.lua.d/51-private-session.lua", managerScript);
     writeFile(configuration / "bluetooth.lua.d/51-private-session.lua", managerBluetoothScript);
     writeFile(configuration / "wireplumber.conf.d/51-private-session.conf", managerFragment);
@@ -267,7 +251,7 @@ bool PrivateSession::forceClockRate(int rate) {
 }
 
 std::string PrivateSession::toneFile(int rate, int bits, int seconds) {
-    const std::string path = folder_ + "/tone-" + std::to_string(rate) + "-" + std::to_string(bits) + ".wav";
+    const std::string path = folder() + "/tone-" + std::to_string(rate) + "-" + std::to_string(bits) + ".wav";
     if (!fs::exists(path)) writeFile(path, toneBytes(rate, bits, seconds));
     return path;
 }
@@ -279,10 +263,10 @@ nlohmann::json PrivateSession::dump() {
 std::string PrivateSession::logs() const {
     constexpr std::size_t longestTail = 4000;
     std::string text;
-    for (const auto& entry : fs::directory_iterator(folder_)) {
+    for (const auto& entry : fs::directory_iterator(folder_.path())) {
         const std::string name = entry.path().filename().string();
         if (!name.starts_with("log-")) continue;
-        const std::string log = readFile(entry.path());
+        const std::string log = contentsOf(entry.path());
         text += "--- " + name.substr(4) + "\n" + log.substr(log.size() - std::min(log.size(), longestTail));
     }
     return text;

@@ -8,6 +8,8 @@
 #include <string_view>
 
 #include "tests/support/child_process.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/wait_until.h"
 
 namespace purlock::test {
 
@@ -73,8 +75,8 @@ class PrivateSession {
 
     // Surroundings
 
-    const std::string& folder() const { return folder_; }
-    std::string runtimeFolder() const { return folder_ + "/run"; }
+    std::string folder() const { return folder_.path(); }
+    std::string runtimeFolder() const { return folder() + "/run"; }
     Environment environment() const;
 
     /// A variable for this process and for what is started from now on.
@@ -86,9 +88,9 @@ class PrivateSession {
   private:
     bool hasDefaults();
     bool waitForSocket(const std::string& path, const std::string& owner);
-    std::string logFile(const std::string& name) const { return folder_ + "/log-" + name; }
+    std::string logFile(const std::string& name) const { return folder() + "/log-" + name; }
 
-    std::string folder_;
+    const TemporaryFolder folder_;
     std::map<std::string, ChildProcess> processes_;  // killed in any order
     int runs_ = 0;
 };

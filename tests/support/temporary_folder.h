@@ -5,9 +5,22 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 namespace purlock::test {
+
+/// The whole file; empty when there is none.
+inline std::string contentsOf(const std::filesystem::path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+/// Writes a file, and the folders above it.
+inline void writeFile(const std::filesystem::path& file, std::string_view contents) {
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file, std::ios::binary) << contents;
+}
 
 /// A folder of the test's own, removed with everything in it at the end.
 class TemporaryFolder {
@@ -25,20 +38,13 @@ class TemporaryFolder {
 
     const std::filesystem::path& path() const { return path_; }
 
+    /// Writes a file below the folder, and the folders above it.
+    void write(const std::string& relative, std::string_view contents) const {
+        writeFile(path_ / relative, contents);
+    }
+
   private:
     std::filesystem::path path_;
 };
-
-/// The whole file; empty when there is none.
-inline std::string contentsOf(const std::filesystem::path& file) {
-    std::ifstream in(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-/// Writes a file, and the folders above it.
-inline void writeFile(const std::filesystem::path& file, const std::string& contents) {
-    std::filesystem::create_directories(file.parent_path());
-    std::ofstream(file, std::ios::binary) << contents;
-}
 
 }  // namespace purlock::test

@@ -5,12 +5,14 @@
 #include <utility>
 
 #include "base/text.h"
-#include "platform/linux/alsa/bounded_file.h"
 #include "platform/linux/alsa/field_lines.h"
+#include "platform/linux/system/files.h"
 
 namespace purlock::host_linux {
 
 namespace {
+
+constexpr std::size_t longestFile = std::size_t{64} * 1024;
 
 std::string cardFolder(const std::string& root, std::uint32_t card) {
     return joined({root, "/asound/card", std::to_string(card)});
@@ -37,18 +39,18 @@ PcmView SoundCards::pcm(const PcmAddress& address) const {
         joined({cardFolder(root_, address.card), "/pcm", std::to_string(address.device), "p/sub",
                 std::to_string(address.subdevice)});
     PcmView view;
-    const auto status = readBoundedFile(folder + "/status");
+    const auto status = readFile(folder + "/status", longestFile);
     if (!status) return view;
     view.status = parsePcmStatus(*status);
     if (view.status.state == PcmState::closed) return view;
-    if (const auto text = readBoundedFile(folder + "/hw_params"))
+    if (const auto text = readFile(folder + "/hw_params", longestFile))
         view.parameters = parseHardwareParameters(*text);
     if (view.status.ownerThread) view.owner = ownerOfThread(*view.status.ownerThread);
     return view;
 }
 
 std::optional<PcmOwner> SoundCards::ownerOfThread(std::int32_t thread) const {
-    const auto text = readBoundedFile(joined({root_, "/", std::to_string(thread), "/status"}));
+    const auto text = readFile(joined({root_, "/", std::to_string(thread), "/status"}), longestFile);
     if (!text) return std::nullopt;
     std::string_view rest = *text;
     std::optional<std::int32_t> process;
@@ -57,7 +59,7 @@ std::optional<PcmOwner> SoundCards::ownerOfThread(std::int32_t thread) const {
         if (field.name == "Tgid") process = leadingNumber<std::int32_t>(field.value);
     }
     if (process.value_or(0) <= 0) return std::nullopt;
-    const auto command = readBoundedFile(joined({root_, "/", std::to_string(*process), "/comm"}), 64);
+    const auto command = readFile(joined({root_, "/", std::to_string(*process), "/comm"}), 64);
     return PcmOwner{*process, command ? std::string(command->substr(0, command->find('\n'))) : std::string()};
 }
 
@@ -72,7 +74,7 @@ std::vector<std::pair<std::uint32_t, Eld>> SoundCards::monitors(std::uint32_t ca
         if (++files > mostFiles) break;
         const auto pin = pinFromFileName(entry->path().filename().native());
         if (!pin) continue;
-        const auto text = readBoundedFile(entry->path().native());
+        const auto text = readFile(entry->path().native(), longestFile);
         if (!text) continue;
         const Eld eld = parseEld(*text);
         if (eld.isMonitorPresent && eld.isValid) found.emplace_back(*pin, eld);

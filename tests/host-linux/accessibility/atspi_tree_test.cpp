@@ -51,7 +51,7 @@ TEST_F(AtSpiTreeTest, ABadgeInAGtkWindowIsFoundAndGoesWithIt) {
         session_.startProgram({"zenity", "--info", "--title=Player", "--text=  HI-RES LOSSLESS \n"});
     EXPECT_TRUE(showsBadge(window.pid(), "HI-RES LOSSLESS"));
     EXPECT_EQ(badge(getpid()), std::nullopt);
-    window.kill(SIGKILL);
+    window.kill();
     EXPECT_TRUE(showsBadge(window.pid(), std::nullopt, 5s));
 }
 
@@ -60,7 +60,7 @@ TEST_F(AtSpiTreeTest, ABadgeInAQtWindowIsFoundAndGoesWithIt) {
     ChildProcess window = session_.startProgram({PURLOCK_BADGE_WINDOW, "  Hi-Res Lossless\n"});
     EXPECT_TRUE(showsBadge(window.pid(), "Hi-Res Lossless"));
     const std::int32_t pid = window.pid();
-    window.kill(SIGKILL);
+    window.kill();
     EXPECT_TRUE(showsBadge(pid, std::nullopt, 5s));
 }
 
@@ -68,11 +68,11 @@ TEST_F(AtSpiTreeTest, AHungApplicationLosesItsBadgeWithinTheBound) {
     ASSERT_TRUE(becomesTrusted());
     ChildProcess window = session_.startProgram({"zenity", "--info", "--text=HI-RES LOSSLESS"});
     ASSERT_TRUE(showsBadge(window.pid(), "HI-RES LOSSLESS"));
-    window.send(SIGSTOP);
+    window.signal(SIGSTOP);
     const auto start = std::chrono::steady_clock::now();
     EXPECT_TRUE(showsBadge(window.pid(), std::nullopt));
     EXPECT_LT(std::chrono::steady_clock::now() - start, AtSpiTree::oldestSnapshot + 500ms);
-    window.send(SIGCONT);
+    window.signal(SIGCONT);
     EXPECT_TRUE(showsBadge(window.pid(), "HI-RES LOSSLESS"));
 }
 

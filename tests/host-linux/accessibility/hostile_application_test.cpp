@@ -108,7 +108,8 @@ TEST_F(HostileApplication, ATreeOfTwentyThousandElementsIsWalkedWithoutAStall) {
     walks.goOn(500ms);
     RecordProperty("longest walk in ms", std::to_string(walks.longestMilliseconds()));
     std::printf("longest walk over 20,000 elements: %.2f ms\n", walks.longestMilliseconds());
-    EXPECT_LT(walks.longestMilliseconds(), 1000);  // also unoptimised and sanitized; bench/ has the figure that counts
+    EXPECT_LT(walks.longestMilliseconds(),
+              1000);  // also unoptimised and sanitized; bench/ has the figure that counts
 }
 
 TEST_F(HostileApplication, ABadgeGoesWithTheApplicationsEntry) {

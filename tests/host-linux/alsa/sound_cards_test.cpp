@@ -7,22 +7,16 @@
 #include <filesystem>
 
 #include "tests/support/recorded_cards.h"
+#include "tests/support/temporary_folder.h"
 
 namespace purlock::host_linux {
 namespace {
 
 class SoundCardsTest : public testing::Test {
   protected:
-    SoundCardsTest() : recorded(makeFolder()), cards(recorded.folder()) {}
-    ~SoundCardsTest() override { std::filesystem::remove_all(recorded.folder()); }
-
-    static std::string makeFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "purlock-cards-XXXXXX").string();
-        return ::mkdtemp(pattern.data());
-    }
-
-    const test::RecordedCards recorded;
-    const SoundCards cards;
+    const test::TemporaryFolder folder;
+    const test::RecordedCards recorded{folder.path()};
+    const SoundCards cards{folder.path()};
 };
 
 TEST_F(SoundCardsTest, AnOpenPcmNamesTheProcessOfItsThread) {

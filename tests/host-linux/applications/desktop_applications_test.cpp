@@ -9,7 +9,7 @@
 
 #include "base/worker_pool.h"
 #include "tests/support/manual_queues.h"
-#include "tests/support/private_bus.h"
+#include "tests/support/temporary_folder.h"
 
 namespace purlock::host_linux {
 namespace {

@@ -202,7 +202,8 @@ TEST_F(BusConnectionTest, AnIdleConnectionWakesNobody) {
         thread_.runAndWait([&] { getrusage(RUSAGE_THREAD, &usage); });
         return usage.ru_nvcsw;
     };
-    // Asking costs switches of its own, on a busy machine more than one; so does whatever else the system does.
+    // Asking costs switches of its own, on a busy machine more than one; so does whatever else the system
+    // does.
     long asking = 0;
     for (int i = 0; i < 5; ++i) {
         const auto first = switches();

@@ -117,7 +117,8 @@ class RealPlayers : public ::testing::Test {
         EXPECT_TRUE(becomes("Second", true));
         expectAgreement(name);
 
-        player.kill(SIGTERM);
+        player.signal(SIGTERM);
+        EXPECT_TRUE(player.waitForExit(10s));
         EXPECT_TRUE(session_->turnUntil([&] { return !session_->info(); }));
     }
 
@@ -153,7 +154,7 @@ TEST_F(RealPlayers, BothAtOnce) {
     EXPECT_TRUE(becomes("First – Ünïcode", false));  // it changed last
     control("vlc", {"play"});
     EXPECT_TRUE(becomes("Second", true));
-    vlc.kill(SIGKILL);
+    vlc.kill();
     EXPECT_TRUE(becomes("First – Ünïcode", false));
 }
 

@@ -8,7 +8,7 @@
 #include <optional>
 #include <string>
 
-#include "tests/support/private_bus.h"
+#include "tests/support/temporary_folder.h"
 
 namespace purlock::host_linux {
 namespace {

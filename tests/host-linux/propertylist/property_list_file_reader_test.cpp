@@ -12,7 +12,7 @@
 #include "tests/host-linux/propertylist/binary_list.h"
 #include "tests/support/fake_accessibility.h"
 #include "tests/support/fake_running_applications.h"
-#include "tests/support/private_bus.h"
+#include "tests/support/temporary_folder.h"
 
 namespace purlock::host_linux {
 namespace {

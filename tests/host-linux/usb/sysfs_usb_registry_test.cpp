@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/private_bus.h"
+#include "tests/support/temporary_folder.h"
 
 namespace purlock::host_linux {
 namespace {
