@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "tests/host-linux/program/program_test.h"
 #include "tests/support/temporary_folder.h"
 
@@ -104,6 +106,25 @@ TEST_F(Verdicts, AServerThatDiesIsNoDeviceUntilItReturns) {
     play(48000);
     EXPECT_TRUE(program.awaitVerdict("bitPerfect"));
     EXPECT_EQ(program.faults(), "");
+}
+
+/// While anything plays, the watched device counts as running, even when the sound goes elsewhere.
+TEST_F(Verdicts, APinnedDeviceIsWatchedWhateverTheDefaultIs) {
+    ASSERT_TRUE(session.loadNullSink("null44", 44100));
+    test::writeFile(session.folder() + "/config/Purlock/defaults.json", R"({"pinnedDeviceUID": "null44"})");
+    ASSERT_TRUE(session.setDefaultSink("null48"));
+    play(48000);
+    program.start();
+    const std::string running = "null44|true|48000/32|44100/32";
+    EXPECT_TRUE(waitUntil([&] { return signatureOf(program.snapshot()) == running; }));
+    const std::size_t lines = program.log().size();
+    ASSERT_TRUE(session.setDefaultSink("null44"));
+    ASSERT_TRUE(session.setDefaultSink("null48"));
+    stopPlaying();
+    EXPECT_TRUE(program.awaitVerdict("idle"));
+    EXPECT_TRUE(waitUntil([&] { return program.log().size() > lines; }));
+    EXPECT_EQ(program.log().size(), lines + 1) << "the switches are no change, the stop is one";
+    EXPECT_EQ(signatureOf(program.log().back()), "null44|false|48000/32|44100/32");
 }
 
 }  // namespace
