@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <array>
 #include <random>
 
 #include "tests/host-linux/program/program_test.h"
@@ -102,6 +104,20 @@ TEST_F(Log, HoldsEveryChangeOnce) {
     EXPECT_EQ(std::adjacent_find(lines.begin(), lines.end()), lines.end()) << "a line twice";
     EXPECT_EQ(program.faults(), "");
     std::cout << count << " changes, " << own.size() << " settled states, " << lines.size() << " lines\n";
+}
+
+/// The server tells of a device first and of its formats later.
+TEST_F(Log, NamesNoDeviceBeforeItsFormats) {
+    for (int i = 0; i < 5; ++i) {
+        program.start();
+        ASSERT_TRUE(program.awaitVerdict("idle"));
+        const std::string name = "plugged" + std::to_string(i);
+        ASSERT_TRUE(session.loadNullSink(name, 44100));
+        ASSERT_TRUE(session.setDefaultSink(name));
+        ASSERT_TRUE(waitUntil([&] { return !logged().empty() && logged().back().starts_with(name); }));
+        program.process().kill();
+    }
+    for (const std::string& each : logged()) EXPECT_EQ(each.find("|-"), std::string::npos) << each;
 }
 
 }  // namespace
