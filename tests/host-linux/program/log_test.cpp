@@ -95,7 +95,9 @@ TEST_F(Log, HoldsEveryChangeOnce) {
         ASSERT_NO_FATAL_FAILURE(change(now));
         const std::string wanted = now.signature();
         ASSERT_TRUE(waitUntil([&] { return signatureOf(program.snapshot()) == wanted; }))
-            << "change " << i << ": wanted " << wanted << ", shown " << signatureOf(program.snapshot());
+            << "change " << i << ": wanted " << wanted << ", shown " << signatureOf(program.snapshot())
+            << "\n"
+            << session.run({"pw-top", "-b", "-n", "2"}).output;
         if (own.back() != wanted) own.push_back(wanted);
     }
     EXPECT_TRUE(waitUntil([&] { return !logged().empty() && logged().back() == own.back(); }));
