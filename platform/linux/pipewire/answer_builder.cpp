@@ -80,7 +80,8 @@ class AnswerBuilder {
         addHardwareOwners();
         std::vector<DeviceAnswers> devices;
         for (const auto& [serial, node] : graph_.nodes) {
-            if (isDevice(node.properties.role)) devices.push_back(deviceAnswers(serial, node));
+            if (isDevice(node.properties.role) && !node.isArriving)
+                devices.push_back(deviceAnswers(serial, node));
         }
         std::vector<ProcessAnswers> processes;
         for (Process& process : processes_) processes.push_back(std::move(process.answers));
@@ -265,7 +266,7 @@ class AnswerBuilder {
         const std::pair<const std::uint64_t, NodeRecord>* best = nullptr;
         for (const auto& each : graph_.nodes) {
             const NodeProperties& properties = each.second.properties;
-            if (!hasOutput(properties.role)) continue;
+            if (!hasOutput(properties.role) || each.second.isArriving) continue;
             if (graph_.defaultSinkName && properties.name == *graph_.defaultSinkName)
                 return deviceID(each.first);
             if (best == nullptr || properties.sessionPriority > best->second.properties.sessionPriority)

@@ -77,6 +77,7 @@ NodeRecord* BoundObjects::Node::record() {
 void BoundObjects::Node::informed(const pw_node_info& info) {
     NodeRecord* const node = record();
     if (node == nullptr) return;
+    isInformed_ = true;
     if ((info.change_mask & PW_NODE_CHANGE_MASK_PROPS) != 0 && info.props != nullptr) {
         node->properties = nodeProperties(info.props);
     }
@@ -124,6 +125,8 @@ void BoundObjects::Node::commit(std::uint64_t echo) {
         if (parameter == &format_) chooseFormat();
         if (parameter == &offered_) choosePreferred();
     }
+    if (!isInformed_ || format_.dueEcho || offered_.dueEcho) return;
+    if (NodeRecord* const node = record()) node->isArriving = false;
 }
 
 void BoundObjects::Node::chooseFormat() {

@@ -56,6 +56,7 @@ class BoundObjects::Node {
     Listener listener_;
     Parameter format_;
     Parameter offered_;
+    bool isInformed_ = false;
 };
 
 }  // namespace purlock::host_linux

@@ -120,6 +120,7 @@ bool BoundObjects::addNode(std::uint32_t id, const spa_dict* properties) {
     NodeRecord& record = owner_.mirror().nodes[serial];
     record.id = id;
     record.properties = nodeProperties(properties);
+    record.isArriving = true;
     nodes_[id] = std::make_unique<Node>(owner_, id, serial);
     return true;
 }

@@ -54,6 +54,7 @@ struct NodeRecord {
     std::uint32_t id = 0;
     NodeProperties properties;
     NodeState state = NodeState::creating;
+    bool isArriving = false;               // named by the server, which has not told all of it yet
     std::optional<SoundFormat> format;     // negotiated; absent while suspended
     std::optional<SoundFormat> preferred;  // what it would be opened with
     std::optional<double> clockRate;       // Hz, of the graph that drives it, as last seen

@@ -1,0 +1,110 @@
+#include <unistd.h>
+#include <csignal>
+
+#include "tests/host-linux/program/program_test.h"
+#include "tests/support/temporary_folder.h"
+
+namespace purlock {
+namespace {
+
+using namespace std::chrono_literals;
+using test::waitUntil;
+
+/// Where the program finds itself: with a session bus and an audio server, or without.
+struct Surroundings {
+    const char* name;
+    bool hasBus;
+    bool hasServer;
+};
+
+class InSurroundings : public test::ProgramTest, public testing::WithParamInterface<Surroundings> {
+  protected:
+    void SetUp() override {
+        ASSERT_TRUE(!GetParam().hasBus || session.startBus()) << session.logs();
+        ASSERT_TRUE(!GetParam().hasServer || session.startAudioServer()) << session.logs();
+    }
+};
+
+TEST_P(InSurroundings, SaysNothingAndEndsWhenAsked) {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        SCOPED_TRACE(strsignal(signal));
+        std::filesystem::remove_all(program.folder());
+        program.start();
+        ASSERT_TRUE(waitUntil([&] { return program.snapshot().is_object(); }));
+        const std::string first = test::contentsOf(program.stateFile());
+        EXPECT_TRUE(waitUntil([&] { return test::contentsOf(program.stateFile()) != first; }, 5s))
+            << "the timer rewrites the snapshot, with a time of its own";
+        program.process().signal(signal);
+        EXPECT_EQ(program.process().waitForExit(2s), 0);
+        EXPECT_EQ(program.faults(), "");
+        EXPECT_EQ(program.console(), "");
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, InSurroundings,
+                         testing::Values(Surroundings{"NothingAtAll", false, false},
+                                         Surroundings{"BusAlone", true, false},
+                                         Surroundings{"ServerAlone", false, true},
+                                         Surroundings{"BusAndServer", true, true}),
+                         [](const auto& each) { return std::string(each.param.name); });
+
+class Lifecycle : public test::ProgramTest {};
+
+TEST_F(Lifecycle, WithoutAServerThereIsNoDeviceAndNoLog) {
+    program.start();
+    EXPECT_TRUE(program.awaitVerdict("noDevice"));
+    program.process().signal(SIGTERM);
+    EXPECT_EQ(program.process().waitForExit(2s), 0);
+    EXPECT_TRUE(program.log().empty());
+}
+
+TEST_F(Lifecycle, ASignalRightAfterTheStartLosesNothing) {
+    for (int milliseconds = 0; milliseconds < 60; milliseconds += 3) {
+        SCOPED_TRACE(milliseconds);
+        program.start();
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+        while (std::chrono::steady_clock::now() < end) continue;
+        program.process().signal(SIGTERM);
+        const auto status = program.process().waitForExit(2s);
+        ASSERT_TRUE(status);
+        EXPECT_TRUE(*status == 0 || *status == -SIGTERM) << *status;  // before it could listen to signals
+        EXPECT_EQ(program.faults(), "");
+    }
+    EXPECT_EQ(program.console(), "");
+}
+
+TEST_F(Lifecycle, ASecondInstanceLeavesTheFirstAlone) {
+    program.start();
+    ASSERT_TRUE(program.awaitVerdict("noDevice"));
+    const auto second = session.run({PURLOCK_PROGRAM});
+    EXPECT_EQ(second.exitStatus, 0);
+    EXPECT_EQ(second.output, "Purlock is already running in this session.\n");
+    EXPECT_TRUE(program.isRunning());
+    std::filesystem::remove(program.stateFile());
+    EXPECT_TRUE(program.awaitVerdict("noDevice")) << "the first goes on";
+    program.process().kill();
+    program.start();
+    std::filesystem::remove(program.stateFile());
+    EXPECT_TRUE(program.awaitVerdict("noDevice")) << "a killed instance is in nobody's way";
+}
+
+TEST_F(Lifecycle, WithoutARuntimeFolderItRunsOnceAllTheSame) {
+    session.spawn("purlock", {"env", "-u", "XDG_RUNTIME_DIR", PURLOCK_PROGRAM});
+    EXPECT_TRUE(program.awaitVerdict("noDevice"));
+    const auto second = session.run({"env", "-u", "XDG_RUNTIME_DIR", PURLOCK_PROGRAM});
+    EXPECT_EQ(second.exitStatus, 0);
+    EXPECT_EQ(second.output, "Purlock is already running in this session.\n");
+    EXPECT_EQ(program.console(), "");
+}
+
+TEST_F(Lifecycle, WithoutAnyFolderForDataItStopsAndSaysWhy) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only root can become a user without a home";
+    const auto result = session.run({"setpriv", "--reuid=54321", "--clear-groups", "env", "-u", "HOME", "-u",
+                                     "XDG_DATA_HOME", "-u", "XDG_RUNTIME_DIR", PURLOCK_PROGRAM});
+    EXPECT_EQ(result.exitStatus, -SIGABRT);
+    EXPECT_EQ(result.output,
+              "purlock: there is no folder for application data: the home folder is not known\n");
+}
+
+}  // namespace
+}  // namespace purlock
