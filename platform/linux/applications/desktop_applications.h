@@ -38,7 +38,7 @@ struct DesktopRoots {
 /// are absent. Questions come from any thread and cost some reads of /proc. Owned by the host.
 class DesktopApplications final : public RunningApplications {
   public:
-    DesktopApplications(std::shared_ptr<SerialQueue> queue, DesktopRoots roots = {});
+    explicit DesktopApplications(std::shared_ptr<SerialQueue> queue, DesktopRoots roots = {});
 
     std::optional<RunningApplication> runningApplicationWithProcessIdentifier(std::int32_t pid) override;
 

@@ -153,7 +153,7 @@ bool BusConnection::call(const BusCall& call, std::chrono::milliseconds timeLimi
         return false;
     }
     sd_bus_slot_set_destroy_callback(slot, &PendingCall::destroy);
-    pending.release();
+    static_cast<void>(pending.release());  // the slot has it now
     sd_bus_slot_set_floating(slot, 1);
     sd_bus_slot_unref(slot);
     return true;
@@ -175,7 +175,7 @@ BusSlot BusConnection::addMatch(const std::string& rule, SignalCallback onSignal
         return BusSlot();
     }
     sd_bus_slot_set_destroy_callback(slot, &Match::destroy);
-    match.release();
+    static_cast<void>(match.release());  // the slot has it now
     return BusSlot(slot);
 }
 

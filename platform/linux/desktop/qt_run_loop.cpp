@@ -28,7 +28,8 @@ Cancellable QtRunLoop::startTimer(std::chrono::milliseconds interval, bool repea
     QObject::connect(timer.get(), &QTimer::timeout, &context_,
                      [weak = std::weak_ptr(timer), kept = std::make_shared<const Task>(std::move(task))] {
                          if (weak.expired()) return;
-                         const auto running = kept;  // the task may drop the handle, and with it itself
+                         // The task may drop the handle, and with it itself.
+                         const auto running = kept;  // NOLINT(performance-unnecessary-copy-initialization)
                          (*running)();
                      });
     timer->start(interval);

@@ -29,7 +29,7 @@ std::optional<fs::path> homeOfUserDatabase() {
 
 std::optional<fs::path> userDirectory(const Environment& environment, const char* variable,
                                       const char* fallback) {
-    if (const auto named = absolute(environment(variable))) return named;
+    if (auto named = absolute(environment(variable))) return named;
     const auto home = homeDirectory(environment);
     return home ? std::optional(*home / fallback) : std::nullopt;
 }
@@ -42,7 +42,7 @@ std::optional<std::string> processEnvironment(const char* name) {
 }
 
 std::optional<fs::path> homeDirectory(const Environment& environment) {
-    if (const auto home = absolute(environment("HOME"))) return home;
+    if (auto home = absolute(environment("HOME"))) return home;
     return homeOfUserDatabase();
 }
 
