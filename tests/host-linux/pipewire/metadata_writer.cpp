@@ -63,6 +63,8 @@ int main(int argc, char** argv) {
     }
     writer.pending = pw_core_sync(writer.core, PW_ID_CORE, 0);
     pw_main_loop_run(writer.loop);
+    pw_proxy_destroy(reinterpret_cast<pw_proxy*>(writer.metadata));
+    pw_proxy_destroy(reinterpret_cast<pw_proxy*>(writer.registry));
     pw_core_disconnect(writer.core);
     pw_context_destroy(context);
     pw_main_loop_destroy(writer.loop);
