@@ -75,7 +75,11 @@ TEST_F(DiskTrouble, FolderThatIsAFile) {
 
 TEST_F(DiskTrouble, FolderDeletedInMidRun) {
     startProgram();
-    fs::remove_all(program.folder());
+    ASSERT_TRUE(waitUntil([&] {
+        std::error_code ignored;
+        fs::remove_all(program.folder(), ignored);
+        return !fs::exists(program.folder());
+    }));
     switchSink();
     EXPECT_TRUE(goesOnForAWhile());
     EXPECT_FALSE(fs::exists(program.folder())) << "it is made at the start alone";
