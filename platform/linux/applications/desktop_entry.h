@@ -24,8 +24,8 @@ struct DesktopEntry {
 /// counts as missing. `suffixes` are those of `localeSuffixes`. Pure; any thread.
 DesktopEntry parseDesktopEntry(std::string_view text, std::span<const std::string> suffixes);
 
-/// The program that an Exec line starts: its first word by the specification's quoting rules, past "env" and
-/// its assignments; absent when there is none.
+/// The program that an Exec line starts: its first word by the quoting rules of desktop entries, past "env"
+/// and its assignments; absent when there is none.
 std::optional<std::string> executableOfCommand(std::string_view command);
 
 }  // namespace purlock::host_linux
