@@ -1,5 +1,6 @@
 #include <unistd.h>
 #include <csignal>
+#include <filesystem>
 
 #include "tests/host-linux/program/program_test.h"
 #include "tests/support/temporary_folder.h"
@@ -7,6 +8,7 @@
 namespace purlock {
 namespace {
 
+namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 using test::waitUntil;
 
@@ -99,8 +101,14 @@ TEST_F(Lifecycle, WithoutARuntimeFolderItRunsOnceAllTheSame) {
 
 TEST_F(Lifecycle, WithoutAnyFolderForDataItStopsAndSaysWhy) {
     if (::geteuid() != 0) GTEST_SKIP() << "only root can become a user without a home";
+    // The program may stand where only root can go.
+    const test::TemporaryFolder open;
+    const auto program = open.path() / "purlock";
+    fs::copy_file(PURLOCK_PROGRAM, program);
+    fs::permissions(open.path(), fs::perms(0755));
+    fs::permissions(program, fs::perms(0755));
     const auto result = session.run({"setpriv", "--reuid=54321", "--clear-groups", "env", "-u", "HOME", "-u",
-                                     "XDG_DATA_HOME", "-u", "XDG_RUNTIME_DIR", PURLOCK_PROGRAM});
+                                     "XDG_DATA_HOME", "-u", "XDG_RUNTIME_DIR", program.string()});
     EXPECT_EQ(result.exitStatus, -SIGABRT);
     EXPECT_EQ(result.output,
               "purlock: there is no folder for application data: the home folder is not known\n");
