@@ -103,12 +103,12 @@ TEST_F(Lifecycle, WithoutAnyFolderForDataItStopsAndSaysWhy) {
     if (::geteuid() != 0) GTEST_SKIP() << "only root can become a user without a home";
     // The program may stand where only root can go.
     const test::TemporaryFolder open;
-    const auto program = open.path() / "purlock";
-    fs::copy_file(PURLOCK_PROGRAM, program);
+    const auto copy = open.path() / "purlock";
+    fs::copy_file(PURLOCK_PROGRAM, copy);
     fs::permissions(open.path(), fs::perms(0755));
-    fs::permissions(program, fs::perms(0755));
+    fs::permissions(copy, fs::perms(0755));
     const auto result = session.run({"setpriv", "--reuid=54321", "--clear-groups", "env", "-u", "HOME", "-u",
-                                     "XDG_DATA_HOME", "-u", "XDG_RUNTIME_DIR", program.string()});
+                                     "XDG_DATA_HOME", "-u", "XDG_RUNTIME_DIR", copy.string()});
     EXPECT_EQ(result.exitStatus, -SIGABRT);
     EXPECT_EQ(result.output,
               "purlock: there is no folder for application data: the home folder is not known\n");
