@@ -96,11 +96,14 @@ TEST_F(BusConnectionTest, ACallUnderWayFailsWhenTheBusDies) {
     ASSERT_TRUE(waitUntil([&] { return connected_ == 1; }));
     bus.pause();
     std::atomic<bool> failedBeforeLoss = false;
+    std::atomic<bool> isUnderWay = false;
     connection->post([&](BusConnection& link) {
         const auto call = link.newCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"});
         EXPECT_TRUE(link.call(
             call, 60s, [&](const BusIncoming& reply) { failedBeforeLoss = reply.isError() && lost_ == 0; }));
+        isUnderWay = true;
     });
+    ASSERT_TRUE(waitUntil([&] { return isUnderWay.load(); }));
     bus.kill();
     ASSERT_TRUE(waitUntil([&] { return lost_ == 1; }));
     EXPECT_TRUE(failedBeforeLoss);
