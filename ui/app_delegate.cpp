@@ -1,12 +1,24 @@
 #include "ui/app_delegate.h"
 
 #include <chrono>
+#include <functional>
+
+#include "ui/status_icon.h"
 
 namespace purlock {
 
 namespace {
 
 constexpr std::chrono::milliseconds safetyInterval{800};
+
+/// A closure that does nothing once its owner is gone.
+template <typename Owner, typename... Arguments>
+std::function<void(Arguments...)> weakly(const std::weak_ptr<Owner>& owner,
+                                         void (Owner::*method)(Arguments...)) {
+    return [owner, method](Arguments... arguments) {
+        if (const auto self = owner.lock()) ((*self).*method)(arguments...);
+    };
+}
 
 }  // namespace
 
@@ -23,12 +35,42 @@ const std::shared_ptr<ReportCoordinator>& AppDelegate::coordinator() {
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
-    coordinator();
+    seams_.windows.application.setActivationPolicy(ActivationPolicy::accessory);
+    setupStatusItem();
+    setupPanel();
     monitor_->start();
     nowPlaying_->start();
     followState();
+    settings_->setOnPanelPinnedChange([weak = weak_from_this()](bool /*pinned*/) {
+        if (const auto self = weak.lock()) self->panelPinnedChanged();
+    });
     startSafetyNetTimer();
 }
+
+// The status item.
+
+void AppDelegate::setupStatusItem() {
+    statusItem_ = seams_.windows.statusBar.statusItemWithLength(StatusBar::variableLength);
+    StatusButton* button = statusButton();
+    if (!button) return;
+    button->setImage(symbolImage(verdict::Unknown{}));
+    button->setAction(weakly(weak_from_this(), &AppDelegate::togglePanel));
+}
+
+StatusButton* AppDelegate::statusButton() const {
+    return statusItem_ ? statusItem_->button() : nullptr;
+}
+
+void AppDelegate::refreshStatusIcon() {
+    StatusButton* button = statusButton();
+    if (!button) return;
+    // The device alone decides here, not the report: the icon is right before the report is.
+    const Verdict verdict = deviceVerdict(monitor_->state().value());
+    button->setImage(symbolImage(verdict));
+    button->setToolTip(statusToolTip(verdict));
+}
+
+// What the monitors publish.
 
 void AppDelegate::followState() {
     const auto weak = weak_from_this();
@@ -40,6 +82,7 @@ void AppDelegate::followState() {
 }
 
 void AppDelegate::stateDelivered(const std::optional<DeviceState>& state) {
+    refreshStatusIcon();
     StateSnapshot::shared()->write(state);
     if (state) logger_->record(*state);
 }
@@ -51,6 +94,94 @@ void AppDelegate::startSafetyNetTimer() {
         self->monitor_->refreshState();
         self->nowPlaying_->refresh();
     });
+}
+
+// The panel.
+
+void AppDelegate::setupPanel() {
+    const auto weak = weak_from_this();
+    panelContent_ = std::make_unique<MenubarPanel>(
+        MenubarPanelSeams{seams_.mainLoop, seams_.coordinator.clock,
+                          seams_.coordinator.introspection.accessibility},
+        monitor_, coordinator(), settings_, panelActions(), weakly(weak, &AppDelegate::panelContentChanged));
+    const auto perform = [weak](const Action& action) {
+        if (const auto self = weak.lock()) self->panelContent_->perform(action);
+    };
+    panel_ = seams_.windows.panels.makePanel(
+        PanelStyle{}, {.onAction = perform, .onCancel = weakly(weak, &AppDelegate::closePanel)});
+}
+
+MenubarPanelActions AppDelegate::panelActions() {
+    return {.onOpenLog =
+                [weak = weak_from_this()] {
+                    const auto self = weak.lock();
+                    if (self) self->seams_.windows.workspace.openURL(self->logger_->logURL());
+                },
+            .onRequestAccessibility = [&prompt = seams_.windows.accessibilityPrompt] { prompt.request(); },
+            .onQuit = [&application = seams_.windows.application] { application.terminate(); }};
+}
+
+void AppDelegate::togglePanel() {
+    if (!panel_ || !statusButton()) return;
+    if (panel_->isVisible()) {
+        closePanel();
+        return;
+    }
+    placePanel();
+    panelContent_->appear();
+    panel_->setContent(panelContent_->body());
+    seams_.windows.application.activateIgnoringOtherApps();
+    panel_->makeKeyAndOrderFront();
+    removeClickOutsideMonitor();
+    if (!settings_->panelPinned().value()) installClickOutsideMonitor();
+    monitor_->refreshState();
+    nowPlaying_->refresh();
+}
+
+/// Centred under the status item. Where the screen ends is the host's concern.
+void AppDelegate::placePanel() {
+    const Rect item = statusButton()->windowFrame();
+    const Rect panel = panel_->frame();
+    panel_->setFrameOrigin({item.x + item.width * 0.5 - panel.width * 0.5, item.y - panel.height});
+}
+
+void AppDelegate::closePanel() {
+    if (panel_) panel_->orderOut();
+    if (panelContent_) panelContent_->disappear();
+    removeClickOutsideMonitor();
+}
+
+/// Several announcements in a row, some of them ahead of the change, lead to one new picture.
+void AppDelegate::panelContentChanged() {
+    if (renderingIsDue_) return;
+    renderingIsDue_ = true;
+    seams_.mainLoop.post(weakly(weak_from_this(), &AppDelegate::renderPanel));
+}
+
+void AppDelegate::renderPanel() {
+    renderingIsDue_ = false;
+    if (!panel_) return;
+    if (panel_->isVisible()) {
+        panel_->setContent(panelContent_->body());
+    } else {
+        panelContent_->disappear();  // the desktop has hidden it
+    }
+}
+
+void AppDelegate::panelPinnedChanged() {
+    if (!panel_ || !panel_->isVisible()) return;
+    removeClickOutsideMonitor();
+    if (!settings_->panelPinned().value()) installClickOutsideMonitor();
+}
+
+void AppDelegate::installClickOutsideMonitor() {
+    clickOutsideMonitor_ =
+        seams_.windows.events.addGlobalMonitor(EventMonitor::leftMouseDown | EventMonitor::rightMouseDown,
+                                               weakly(weak_from_this(), &AppDelegate::closePanel));
+}
+
+void AppDelegate::removeClickOutsideMonitor() {
+    clickOutsideMonitor_.cancel();
 }
 
 }  // namespace purlock

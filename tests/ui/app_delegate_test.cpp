@@ -6,68 +6,15 @@
 #include <string>
 #include <vector>
 
-#include "tests/audio/monitor_fixture.h"
-#include "tests/source/introspection_fixture.h"
-#include "tests/source/now_playing_fixture.h"
-#include "tests/support/memory_files.h"
+#include "tests/ui/shell_fixture.h"
 
 namespace purlock {
 namespace {
 
 using namespace std::chrono_literals;
 
-/// The whole program on a fake machine.
-struct Fixture : test::MonitorFixture {
-    test::IntrospectionFixture introspection;
-    test::FakeFrameworkLoader loader;
-    test::FakeNotificationCenter center{loop};
-    std::shared_ptr<test::FakeNowPlayingFramework> framework =
-        std::make_shared<test::FakeNowPlayingFramework>();
-    test::ManualClock clock{loop, WallTime(1000h)};
-    test::MemoryFiles files;
-    std::shared_ptr<AppDelegate> shell;
-
-    Fixture() {
-        kept.clear();
-        monitor.reset();  // the shell makes its own
-        loader.provide(framework);
-        SettingsStore::shared.provide([this] { return std::make_shared<SettingsStore>(defaults); });
-        StateLogger::shared.provide(
-            [this] { return std::make_shared<StateLogger>(files, queues, clock, SettingsStore::shared()); });
-        StateSnapshot::shared.provide(
-            [this] { return std::make_shared<StateSnapshot>(files, queues, clock); });
-        shell = std::make_shared<AppDelegate>(seams());
-    }
-
-    AppDelegateSeams seams() {
-        return {.mainLoop = loop,
-                .audio = {hardware, usb, bluetooth, applications, operatingSystem, loop, queues},
-                .nowPlaying = {loop, queues, operatingSystem, applications, loader, center},
-                .coordinator = {loop, clock, {hardware, applications, operatingSystem}, introspection.seams}};
-    }
-
-    void launch() {
-        shell->applicationDidFinishLaunching();
-        settle();
-    }
-
-    /// Lets time pass with the queues running.
-    void pass(std::chrono::milliseconds duration) {
-        for (const auto end = loop.now() + duration; loop.now() < end;) {
-            settle();
-            loop.advance(1ms);
-        }
-        settle();
-    }
-
-    const std::string& snapshot() { return files.files["/support/Purlock/state.json"]; }
-    const std::string& log() { return files.files["/support/Purlock/log.jsonl"]; }
-
-    std::size_t snapshotsWritten() const {
-        return static_cast<std::size_t>(
-            std::ranges::count(files.operations, std::string("replace /support/Purlock/state.json")));
-    }
-};
+using Fixture = test::ShellFixture;
+using Lines = std::vector<std::string>;
 
 bool has(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
@@ -152,6 +99,254 @@ TEST(AppDelegate, ChoosingADeviceTakesEffectAtOnce) {
     f.shell->settings()->setPinnedDeviceUID("cans-1");
     f.settle();
     EXPECT_TRUE(has(f.snapshot(), "\"uid\" : \"cans-1\""));
+}
+
+TEST(AppDelegate, NothingIsAskedOfTheDesktopBeforeTheLaunch) {
+    Fixture f;
+    EXPECT_EQ(f.desktop.history, Lines{});
+}
+
+TEST(AppDelegate, TheLaunchMakesStatusItemAndPanelInOrder) {
+    Fixture f;
+    f.shell->applicationDidFinishLaunching();
+    EXPECT_EQ(f.desktop.takeHistory(),
+              (Lines{"policy 1", "status item -1", "image questionmark.circle", "action", "panel"}));
+    EXPECT_EQ(f.desktop.image,
+              (SymbolImage{"questionmark.circle", "No device", 14, FontWeight::semibold, true}));
+    EXPECT_EQ(f.desktop.toolTip, std::nullopt) << "not before the first state";
+    EXPECT_FALSE(f.desktop.panelVisible);
+    f.settle();
+    EXPECT_EQ(f.desktop.image->name, "circle");
+    EXPECT_EQ(f.desktop.toolTip, "Purlock — Idle");
+}
+
+TEST(AppDelegate, ThePanelsStyle) {
+    Fixture f;
+    f.launch();
+    const PanelStyle& style = *f.desktop.style;
+    EXPECT_EQ(style.contentRect, (Rect{0, 0, 360, 600}));
+    EXPECT_EQ(style.styleMask, 32896U);
+    EXPECT_EQ(style.backing, 2U);
+    EXPECT_FALSE(style.defersCreation);
+    EXPECT_TRUE(style.titlebarAppearsTransparent);
+    EXPECT_TRUE(style.titleHidden);
+    EXPECT_FALSE(style.movableByWindowBackground);
+    EXPECT_EQ(style.level, 101);
+    EXPECT_EQ(style.collectionBehavior, 257U);
+    EXPECT_FALSE(style.opaque);
+    EXPECT_TRUE(style.clearBackground);
+    EXPECT_TRUE(style.hasShadow);
+    EXPECT_TRUE(style.hidesOnDeactivate);
+    EXPECT_EQ(style.material, 6);
+    EXPECT_EQ(style.state, 1);
+    EXPECT_EQ(style.blendingMode, 0);
+    EXPECT_EQ(style.appearance, "NSAppearanceNameVibrantDark");
+}
+
+struct IconCase {
+    const char* name;
+    std::optional<test::FakeDevice> device;
+    const char* symbol;
+    bool isTemplate;
+    const char* words;
+};
+
+void PrintTo(const IconCase& row, std::ostream* out) {
+    *out << row.name;
+}
+
+class StatusIcon : public testing::TestWithParam<IconCase> {};
+
+TEST_P(StatusIcon, Table) {
+    const IconCase& row = GetParam();
+    Fixture f;
+    f.setDefault(0);
+    if (row.device) {
+        row.device->addTo(f.hardware);
+        f.setDevices({70});
+        f.setDefault(70);
+    }
+    f.launch();
+    EXPECT_EQ(f.desktop.image,
+              (SymbolImage{row.symbol, row.words, 14, FontWeight::semibold, row.isTemplate}));
+    EXPECT_EQ(f.desktop.toolTip, std::string("Purlock — ") + row.words);
+}
+
+test::FakeDevice device(const StreamDescription& mixer, const StreamDescription& wire, bool running) {
+    return {70, "Dac", "dac-1", 71, mixer, wire, running, kAudioDeviceTransportTypeUSB};
+}
+
+StreamDescription mono(StreamDescription stream) {
+    stream.channelsPerFrame = 1;
+    return stream;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Table, StatusIcon,
+    testing::Values(
+        IconCase{"NoDevice", {}, "questionmark.circle", true, "No device"},
+        IconCase{"NotRunning", device(test::floatStream(48000), test::floatStream(48000), false), "circle",
+                 true, "Idle"},
+        IconCase{"NotRunningThoughItsFormatsDiffer",
+                 device(test::floatStream(44100), test::integerStream(48000, 16), false), "circle", true,
+                 "Idle"},
+        IconCase{"SameRateAndDepth", device(test::floatStream(48000), test::integerStream(48000, 32), true),
+                 "checkmark.seal.fill", false, "Bit-perfect"},
+        IconCase{"ChannelsDoNotCount",
+                 device(test::floatStream(48000), mono(test::integerStream(48000, 32)), true),
+                 "checkmark.seal.fill", false, "Bit-perfect"},
+        IconCase{"OtherRate", device(test::floatStream(44100), test::integerStream(48000, 32), true),
+                 "exclamationmark.triangle.fill", false, "Resampling"},
+        IconCase{"OtherDepth", device(test::floatStream(48000), test::integerStream(48000, 16), true),
+                 "exclamationmark.triangle.fill", false, "Resampling"}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(AppDelegate, TheIconIsDrawnAgainAtEveryTick) {
+    Fixture f;
+    f.launch();
+    f.desktop.takeHistory();
+    f.pass(800ms);
+    EXPECT_EQ(f.desktop.takeHistory(), (Lines{"image circle", "tooltip Purlock — Idle"}));
+}
+
+TEST(AppDelegate, AClickOpensThePanelUnderTheItemOnFreshData) {
+    Fixture f;
+    f.launch();
+    f.desktop.takeHistory();
+    f.setDefault(60);
+    f.desktop.clickStatusItem();
+    EXPECT_EQ(f.desktop.takeHistory(), (Lines{"origin 332,276", "activate", "front", "monitor 10"}));
+    f.settle();
+    EXPECT_TRUE(has(f.snapshot(), "\"name\" : \"Cans\"")) << "the device was read again at once";
+}
+
+TEST(AppDelegate, AButtonWithoutAWindowPutsThePanelAtTheOrigin) {
+    Fixture f;
+    f.desktop.buttonFrame = {};
+    f.launch();
+    f.desktop.takeHistory();
+    f.desktop.clickStatusItem();
+    EXPECT_EQ(f.desktop.takeHistory()[0], "origin -180,-600");
+}
+
+TEST(AppDelegate, ASecondClickClosesThePanelAndRemovesTheMonitor) {
+    Fixture f;
+    f.launch();
+    f.desktop.clickStatusItem();
+    EXPECT_TRUE(f.desktop.monitorInstalled());
+    f.desktop.takeHistory();
+    f.desktop.clickStatusItem();
+    EXPECT_EQ(f.desktop.takeHistory(), (Lines{"out", "no monitor"}));
+    EXPECT_FALSE(f.desktop.panelVisible);
+}
+
+TEST(AppDelegate, AClickOutsideClosesThePanel) {
+    Fixture f;
+    f.launch();
+    f.desktop.clickStatusItem();
+    f.desktop.clickOutside();
+    EXPECT_FALSE(f.desktop.panelVisible);
+    EXPECT_FALSE(f.desktop.monitorInstalled());
+}
+
+TEST(AppDelegate, EscapeClosesThePanel) {
+    Fixture f;
+    f.launch();
+    f.desktop.clickStatusItem();
+    f.desktop.pressEscape();
+    EXPECT_FALSE(f.desktop.panelVisible);
+    EXPECT_FALSE(f.desktop.monitorInstalled());
+}
+
+TEST(AppDelegate, PinnedThePanelOpensWithoutAMonitor) {
+    Fixture f;
+    f.shell->settings()->setPanelPinned(true);
+    f.launch();
+    f.desktop.clickStatusItem();
+    EXPECT_TRUE(f.desktop.panelVisible);
+    EXPECT_FALSE(f.desktop.monitorInstalled());
+}
+
+TEST(AppDelegate, PinningAndUnpinningAnOpenPanelTakesEffectAtOnce) {
+    Fixture f;
+    f.launch();
+    f.desktop.clickStatusItem();
+    f.desktop.use(TogglePanelPinned{});
+    EXPECT_FALSE(f.desktop.monitorInstalled());
+    f.desktop.use(TogglePanelPinned{});
+    EXPECT_TRUE(f.desktop.monitorInstalled());
+    f.shell->settings()->setPanelPinned(false);
+    EXPECT_TRUE(f.desktop.monitorInstalled()) << "an equal value installs it anew";
+}
+
+TEST(AppDelegate, PinningAHiddenPanelDoesNothing) {
+    Fixture f;
+    f.launch();
+    f.desktop.takeHistory();
+    f.shell->settings()->setPanelPinned(true);
+    f.shell->settings()->setPanelPinned(false);
+    EXPECT_EQ(f.desktop.takeHistory(), Lines{});
+}
+
+TEST(AppDelegate, APanelThatTheDesktopHasHiddenKeepsItsMonitorUntilTheNextClick) {
+    Fixture f;
+    f.launch();
+    f.desktop.clickStatusItem();
+    f.desktop.panelVisible = false;
+    f.pass(1s);
+    EXPECT_TRUE(f.desktop.monitorInstalled());
+    f.desktop.clickOutside();
+    EXPECT_FALSE(f.desktop.monitorInstalled());
+}
+
+TEST(AppDelegate, WithoutATokenThePanelStaysOpen) {
+    Fixture f;
+    f.desktop.givesMonitorToken = false;
+    f.launch();
+    f.desktop.clickStatusItem();
+    f.desktop.clickOutside();
+    EXPECT_TRUE(f.desktop.panelVisible);
+}
+
+struct PoorDesktop {
+    const char* name;
+    bool givesStatusItem;
+    bool givesButton;
+    bool givesPanel;
+};
+
+TEST(AppDelegate, APoorDesktopHasNoPanelButTheRestRuns) {
+    for (const auto& [name, item, button, panel] :
+         {PoorDesktop{"no item", false, true, true}, PoorDesktop{"no button", true, false, true},
+          PoorDesktop{"no panel", true, true, false}}) {
+        Fixture f;
+        f.desktop.givesStatusItem = item;
+        f.desktop.givesButton = button;
+        f.desktop.givesPanel = panel;
+        f.launch();
+        f.shell->togglePanel();
+        f.shell->closePanel();
+        f.shell->settings()->setPanelPinned(true);
+        f.pass(1s);
+        EXPECT_FALSE(f.desktop.panelVisible) << name;
+        EXPECT_TRUE(has(f.snapshot(), "\"name\" : \"Desk\"")) << name;
+    }
+}
+
+TEST(AppDelegate, WhatTheDesktopKeepsOfAShellThatIsGoneDoesNothing) {
+    Fixture f;
+    f.launch();
+    f.desktop.clickStatusItem();
+    f.shell.reset();
+    EXPECT_FALSE(f.desktop.monitorInstalled());
+    f.desktop.takeHistory();
+    f.desktop.clickStatusItem();
+    f.desktop.use(TogglePanelPinned{});
+    f.desktop.use(OpenLog{});
+    f.desktop.pressEscape();
+    f.settle();
+    EXPECT_EQ(f.desktop.takeHistory(), Lines{});
+    EXPECT_TRUE(f.desktop.opened.empty());
 }
 
 TEST(AppDelegate, TheEndStopsEverything) {

@@ -1,0 +1,51 @@
+#include "ui/live_pulse.h"
+
+#include <chrono>
+#include <utility>
+
+#include "base/number_text.h"
+#include "ui/view_parts.h"
+
+namespace purlock {
+
+namespace {
+
+constexpr std::chrono::milliseconds brightTime{450};
+constexpr EaseOut fade{0.5};
+
+}  // namespace
+
+std::string timeAgo(WallTime lastTick, WallTime now) {
+    const auto seconds = truncatedInteger(std::chrono::duration<double>(now - lastTick).count());
+    return seconds < 1 ? "now" : std::to_string(seconds) + "s ago";
+}
+
+LivePulse::LivePulse(RunLoop& mainLoop, WallTime lastTick, std::function<void()> onChange)
+    : mainLoop_(mainLoop), lastTick_(lastTick), onChange_(std::move(onChange)) {}
+
+void LivePulse::setLastTick(WallTime tick) {
+    if (std::exchange(lastTick_, tick) == tick) return;
+    setBright(true);
+    // Dropping the handle of an earlier flash is what lets this one last its full time.
+    dimming_ = mainLoop_.postDelayed(brightTime, [this] { setBright(false); });
+}
+
+void LivePulse::rest() {
+    dimming_.cancel();
+    bright_ = false;
+}
+
+void LivePulse::setBright(bool bright) {
+    bright_ = bright;
+    onChange_();
+}
+
+View LivePulse::body(WallTime now) const {
+    View dot = element(Circle{6, accentGreen, {}});
+    dot.opacity = bright_ ? 0.95 : 0.35;
+    dot.animation = fade;
+    dot.help = "Live — last refresh " + timeAgo(lastTick_, now);
+    return dot;
+}
+
+}  // namespace purlock

@@ -1,0 +1,185 @@
+#include "ui/menubar_panel.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "base/text.h"
+#include "ui/now_playing_card.h"
+#include "ui/signal_path_panel.h"
+#include "ui/view_parts.h"
+
+namespace purlock {
+
+namespace {
+
+constexpr double betweenItems = 14;
+constexpr Padding aroundContent{16, 16};
+
+View named(std::string id, View view) {
+    view.id = std::move(id);
+    return view;
+}
+
+View divider() {
+    View line = element(Divider{});
+    line.background = Background{white(0.15), 0};
+    return line;
+}
+
+View accessibilityBanner() {
+    View texts = column(
+        2, {paragraph("Enable Accessibility for full source detection", {12, FontWeight::medium}, white()),
+            paragraph("Lets Purlock read the quality badge in Tidal / Apple Music", {10}, white(0.55))});
+    View content =
+        onCard(row(defaultSpacing, {symbol("info.circle.fill", {13}, accentAmber), std::move(texts),
+                                    flexibleSpace(), symbol("chevron.right", {10}, white(0.5))}),
+               {10, 10}, 0.06);
+    return container(Button{RequestAccessibility{}}, {std::move(content)});
+}
+
+View textButton(std::string title, Action action) {
+    return container(Button{std::move(action)}, {line(std::move(title), {11}, white(0.7))});
+}
+
+std::vector<MenuEntry> deviceEntries(const std::vector<AvailableDevice>& devices) {
+    std::vector<MenuEntry> entries{MenuItem{"System default", PinDevice{}}, MenuSeparator{}};
+    for (const AvailableDevice& device : devices) {
+        entries.emplace_back(MenuItem{device.name, PinDevice{device.uid}});
+    }
+    return entries;
+}
+
+}  // namespace
+
+MenubarPanel::MenubarPanel(const MenubarPanelSeams& seams, std::shared_ptr<AudioMonitor> monitor,
+                           std::shared_ptr<ReportCoordinator> coordinator,
+                           std::shared_ptr<SettingsStore> settings, MenubarPanelActions actions,
+                           std::function<void()> onChange)
+    : seams_(seams),
+      monitor_(std::move(monitor)),
+      coordinator_(std::move(coordinator)),
+      settings_(std::move(settings)),
+      actions_(std::move(actions)),
+      onChange_(std::move(onChange)),
+      pulse_(seams.mainLoop, coordinator_->lastTick().value(), onChange_) {}
+
+void MenubarPanel::appear() {
+    if (!subscriptions_.empty()) return;
+    const auto changed = [this](const auto& /*value*/) { onChange_(); };
+    subscriptions_.push_back(monitor_->state().subscribe(changed));
+    subscriptions_.push_back(monitor_->availableDevices().subscribe(changed));
+    subscriptions_.push_back(settings_->pinnedDeviceUID().subscribe(changed));
+    subscriptions_.push_back(settings_->logEnabled().subscribe(changed));
+    subscriptions_.push_back(settings_->panelPinned().subscribe(changed));
+    subscriptions_.push_back(coordinator_->objectWillChange().subscribe([this] { onChange_(); }));
+    subscriptions_.push_back(
+        coordinator_->lastTick().subscribe([this](const WallTime& tick) { pulse_.setLastTick(tick); }));
+}
+
+void MenubarPanel::disappear() {
+    subscriptions_.clear();
+    pulse_.rest();
+}
+
+View MenubarPanel::body() const {
+    View content = column(betweenItems, {named("header", header())});
+    auto& items = content.children;
+    if (!seams_.accessibility.isProcessTrusted()) items.push_back(named("banner", accessibilityBanner()));
+    if (const auto& info = coordinator_->nowPlaying()) {
+        items.push_back(named("card", NowPlayingCard{*info}.body()));
+    }
+    items.push_back(named("divider above verdict", divider()));
+    items.push_back(named("verdict", verdictSummary()));
+    items.push_back(named("divider above path", divider()));
+    items.push_back(named("path", SignalPathPanel{coordinator_->report()}.body()));
+    items.push_back(named("divider above picker", divider()));
+    items.push_back(named("picker", devicePicker()));
+    items.push_back(named("divider above footer", divider()));
+    items.push_back(named("footer", footer()));
+    content.padding = aroundContent;
+    View panel = container(Scroll{}, {std::move(content)});
+    panel.frame = Size{360, 600};
+    return panel;
+}
+
+View MenubarPanel::header() const {
+    return row(8, {line("Purlock", {16, FontWeight::bold}, white()), pulse_.body(seams_.clock.now()),
+                   flexibleSpace(), pinButton(), line("v1.1", {11}, white(0.5))});
+}
+
+View MenubarPanel::pinButton() const {
+    const bool pinned = settings_->panelPinned().value();
+    View button = container(Button{TogglePanelPinned{}},
+                            {symbol(pinned ? "pin.fill" : "pin", {12}, pinned ? accentAmber : white(0.4))});
+    button.help = pinned ? "Unpin (close on outside click)" : "Pin (keep panel open)";
+    return button;
+}
+
+View MenubarPanel::verdictSummary() const {
+    const Verdict& verdict = coordinator_->report().verdict;
+    return column(defaultSpacing,
+                  {VerdictBadge{verdict}.body(), paragraph(verdictDetail(verdict), {11}, white(0.6))});
+}
+
+View MenubarPanel::devicePicker() const {
+    View label = onCard(row(defaultSpacing, {line(currentDeviceLabel(), {12}, white()), flexibleSpace(),
+                                             symbol("chevron.up.chevron.down", {9}, white(0.5))}),
+                        {6, 10}, 0.08);
+    View menu = container(Menu{deviceEntries(monitor_->availableDevices().value())}, {std::move(label)});
+    menu.label = "Output device";
+    return column(
+        6, {line(uppercased("Output device"), {10, FontWeight::semibold}, white(0.4)), std::move(menu)});
+}
+
+std::string MenubarPanel::currentDeviceLabel() const {
+    const auto& pinned = settings_->pinnedDeviceUID().value();
+    if (pinned && !pinned->empty()) {
+        const auto& devices = monitor_->availableDevices().value();
+        const auto device = std::ranges::find(devices, *pinned, &AvailableDevice::uid);
+        return "📌 " + (device != devices.end() ? device->name : "(pinned device unplugged)");
+    }
+    const auto& state = monitor_->state().value();
+    return state ? state->name : "—";
+}
+
+View MenubarPanel::footer() const {
+    const bool logging = settings_->logEnabled().value();
+    View logSwitch =
+        container(Switch{logging, SetLogEnabled{!logging}}, {line("Log to file", {11}, white(0.7))});
+    return row(defaultSpacing, {std::move(logSwitch), flexibleSpace(), textButton("Show log", OpenLog{}),
+                                textButton("Quit", Quit{})});
+}
+
+void MenubarPanel::perform(const Action& action) {
+    std::visit(Overloaded{
+                   [this](const OpenLog&) { actions_.onOpenLog(); },
+                   [this](const RequestAccessibility&) { actions_.onRequestAccessibility(); },
+                   [this](const Quit&) { actions_.onQuit(); },
+                   [this](const TogglePanelPinned&) {
+                       settings_->setPanelPinned(!settings_->panelPinned().value());
+                   },
+                   [this](const SetLogEnabled& set) { settings_->setLogEnabled(set.enabled); },
+                   [this](const PinDevice& pin) { settings_->setPinnedDeviceUID(pin.uid); },
+               },
+               action);
+}
+
+std::string verdictDetail(const Verdict& verdict) {
+    return std::visit(Overloaded{
+                          [](const verdict::Idle& idle) {
+                              return "Output ready at " + idle.format.summary() + ". Nothing playing.";
+                          },
+                          [](const verdict::BitPerfect& perfect) {
+                              return "Source matches device at " + perfect.format.summary() +
+                                     ". No conversion in path.";
+                          },
+                          [](const verdict::Resampling& resampling) {
+                              return "macOS is converting " + resampling.virtualFormat.summary() + " to " +
+                                     resampling.physicalFormat.summary() + ". See findings below.";
+                          },
+                          [](const verdict::Unknown&) { return std::string("No output device detected."); },
+                      },
+                      verdict);
+}
+
+}  // namespace purlock

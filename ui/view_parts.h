@@ -1,0 +1,67 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ui/view.h"
+
+namespace purlock {
+
+// Short names for building view trees, and the colours that the whole panel shares. Pure; any thread.
+
+inline constexpr Color accentGreen{0.3, 0.78, 0.45, 1};
+inline constexpr Color accentAmber{0.95, 0.75, 0.2, 1};
+inline constexpr Color accentRed{0.92, 0.3, 0.3, 1};
+
+/// Between the elements of a row or column that asks for no distance of its own.
+inline constexpr double defaultSpacing = 8;
+
+inline View element(Content content) {
+    View view;
+    view.content = std::move(content);
+    return view;
+}
+
+inline View container(Content content, std::vector<View> children) {
+    View view = element(std::move(content));
+    view.children = std::move(children);
+    return view;
+}
+
+inline View row(double spacing, std::vector<View> children) {
+    return container(Row{spacing}, std::move(children));
+}
+
+inline View column(double spacing, std::vector<View> children) {
+    return container(Column{spacing}, std::move(children));
+}
+
+inline View line(std::string text, const Font& font, const Color& color) {
+    return element(Text{std::move(text), font, color, Lines::one});
+}
+
+inline View paragraph(std::string text, const Font& font, const Color& color) {
+    return element(Text{std::move(text), font, color, Lines::asNeeded});
+}
+
+inline View symbol(std::string name, const Font& font, const Color& color) {
+    return element(Symbol{std::move(name), font, color});
+}
+
+inline View space(double width, double height) {
+    return element(Space{width, height});
+}
+
+inline View flexibleSpace() {
+    return element(FlexibleSpace{});
+}
+
+/// The rounded ground on which cards, the banner, findings and the picker stand.
+inline View onCard(View view, const Padding& padding, double opacity) {
+    view.padding = padding;
+    view.background = Background{white(opacity), 6};
+    return view;
+}
+
+}  // namespace purlock
