@@ -17,14 +17,17 @@ using test::globalScope;
 /// The fake machine of the other tests, with real queues.
 struct ThreadedFixture : test::MonitorFixture {
     WorkerPool pool{4};
+    std::unique_ptr<test::HardwareUnderTest> poolWay = test::HardwareUnderTest::make(hardware, pool);
 
     ThreadedFixture() {
         kept.clear();
-        monitor = std::make_shared<AudioMonitor>(
-            AudioMonitorSeams{hardware, usb, bluetooth, applications, operatingSystem, loop, pool}, settings);
+        monitor = makeMonitor(*poolWay);
     }
 
-    ~ThreadedFixture() { monitor.reset(); }
+    ~ThreadedFixture() {
+        monitor.reset();
+        pool.finish();
+    }
 
     /// Runs posted work until `done`, with a deadline.
     template <typename Condition>

@@ -11,6 +11,7 @@
 #include "tests/support/fake_audio_hardware.h"
 #include "tests/support/fake_operating_system.h"
 #include "tests/support/fake_running_applications.h"
+#include "tests/support/hardware_under_test.h"
 #include "tests/support/manual_queues.h"
 #include "tests/support/manual_run_loop.h"
 #include "tests/support/memory_user_defaults.h"
@@ -20,8 +21,9 @@ namespace purlock::test {
 inline constexpr std::uint32_t globalScope = kAudioObjectPropertyScopeGlobal;
 inline constexpr std::uint32_t outputScope = kAudioObjectPropertyScopeOutput;
 
-/// A monitor on a fake machine, with its history of published values. Two devices stand ready: "Desk" (id 50,
-/// stream 51) and "Cans" (id 60, stream 61); Desk is the default.
+/// A monitor on a fake machine, on whichever way to it the tests are linked with, and with its history of
+/// published values. Two devices stand ready: "Desk" (id 50, stream 51) and "Cans" (id 60, stream 61); Desk
+/// is the default.
 struct MonitorFixture {
     FakeAudioHardware hardware;
     FakeUsbRegistry usb;
@@ -30,6 +32,7 @@ struct MonitorFixture {
     FakeOperatingSystem operatingSystem;
     ManualRunLoop loop;
     ManualQueues queues;
+    std::unique_ptr<HardwareUnderTest> way = HardwareUnderTest::make(hardware, queues);
     std::shared_ptr<MemoryUserDefaults> defaults = std::make_shared<MemoryUserDefaults>();
     std::shared_ptr<SettingsStore> settings = std::make_shared<SettingsStore>(defaults);
     std::shared_ptr<AudioMonitor> monitor;
@@ -65,10 +68,15 @@ struct MonitorFixture {
         make();
     }
 
-    void make() {
-        monitor = std::make_shared<AudioMonitor>(
-            AudioMonitorSeams{hardware, usb, bluetooth, applications, operatingSystem, loop, queues},
+    std::shared_ptr<AudioMonitor> makeMonitor(HardwareUnderTest& itsWay) {
+        return std::make_shared<AudioMonitor>(
+            AudioMonitorSeams{itsWay.hardware(), usb, bluetooth, applications, operatingSystem, loop,
+                              itsWay.queues()},
             settings);
+    }
+
+    void make() {
+        monitor = makeMonitor(*way);
         kept.push_back(monitor->state().subscribe([this](const auto& state) {
             states.push_back(state);
             events.emplace_back("state");

@@ -9,6 +9,8 @@
 #include "tests/support/fake_audio_hardware.h"
 #include "tests/support/fake_operating_system.h"
 #include "tests/support/fake_running_applications.h"
+#include "tests/support/hardware_under_test.h"
+#include "tests/support/manual_queues.h"
 
 namespace purlock {
 namespace {
@@ -24,6 +26,8 @@ constexpr std::uint32_t output = kAudioObjectPropertyScopeOutput;
 struct Machine {
     test::FakeAudioHardware hardware;
     test::FakeRunningApplications applications;
+    test::ManualQueues queues;
+    std::unique_ptr<test::HardwareUnderTest> way = test::HardwareUnderTest::make(hardware, queues);
 
     explicit Machine(const std::vector<FakeProcess>& processes) {
         std::vector<AudioObjectID> ids;
@@ -37,7 +41,7 @@ struct Machine {
     std::optional<AudioProcessInfo> source(AudioObjectID device,
                                            OperatingSystemVersion version = {15, 3, 0}) {
         test::FakeOperatingSystem operatingSystem(version);
-        return ProcessAudio::currentSourceFor(device, {hardware, applications, operatingSystem});
+        return ProcessAudio::currentSourceFor(device, {way->hardware(), applications, operatingSystem});
     }
 };
 
@@ -120,7 +124,7 @@ TEST(ProcessAudio, TheNameOfTheSource) {
 TEST(ProcessAudio, EveryProcessIsListedInOrder) {
     Machine machine({silent, onDesk, {17, -5, {}, false, {}}});
     EXPECT_EQ(
-        ProcessAudio::audioProcesses(machine.hardware),
+        ProcessAudio::audioProcesses(machine.way->hardware()),
         (std::vector<RawProcess>{
             {11, 101, "org.silent", false}, {13, 103, "org.desk", true}, {17, -5, std::nullopt, false}}));
 }
@@ -172,7 +176,7 @@ TEST(ProcessAudio, WhatCannotBeReadBecomesADefault) {
         SCOPED_TRACE(row.name);
         Machine machine({onDesk});
         row.fail(machine.hardware);
-        EXPECT_EQ(ProcessAudio::audioProcesses(machine.hardware), row.expected);
+        EXPECT_EQ(ProcessAudio::audioProcesses(machine.way->hardware()), row.expected);
     }
 }
 
@@ -188,13 +192,13 @@ TEST(ProcessAudio, AListThatShrinksBetweenItsSizeAndItsData) {
     Machine machine({onCans, onDesk});
     machine.hardware.lieAboutSize(kAudioObjectSystemObject, kAudioHardwarePropertyProcessObjectList, global,
                                   400);
-    EXPECT_EQ(ProcessAudio::audioProcesses(machine.hardware).size(), 2U);
+    EXPECT_EQ(ProcessAudio::audioProcesses(machine.way->hardware()).size(), 2U);
     machine.hardware.lieAboutSize(kAudioObjectSystemObject, kAudioHardwarePropertyProcessObjectList, global,
                                   4);
-    EXPECT_EQ(ProcessAudio::audioProcesses(machine.hardware).size(), 1U);
+    EXPECT_EQ(ProcessAudio::audioProcesses(machine.way->hardware()).size(), 1U);
     machine.hardware.lieAboutSize(kAudioObjectSystemObject, kAudioHardwarePropertyProcessObjectList, global,
                                   ~0U);
-    EXPECT_TRUE(ProcessAudio::audioProcesses(machine.hardware).empty())
+    EXPECT_TRUE(ProcessAudio::audioProcesses(machine.way->hardware()).empty())
         << "a size beyond all reason is a failure";
 }
 

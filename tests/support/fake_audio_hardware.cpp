@@ -136,6 +136,12 @@ const FakeAudioHardware::Property* FakeAudioHardware::find(AudioObjectID object,
                                                                                             : nullptr;
 }
 
+bool FakeAudioHardware::holdsText(AudioObjectID object, const PropertyAddress& address) const {
+    const std::lock_guard lock(mutex_);
+    const Property* const property = find(object, address);
+    return property != nullptr && property->isText;
+}
+
 HardwareStatus FakeAudioHardware::getPropertyDataSize(AudioObjectID object, const PropertyAddress& address,
                                                       std::uint32_t& size) {
     beforeRead(object, address);

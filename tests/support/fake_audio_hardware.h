@@ -62,6 +62,9 @@ class FakeAudioHardware final : public AudioHardware {
     /// Removals that named no installed listener.
     int strayRemovals() const;
 
+    /// Whether the property's value is a text; no read.
+    bool holdsText(AudioObjectID object, const PropertyAddress& address) const;
+
     // AudioHardware
     HardwareStatus getPropertyDataSize(AudioObjectID object, const PropertyAddress& address,
                                        std::uint32_t& size) override;
