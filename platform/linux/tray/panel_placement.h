@@ -1,0 +1,34 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "ui/window_seams.h"
+
+namespace purlock::host_linux {
+
+// Where things are on the screens. Pure; any thread.
+//
+// The shell counts in points from the bottom left corner of the first screen, upwards; desktops count from
+// its top left corner, downwards. X servers count in pixels.
+
+/// Where the panel goes, all in the shell's coordinates: where the shell wants it, which is centred below the
+/// icon, if that lies in `available` (the screen without its bars); else above the icon; moved aside as far
+/// as it must to stay in there. A panel that is too large begins in the top left corner. Without an icon
+/// (absent, or empty) it goes into the top right corner, a little away from the edges.
+Rect placePanel(const Rect& requested, const std::optional<Rect>& icon, const Rect& available);
+
+/// From the desktop's coordinates to the shell's, and back.
+Rect flipped(const Rect& rect, double heightOfFirstScreen);
+
+/// A screen as a toolkit that scales sees it: where it begins is the same in pixels and in points.
+struct ScreenArea {
+    Rect points;  // y downwards
+    double pixelsPerPoint = 1;
+};
+
+/// From an X server's pixels to points, both with y downwards, by the screen that holds the middle of `rect`;
+/// absent when none does.
+std::optional<Rect> pointsOfPixels(const Rect& rect, const std::vector<ScreenArea>& screens);
+
+}  // namespace purlock::host_linux
