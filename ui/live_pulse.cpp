@@ -41,9 +41,7 @@ void LivePulse::setBright(bool bright) {
 }
 
 View LivePulse::body(WallTime now) const {
-    View dot = element(Circle{6, accentGreen, {}});
-    dot.opacity = bright_ ? 0.95 : 0.35;
-    dot.animation = fade;
+    View dot = element(Circle{6, accentGreen, {}, bright_ ? 0.95 : 0.35, fade});
     dot.help = "Live — last refresh " + timeAgo(lastTick_, now);
     return dot;
 }

@@ -72,8 +72,7 @@ std::string_view severityWords(Severity severity) {
 
 View badge(const SignalStage& stage) {
     const Color color = qualityColor(stage.quality);
-    View badge = container(Overlay{}, {element(Circle{22, withOpacity(color, 0.25), {}}),
-                                       element(Circle{22, {}, Stroke{color, 1.5}}),
+    View badge = container(Overlay{}, {disc(22, withOpacity(color, 0.25)), ring(22, color, 1.5),
                                        symbol(std::string(kindSymbol(stage.kind)), caption, color)});
     badge.frame = Size{22, 22};
     badge.label = qualityWords(stage.quality);
@@ -184,7 +183,7 @@ View StageRow::body() const {
 
 View DiagnosticRow::body() const {
     const Color color = severityColor(diag.severity);
-    View dot = element(Circle{7, color, {}});
+    View dot = disc(7, color);
     dot.label = severityWords(diag.severity);
     View heading =
         row(defaultSpacing, {std::move(dot), paragraph(diag.title, {12, FontWeight::semibold}, white())});
@@ -205,8 +204,8 @@ View VerdictBadge::body() const {
                                        [](const verdict::Unknown&) { return gray(0.5); },
                                    },
                                    verdict);
-    return row(defaultSpacing, {element(Circle{10, color, {}}), line(std::string(verdictHeadline(verdict)),
-                                                                     {13, FontWeight::semibold}, white())});
+    return row(defaultSpacing, {disc(10, color), line(std::string(verdictHeadline(verdict)),
+                                                      {13, FontWeight::semibold}, white())});
 }
 
 }  // namespace purlock

@@ -100,10 +100,18 @@ struct Stroke {
     bool operator==(const Stroke&) const = default;
 };
 
+/// How a change of opacity reaches the screen.
+struct EaseOut {
+    double seconds = 0;
+    bool operator==(const EaseOut&) const = default;
+};
+
 struct Circle {
     double diameter = 0;
     std::optional<Color> fill;
     std::optional<Stroke> stroke;
+    double opacity = 1;
+    std::optional<EaseOut> animation;  // of `opacity`
     bool operator==(const Circle&) const = default;
 };
 
@@ -154,7 +162,7 @@ struct Button {
     bool operator==(const Button&) const = default;
 };
 
-/// A switch of the smallest control size; its child is the label that stands after it.
+/// A switch of the smallest control size; its child is the label that stands before it.
 struct Switch {
     bool isOn = false;
     Action action;  // when it is used, in the state shown
@@ -206,12 +214,6 @@ struct Size {
     bool operator==(const Size&) const = default;
 };
 
-/// How a change of an element's opacity reaches the screen.
-struct EaseOut {
-    double seconds = 0;
-    bool operator==(const EaseOut&) const = default;
-};
-
 enum class Width {
     content,    // as wide as what it shows
     available,  // stretched to the width of its column
@@ -230,8 +232,6 @@ struct View {
     std::optional<Background> background;
     std::optional<Size> frame;  // absent: as large as it needs
     Width width = Width::content;
-    double opacity = 1;
-    std::optional<EaseOut> animation;
 
     std::string help;   // shown on hovering
     std::string label;  // what a screen reader says where the content has no words of its own

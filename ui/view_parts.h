@@ -49,6 +49,14 @@ inline View symbol(std::string name, const Font& font, const Color& color) {
     return element(Symbol{std::move(name), font, color});
 }
 
+inline View disc(double diameter, const Color& color) {
+    return element(Circle{diameter, color, {}, 1, {}});
+}
+
+inline View ring(double diameter, const Color& color, double lineWidth) {
+    return element(Circle{diameter, {}, Stroke{color, lineWidth}, 1, {}});
+}
+
 inline View space(double width, double height) {
     return element(Space{width, height});
 }

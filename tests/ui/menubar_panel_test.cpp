@@ -341,7 +341,7 @@ TEST(MenubarPanel, TheActionsOfTheShell) {
 TEST(MenubarPanel, EveryReportFlashesTheDot) {
     Fixture f;
     f.open();
-    const auto opacity = [&f] { return f.item("header").children[1].opacity; };
+    const auto opacity = [&f] { return test::contentOf<Circle>(f.item("header").children[1]).opacity; };
     f.pass(800ms);  // past the first flash, up to the next refresh
     f.pass(81ms);
     EXPECT_EQ(opacity(), 0.95);
@@ -374,6 +374,15 @@ TEST(MenubarPanel, HiddenItCostsNothing) {
     f.pass(3s);
     EXPECT_EQ(f.desktop.contentsSet, before);
     EXPECT_LE(f.loop.timerCount(), timers);
+}
+
+TEST(MenubarPanel, ClosingItInTheMiddleOfAFlashEndsTheFlash) {
+    Fixture f;
+    f.open();
+    f.pass(881ms);
+    const auto flashing = f.loop.timerCount();
+    f.desktop.clickStatusItem();
+    EXPECT_EQ(f.loop.timerCount(), flashing - 1);
 }
 
 TEST(MenubarPanel, HiddenByTheDesktopItRestsToo) {

@@ -170,8 +170,9 @@ TEST(StageRow, ShowsABadgeInTheColourOfTheQuality) {
     const View& badge = view.children[0];
     EXPECT_EQ(badge.frame, (Size{22, 22}));
     ASSERT_EQ(badge.children.size(), 3U);
-    EXPECT_EQ(test::contentOf<Circle>(badge.children[0]), (Circle{22, withOpacity(accentAmber, 0.25), {}}));
-    EXPECT_EQ(test::contentOf<Circle>(badge.children[1]), (Circle{22, {}, Stroke{accentAmber, 1.5}}));
+    EXPECT_EQ(test::contentOf<Circle>(badge.children[0]),
+              (Circle{22, withOpacity(accentAmber, 0.25), {}, 1, {}}));
+    EXPECT_EQ(test::contentOf<Circle>(badge.children[1]), (Circle{22, {}, Stroke{accentAmber, 1.5}, 1, {}}));
     EXPECT_EQ(test::contentOf<Symbol>(badge.children[2]),
               (Symbol{"cable.connector", {10, FontWeight::semibold}, accentAmber}));
 }
@@ -216,7 +217,7 @@ TEST(DiagnosticRow, ShowsWhatWhyAndHowInTheColourOfItsSeverity) {
         const Diagnostic diag = finding(severity);
         const View view = DiagnosticRow{diag}.body();
         EXPECT_EQ(test::contentOf<Bar>(view.children[0]), (Bar{2, {}, color}));
-        EXPECT_EQ(test::contentOf<Circle>(*test::elementsOf<Circle>(view)[0]), (Circle{7, color, {}}));
+        EXPECT_EQ(test::contentOf<Circle>(*test::elementsOf<Circle>(view)[0]), (Circle{7, color, {}, 1, {}}));
     }
 }
 
@@ -267,7 +268,7 @@ TEST(VerdictBadge, Table) {
     };
     for (const auto& [verdict, color, label] : cases) {
         const View view = VerdictBadge{verdict}.body();
-        EXPECT_EQ(test::contentOf<Circle>(view.children[0]), (Circle{10, color, {}})) << label;
+        EXPECT_EQ(test::contentOf<Circle>(view.children[0]), (Circle{10, color, {}, 1, {}})) << label;
         EXPECT_EQ(test::contentOf<Text>(view.children[1]),
                   (Text{label, {13, FontWeight::semibold}, white(), Lines::one}));
     }
