@@ -21,6 +21,30 @@ bool isPlain(char byte) {
            others.find(byte) != std::string_view::npos;
 }
 
+std::optional<int> hexadecimalValue(char digit) {
+    if (digit >= '0' && digit <= '9') return digit - '0';
+    if (digit >= 'a' && digit <= 'f') return digit - 'a' + 10;
+    if (digit >= 'A' && digit <= 'F') return digit - 'A' + 10;
+    return std::nullopt;
+}
+
+/// Absent when an escape is not complete.
+std::optional<std::string> unescaped(std::string_view text) {
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '%') {
+            bytes += text[i];
+            continue;
+        }
+        if (i + 2 >= text.size()) return std::nullopt;
+        const auto high = hexadecimalValue(text[++i]);
+        const auto low = hexadecimalValue(text[++i]);
+        if (!high || !low) return std::nullopt;
+        bytes += static_cast<char>(*high * 16 + *low);
+    }
+    return bytes;
+}
+
 }  // namespace
 
 std::string busAddressOfPath(const std::string& path) {
@@ -35,6 +59,21 @@ std::string busAddressOfPath(const std::string& path) {
         }
     }
     return address;
+}
+
+std::optional<std::string> pathOfBusAddress(std::string_view address) {
+    constexpr std::string_view transport = "unix:";
+    constexpr std::string_view key = "path=";
+    address = address.substr(0, address.find(';'));
+    if (!address.starts_with(transport)) return std::nullopt;
+    address.remove_prefix(transport.size());
+    while (!address.starts_with(key)) {
+        const auto next = address.find(',');
+        if (next == std::string_view::npos) return std::nullopt;
+        address.remove_prefix(next + 1);
+    }
+    address = address.substr(key.size(), address.find(',') - key.size());
+    return unescaped(address);
 }
 
 std::string sessionBusAddress() {

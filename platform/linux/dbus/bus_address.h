@@ -1,6 +1,8 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace purlock::host_linux {
 
@@ -16,5 +18,8 @@ std::string systemBusAddress();
 
 /// The address of a socket in the file system; bytes that an address must not hold are escaped.
 std::string busAddressOfPath(const std::string& path);
+
+/// The socket's path in an address; absent when the first bus that the address names has none.
+std::optional<std::string> pathOfBusAddress(std::string_view address);
 
 }  // namespace purlock::host_linux

@@ -6,12 +6,16 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/linux/dbus/bus_address.h"
+
 namespace purlock::host_linux {
 
 namespace {
 
 constexpr std::chrono::milliseconds firstDelay{100};
-constexpr std::chrono::milliseconds longestDelay{1000};
+constexpr std::chrono::milliseconds longestDelay{30'000};     // while the socket's appearance is watched
+constexpr std::chrono::milliseconds longestBlindDelay{1000};  // while it cannot be
+constexpr std::chrono::milliseconds listeningDelay{5};  // a socket is there before anybody listens to it
 
 constexpr const char* localPath = "/org/freedesktop/DBus/Local";
 constexpr const char* localName = "org.freedesktop.DBus.Local";
@@ -112,8 +116,29 @@ bool BusConnection::watchState() {
 }
 
 void BusConnection::retryLater() {
+    delay_ = std::min(delay_, watchSocket() ? longestDelay : longestBlindDelay);
     retry_.start(delay_, [this] { connect(); });
-    delay_ = std::min(delay_ * 2, longestDelay);
+    delay_ *= 2;
+}
+
+bool BusConnection::watchSocket() {
+    const auto path = pathOfBusAddress(address_);
+    if (!path || !socket_.begin(*path)) {
+        socketInput_.reset();
+        return false;
+    }
+    if (!socketInput_) {
+        socketInput_ = std::make_unique<BusInput>(thread_, socket_.descriptor(), [this] {
+            if (socket_.takeEvents()) socketAppeared();
+        });
+    }
+    return true;
+}
+
+void BusConnection::socketAppeared() {
+    if (!retry_.running()) return;  // it is being connected to
+    delay_ = firstDelay;
+    retry_.start(listeningDelay, [this] { connect(); });
 }
 
 void BusConnection::becomeConnected() {
@@ -121,6 +146,8 @@ void BusConnection::becomeConnected() {
     uniqueName_ = sd_bus_get_unique_name(bus_.get(), &name) >= 0 && name != nullptr ? name : "";
     connected_ = true;
     delay_ = firstDelay;
+    socketInput_.reset();
+    socket_.end();
     if (events_.connected) events_.connected();
 }
 

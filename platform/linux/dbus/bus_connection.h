@@ -8,6 +8,7 @@
 
 #include "platform/linux/dbus/bus_message.h"
 #include "platform/linux/dbus/bus_thread.h"
+#include "platform/linux/system/path_watch.h"
 
 struct sd_bus;
 struct sd_bus_slot;
@@ -38,9 +39,9 @@ struct BusConnectionEvents {
 /// A connection to a message bus that is there whenever the bus is.
 ///
 /// Lives on the bus thread, where every call and callback happens; nothing here waits. A bus that is not
-/// there is tried again after 100 ms, then after twice as long each time up to 1 s, so that its return is
-/// noticed within 1 s; while connected nothing wakes up. Dropping it ends everything without a further
-/// callback.
+/// there is tried again when its socket appears, and after 100 ms, then after twice as long each time up to
+/// 30 s; up to 1 s where the socket's appearance cannot be watched. While connected nothing wakes up.
+/// Dropping it ends everything without a further callback.
 ///
 /// Of what a peer may send: sd-bus takes messages of up to 128 MB (the limit of D-Bus itself), one at a time,
 /// and frees each after its callback. Nothing lowers that, so one such message is what memory may grow by for
@@ -92,6 +93,8 @@ class BusConnection {
     bool start();
     bool watchState();
     void retryLater();
+    bool watchSocket();
+    void socketAppeared();
     void becomeConnected();
     void becomeLost();
 
@@ -102,6 +105,8 @@ class BusConnection {
     std::shared_ptr<std::size_t> pendingCalls_ = std::make_shared<std::size_t>(0);
     std::string uniqueName_;
     BusTimer retry_;
+    PathWatch socket_;  // while there is no connection
+    std::unique_ptr<BusInput> socketInput_;
     std::chrono::milliseconds delay_;
     bool connected_ = false;
 };

@@ -5,7 +5,6 @@
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <systemd/sd-event.h>
-#include <unistd.h>
 
 #include <condition_variable>
 
@@ -56,15 +55,12 @@ BusThread::~BusThread() {
 }
 
 bool BusThread::openWakeUp() {
-    wakeUp_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (wakeUp_ < 0) return false;
+    wakeUp_ = FileDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (!wakeUp_) return false;
     sd_event_source* source = nullptr;
-    if (sd_event_add_io(event_.get(), &source, wakeUp_, EPOLLIN, &BusThread::onWakeUp, this) < 0) {
-        close(wakeUp_);
+    if (sd_event_add_io(event_.get(), &source, wakeUp_.get(), EPOLLIN, &BusThread::onWakeUp, this) < 0)
         return false;
-    }
     wakeUpSource_.reset(source);
-    sd_event_source_set_io_fd_own(source, 1);
     return true;
 }
 
@@ -72,7 +68,7 @@ void BusThread::post(Task task) {
     const std::lock_guard lock(mutex_);
     if (wakeUpSource_ == nullptr) return;
     posted_.push_back(std::move(task));
-    if (posted_.size() == 1) eventfd_write(wakeUp_, 1);
+    if (posted_.size() == 1) eventfd_write(wakeUp_.get(), 1);
 }
 
 bool BusThread::isCurrent() const {
@@ -135,6 +131,15 @@ int BusTimer::onTime(sd_event_source*, std::uint64_t, void* self) {
     timer->source_.reset();
     task();  // may start the timer again, or destroy it
     return 0;
+}
+
+BusInput::BusInput(BusThread& thread, int descriptor, BusThread::Task task) : task_(std::move(task)) {
+    sd_event_source* source = nullptr;
+    const auto run = [](sd_event_source*, int, std::uint32_t, void* self) {
+        static_cast<BusInput*>(self)->task_();
+        return 0;
+    };
+    if (sd_event_add_io(thread.event(), &source, descriptor, EPOLLIN, run, this) >= 0) source_.reset(source);
 }
 
 }  // namespace purlock::host_linux

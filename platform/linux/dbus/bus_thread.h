@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/system/file_descriptor.h"
+
 struct sd_event;
 struct sd_event_source;
 
@@ -53,14 +55,15 @@ class BusThread {
         void operator()(sd_event_source* source) const;
     };
     friend class BusTimer;
+    friend class BusInput;
 
     bool openWakeUp();
     void runPosted();
     static int onWakeUp(sd_event_source* source, int descriptor, unsigned events, void* self);
 
     std::unique_ptr<sd_event, EventDeleter> event_;
-    std::unique_ptr<sd_event_source, SourceDeleter> wakeUpSource_;  // owns the descriptor below
-    int wakeUp_ = -1;
+    FileDescriptor wakeUp_;
+    std::unique_ptr<sd_event_source, SourceDeleter> wakeUpSource_;
     std::mutex mutex_;
     std::vector<Task> posted_;  // guarded by mutex_
     std::thread thread_;
@@ -81,6 +84,19 @@ class BusTimer {
 
     BusThread& thread_;
     BusThread::Task task_;
+    std::unique_ptr<sd_event_source, BusThread::SourceDeleter> source_;
+};
+
+/// Runs a task whenever a descriptor, which stays its owner's, is readable. Made, used and dropped on the bus
+/// thread, before the descriptor is closed; dropping it stops it.
+class BusInput {
+  public:
+    BusInput(BusThread& thread, int descriptor, BusThread::Task task);
+    BusInput(const BusInput&) = delete;
+    BusInput& operator=(const BusInput&) = delete;
+
+  private:
+    const BusThread::Task task_;
     std::unique_ptr<sd_event_source, BusThread::SourceDeleter> source_;
 };
 

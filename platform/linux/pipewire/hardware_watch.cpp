@@ -26,10 +26,6 @@ HardwareWatch::HardwareWatch(pw_loop* loop, SoundCards cards, std::string soundD
       changed_(std::move(changed)),
       later_(loop, [this] { lookAndTell(); }) {}
 
-HardwareWatch::~HardwareWatch() {
-    stopWatching();
-}
-
 void HardwareWatch::follow(const AudioGraph& graph) {
     HardwareSight followed;
     displays_.clear();
@@ -66,25 +62,25 @@ bool HardwareWatch::isAnyTaken() const {
 }
 
 void HardwareWatch::watchDevices() {
-    if (descriptor_ >= 0) return;
-    descriptor_ = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    if (descriptor_ < 0) return;
+    if (descriptor_) return;
+    descriptor_ = FileDescriptor(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    if (!descriptor_) return;
     constexpr std::uint32_t events = IN_OPEN | IN_CLOSE | IN_ONLYDIR;
-    if (::inotify_add_watch(descriptor_, soundDevices_.c_str(), events) < 0) {
+    if (::inotify_add_watch(descriptor_.get(), soundDevices_.c_str(), events) < 0) {
         stopWatching();
         return;
     }
-    reader_ = std::make_unique<LoopReader>(loop_, descriptor_, [this] { opened(); });
+    reader_ = std::make_unique<LoopReader>(loop_, descriptor_.get(), [this] { opened(); });
 }
 
 void HardwareWatch::stopWatching() {
     reader_.reset();
-    if (descriptor_ >= 0) ::close(std::exchange(descriptor_, -1));
+    descriptor_ = FileDescriptor();
 }
 
 void HardwareWatch::opened() {
     alignas(inotify_event) char buffer[4096];
-    while (::read(descriptor_, buffer, sizeof buffer) > 0) {
+    while (::read(descriptor_.get(), buffer, sizeof buffer) > 0) {
     }
     looksLeft_ = looksAfterOpening;
     later_.arm(firstLook);

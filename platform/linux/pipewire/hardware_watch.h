@@ -7,6 +7,7 @@
 #include "platform/linux/alsa/sound_cards.h"
 #include "platform/linux/pipewire/answer_builder.h"
 #include "platform/linux/pipewire/handles.h"
+#include "platform/linux/system/file_descriptor.h"
 
 namespace purlock::host_linux {
 
@@ -18,9 +19,6 @@ class HardwareWatch {
   public:
     /// `soundDevices` is the folder with the device files, /dev/snd.
     HardwareWatch(pw_loop* loop, SoundCards cards, std::string soundDevices, std::function<void()> changed);
-    ~HardwareWatch();
-    HardwareWatch(const HardwareWatch&) = delete;
-    HardwareWatch& operator=(const HardwareWatch&) = delete;
 
     const HardwareSight& sight() const { return sight_; }
 
@@ -45,7 +43,7 @@ class HardwareWatch {
     const std::function<void()> changed_;
     std::map<PcmAddress, std::string> displays_;  // the descriptions of the display PCMs among the followed
     HardwareSight sight_;
-    int descriptor_ = -1;
+    FileDescriptor descriptor_;
     std::unique_ptr<LoopReader> reader_;
     LoopTimer later_;
     int looksLeft_ = 0;

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/linux/pipewire/handles.h"
+#include "platform/linux/system/path_watch.h"
 
 namespace purlock::host_linux {
 
@@ -13,23 +14,17 @@ namespace purlock::host_linux {
 class SocketWatch {
   public:
     SocketWatch(pw_loop* loop, std::function<void()> appeared);
-    ~SocketWatch();
-    SocketWatch(const SocketWatch&) = delete;
-    SocketWatch& operator=(const SocketWatch&) = delete;
 
-    /// Whether appearances are being told; tries again to watch if not. False for a folder that is not there.
-    /// Not to be called, like `stop`, from within `appeared`.
+    /// Whether appearances are being told; tries again to watch if not, or nearer to the socket. Not to be
+    /// called, like `stop`, from within `appeared`.
     bool isWatching();
 
     void stop();
 
   private:
-    void drain();
-
     pw_loop* const loop_;
     const std::function<void()> appeared_;
-    int descriptor_ = -1;
-    bool hasEnded_ = false;  // the folder is gone
+    PathWatch watch_;
     std::unique_ptr<LoopReader> reader_;
 };
 

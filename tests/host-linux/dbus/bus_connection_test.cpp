@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <atomic>
 #include <memory>
+#include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/linux/dbus/bus_address.h"
@@ -74,6 +76,66 @@ TEST_F(BusConnectionTest, ABusThatAppearsLaterIsFound) {
     PrivateBus bus;
     std::filesystem::create_directory_symlink(bus.folder().path(), folder.path() / "later");
     EXPECT_TRUE(waitUntil([&] { return connected_ == 1; }, 2s));
+}
+
+/// Folders, links and the socket itself: each step on the way is noticed when it is made, not at a next try.
+TEST_F(BusConnectionTest, ABusThatAppearsLaterIsFoundAtOnce) {
+    test::TemporaryFolder folder;
+    const auto root = folder.path();
+    const auto connection = connect(busAddressOfPath((root / "run" / "dbus" / "bus").string()));
+    PrivateBus bus;
+    // By now the next try is more than a second away.
+    EXPECT_FALSE(waitUntil([&] { return connected_ > 0; }, 2s));
+    std::filesystem::create_directory(root / "run");
+    EXPECT_FALSE(waitUntil([&] { return connected_ > 0; }, 50ms));
+    const auto start = std::chrono::steady_clock::now();
+    std::filesystem::create_directory_symlink(bus.folder().path(), root / "run" / "dbus");
+    EXPECT_TRUE(waitUntil([&] { return connected_ == 1; }));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 500ms);
+}
+
+/// Waiting costs a try now and then, at growing distances.
+TEST_F(BusConnectionTest, WaitingForABusWakesHardlyAnybody) {
+    test::TemporaryFolder folder;
+    const auto connection = connect(busAddressOfPath((folder.path() / "bus").string()));
+    const auto wakeUps = [&] {
+        std::atomic<long> count = -1;
+        connection->post([&](BusConnection&) {
+            rusage use{};
+            getrusage(RUSAGE_THREAD, &use);
+            count = use.ru_nvcsw;
+        });
+        EXPECT_TRUE(waitUntil([&] { return count >= 0; }));
+        return count.load();
+    };
+    std::this_thread::sleep_for(1600ms);  // tries after 0.1, 0.3, 0.7 and 1.5 s
+    const long before = wakeUps();
+    std::this_thread::sleep_for(1400ms);  // the next is after 3.1 s
+    EXPECT_LE(wakeUps() - before, 1) << "the one that asks";
+}
+
+TEST(BusAddress, HoldsThePathOfASocket) {
+    struct Case {
+        const char* address;
+        std::optional<std::string> path;
+    };
+    const Case cases[] = {
+        {"unix:path=/run/bus", "/run/bus"},
+        {"unix:path=/run/bus,guid=0123", "/run/bus"},
+        {"unix:guid=0123,path=/run/bus", "/run/bus"},
+        {"unix:path=/a%20b%2c/%C3%a4", "/a b,/\xC3\xA4"},
+        {"unix:path=/first;unix:path=/second", "/first"},
+        {"unix:path=/a%2", std::nullopt},
+        {"unix:path=/a%zz", std::nullopt},
+        {"unix:path=", ""},
+        {"unix:abstract=/run/bus", std::nullopt},
+        {"unix:xpath=/run/bus", std::nullopt},
+        {"tcp:host=localhost,path=/x", std::nullopt},
+        {"autolaunch:", std::nullopt},
+        {"", std::nullopt},
+    };
+    for (const Case& row : cases) EXPECT_EQ(pathOfBusAddress(row.address), row.path) << row.address;
+    EXPECT_EQ(pathOfBusAddress(busAddressOfPath("/a b,;%/\xC3")), "/a b,;%/\xC3");
 }
 
 TEST_F(BusConnectionTest, ComesBackWithinTwoSecondsOfTheBus) {
