@@ -55,14 +55,14 @@ void LinuxHost::provideSharedServices() {
 }
 
 AppDelegateSeams LinuxHost::seams() {
-    return {
-        .mainLoop = mainLoop_,
-        .audio = {hardware_, usb_, bluetooth_, applications_, operatingSystem_, mainLoop_, queues_},
-        .nowPlaying = {mainLoop_, queues_, operatingSystem_, applications_, players_, notificationCenter_},
-        .coordinator = {mainLoop_,
-                        clock_,
-                        {hardware_, applications_, operatingSystem_},
-                        {fileSystem_, propertyLists_, applications_, accessibility_}}};
+    return {.mainLoop = mainLoop_,
+            .audio = {hardware_, usb_, bluetooth_, applications_, operatingSystem_, mainLoop_, queues_},
+            .nowPlaying = {mainLoop_, mainQueues_, operatingSystem_, applications_, players_,
+                           notificationCenter_},
+            .coordinator = {mainLoop_,
+                            clock_,
+                            {hardware_, applications_, operatingSystem_},
+                            {fileSystem_, propertyLists_, applications_, accessibility_}}};
 }
 
 }  // namespace purlock::host_linux

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/clock.h"
+#include "base/run_loop_queues.h"
 #include "base/worker_pool.h"
 #include "platform/linux/accessibility/atspi_tree.h"
 #include "platform/linux/applications/desktop_applications.h"
@@ -41,6 +42,7 @@ class LinuxHost {
 
   private:
     QtRunLoop mainLoop_;
+    RunLoopQueues mainQueues_{mainLoop_};
     SystemClock clock_;
     HostOperatingSystem operatingSystem_;
     DiskApplicationFiles files_;
