@@ -228,10 +228,11 @@ class AnswerBuilder {
     }
 
     double clockRate(const NodeRecord& node, std::optional<double> playing) const {
-        if (node.clockRate) return *node.clockRate;
         const ServerSettings& settings = graph_.settings;
-        if (settings.forcedRate != 0 || !playing || node.state != NodeState::running)
-            return settings.defaultRate();
+        const bool runs = node.state == NodeState::running;
+        // A clock that stands still does not follow a rate that is forced meanwhile.
+        if (node.clockRate && (runs || settings.forcedRate == 0)) return *node.clockRate;
+        if (settings.forcedRate != 0 || !playing || !runs) return settings.defaultRate();
         const auto& allowed = settings.allowedRates;
         const bool follows =
             std::any_of(allowed.begin(), allowed.end(), [&](auto rate) { return rate == *playing; });

@@ -3,6 +3,7 @@
 #include <spa/param/param.h>
 #include <spa/utils/result.h>
 
+#include <chrono>
 #include <utility>
 
 #include "platform/linux/pipewire/dictionaries.h"
@@ -28,6 +29,10 @@ NodeState stateFromServer(pw_node_state state) {
             return NodeState::running;
     }
     return NodeState::error;
+}
+
+std::int64_t monotonicNow() {
+    return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds(1);
 }
 
 bool hasFormats(NodeRole role) {
@@ -82,8 +87,7 @@ void BoundObjects::Node::informed(const pw_node_info& info) {
         node->properties = nodeProperties(info.props);
     }
     if ((info.change_mask & PW_NODE_CHANGE_MASK_STATE) != 0) {
-        node->state = stateFromServer(info.state);
-        if (node->isSuspended()) node->clockRate.reset();
+        setState(*node, stateFromServer(info.state));
     }
     if ((info.change_mask & PW_NODE_CHANGE_MASK_PARAMS) != 0 && hasFormats(node->properties.role)) {
         for (std::uint32_t i = 0; i < info.n_params; ++i) {
@@ -92,6 +96,14 @@ void BoundObjects::Node::informed(const pw_node_info& info) {
         }
     }
     owner_.changed();
+}
+
+/// An idle node keeps its graph's clock, which may have another rate by the time that it runs again.
+void BoundObjects::Node::setState(NodeRecord& node, NodeState state) {
+    const bool ran = std::exchange(node.state, state) == NodeState::running;
+    const bool runs = state == NodeState::running;
+    if (ran && !runs) stopped_ = monotonicNow();
+    if (node.isSuspended() || (runs && !ran)) node.clockRate.reset();
 }
 
 void BoundObjects::Node::list(Parameter& parameter, std::uint32_t flags) {
@@ -139,10 +151,11 @@ void BoundObjects::Node::choosePreferred() {
         node->preferred = firstFormat(offered_.values, owner_.mirror().settings.defaultRate());
 }
 
-bool BoundObjects::Node::setClockRate(double rate) {
+bool BoundObjects::Node::sawClock(const GraphClock& clock) {
     NodeRecord* const node = record();
-    if (node == nullptr || node->isSuspended() || node->clockRate == rate) return false;
-    node->clockRate = rate;
+    if (node == nullptr || node->isSuspended() || node->clockRate == clock.rate) return false;
+    if (node->state == NodeState::running && clock.time <= stopped_) return false;
+    node->clockRate = clock.rate;
     return true;
 }
 

@@ -176,9 +176,9 @@ void BoundObjects::commit(std::uint64_t echo) {
     for (const auto& [id, node] : nodes_) node->commit(echo);
 }
 
-bool BoundObjects::setClockRate(std::uint32_t node, double rate) {
+bool BoundObjects::sawClock(std::uint32_t node, const GraphClock& clock) {
     const auto found = nodes_.find(node);
-    return found != nodes_.end() && found->second->setClockRate(rate);
+    return found != nodes_.end() && found->second->sawClock(clock);
 }
 
 }  // namespace purlock::host_linux

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/linux/pipewire/handles.h"
+#include "platform/linux/pipewire/profile_pod.h"
 #include "platform/linux/pipewire/records.h"
 
 namespace purlock::host_linux {
@@ -53,8 +54,8 @@ class BoundObjects {
     /// The echo of this number has come: answers that it vouches for are whole and go to the mirror.
     void commit(std::uint64_t echo);
 
-    /// The clock rate of the graph that a node belongs to; whether that is news.
-    bool setClockRate(std::uint32_t node, double rate);
+    /// A cycle of the graph that a node belongs to; whether its rate is news.
+    bool sawClock(std::uint32_t node, const GraphClock& clock);
 
   private:
     class Node;

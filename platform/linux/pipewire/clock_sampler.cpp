@@ -6,23 +6,23 @@ namespace purlock::host_linux {
 
 namespace {
 
-/// Long enough for a graph that has to stop and start again in order to change its rate.
-constexpr std::chrono::milliseconds samplingTime{700};
-
-void profiled(void* data, const spa_pod* pod) {
-    const auto report = PodView::fromLibrary(pod);
-    if (!report) return;
-    (*static_cast<const ClockSampler::Observer*>(data))(graphClocksFromPod(*report));
-}
-
-constexpr pw_profiler_events events = {.version = PW_VERSION_PROFILER_EVENTS, .profile = profiled};
+/// Two of the profiler's reports, and the time that a graph takes to stop and to start again with another
+/// rate.
+constexpr std::chrono::milliseconds samplingTime{2500};
 
 }  // namespace
 
+const pw_profiler_events ClockSampler::events = {
+    .version = PW_VERSION_PROFILER_EVENTS,
+    .profile = [](void* data, const spa_pod* pod) { static_cast<ClockSampler*>(data)->reported(pod); },
+};
+
 ClockSampler::ClockSampler(pw_loop* loop, pw_registry* registry, Observer observer)
-    : registry_(registry), observer_(std::move(observer)), end_(loop, [this] {
-          wanted_ = false;
-          listening_.reset();
+    : registry_(registry),
+      observer_(std::move(observer)),
+      end_(loop, [this] { end(); }),
+      glanced_(loop, [this] {
+          if (isGlance_) end();
       }) {}
 
 void ClockSampler::setProfiler(std::uint32_t id) {
@@ -38,8 +38,26 @@ void ClockSampler::removeProfiler(std::uint32_t id) {
 
 void ClockSampler::sample() {
     wanted_ = true;
+    isGlance_ = false;
     end_.arm(samplingTime);
     if (!listening_) begin();
+}
+
+void ClockSampler::glance() {
+    if (wanted_) return;
+    sample();
+    isGlance_ = true;
+}
+
+void ClockSampler::end() {
+    wanted_ = false;
+    end_.disarm();
+    listening_.reset();
+}
+
+void ClockSampler::reported(const spa_pod* pod) {
+    if (const auto report = PodView::fromLibrary(pod)) observer_(graphClocksFromPod(*report));
+    if (isGlance_) glanced_.arm(std::chrono::milliseconds(0));
 }
 
 void ClockSampler::begin() {
@@ -52,9 +70,7 @@ void ClockSampler::begin() {
         return;
     }
     auto* const profiler = reinterpret_cast<pw_profiler*>(listening_->proxy.get());
-    // The library hands the data back as it was given; the observer is only read.
-    pw_profiler_add_listener(profiler, listening_->listener.hook(), &events,
-                             const_cast<Observer*>(&observer_));
+    pw_profiler_add_listener(profiler, listening_->listener.hook(), &events, this);
 }
 
 }  // namespace purlock::host_linux

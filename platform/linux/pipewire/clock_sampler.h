@@ -15,9 +15,10 @@ namespace purlock::host_linux {
 /// Learns the clock rates of the running graphs, which the server tells nowhere but in its profiler's
 /// reports.
 ///
-/// A listener to the profiler is woken in every cycle of every graph, so it listens for a short while only
-/// after something has changed that may change a clock. An idle graph has no cycles. Owned by a session; the
-/// loop's thread.
+/// The profiler collects every cycle of every graph and reports at once when it begins to, then once a
+/// second. So it is listened to for a short while only, after something has changed that may change a clock,
+/// and now and then for one report, lest a change be missed that nothing announced. An idle graph has no
+/// cycles. Owned by a session; the loop's thread.
 class ClockSampler {
   public:
     using Observer = std::function<void(const std::vector<GraphClock>&)>;
@@ -31,6 +32,9 @@ class ClockSampler {
     /// Listens from now on for a while; anew if it does already.
     void sample();
 
+    /// Listens until the next report, and no longer than `sample` does.
+    void glance();
+
     bool isSampling() const { return listening_.has_value(); }
 
   private:
@@ -41,13 +45,19 @@ class ClockSampler {
     };
 
     void begin();
+    void end();
+    void reported(const spa_pod* pod);
+
+    static const pw_profiler_events events;
 
     pw_registry* const registry_;
     const Observer observer_;
     std::optional<std::uint32_t> profiler_;
     bool wanted_ = false;
+    bool isGlance_ = false;
     std::optional<Listening> listening_;
     LoopTimer end_;
+    LoopTimer glanced_;  // a proxy must not end within its own event
 };
 
 }  // namespace purlock::host_linux

@@ -43,6 +43,10 @@ std::optional<std::int32_t> PodView::integer() const {
     return type_ == SPA_TYPE_Int ? read<std::int32_t>() : std::nullopt;
 }
 
+std::optional<std::int64_t> PodView::longInteger() const {
+    return type_ == SPA_TYPE_Long ? read<std::int64_t>() : std::nullopt;
+}
+
 std::optional<PodView::Fraction> PodView::fraction() const {
     return type_ == SPA_TYPE_Fraction ? read<Fraction>() : std::nullopt;
 }

@@ -26,6 +26,7 @@ class PodView {
 
     std::optional<std::uint32_t> id() const;
     std::optional<std::int32_t> integer() const;
+    std::optional<std::int64_t> longInteger() const;
     struct Fraction {
         std::uint32_t numerator;
         std::uint32_t denominator;

@@ -10,15 +10,20 @@ namespace purlock::host_linux {
 
 namespace {
 
-constexpr std::size_t rateMember = 4;  // of the clock's struct: flags, id, name, time, rate
+// The clock's struct: flags, id, name, time, rate.
+constexpr std::size_t timeMember = 3;
+constexpr std::size_t rateMember = 4;
 constexpr std::size_t mostNodes = 4096;
 
-std::optional<double> rateFromClock(const PodView& clock) {
+/// A cycle that drives nothing yet.
+std::optional<GraphClock> cycleFromClock(const PodView& clock) {
     const auto members = clock.members();
     if (members.size() <= rateMember) return std::nullopt;
+    const auto time = members[timeMember].longInteger();
     const auto fraction = members[rateMember].fraction();  // the length of a frame in seconds
-    if (!fraction || fraction->numerator == 0 || fraction->denominator == 0) return std::nullopt;
-    return static_cast<double>(fraction->denominator) / static_cast<double>(fraction->numerator);
+    if (!time || !fraction || fraction->numerator == 0 || fraction->denominator == 0) return std::nullopt;
+    const double rate = static_cast<double>(fraction->denominator) / static_cast<double>(fraction->numerator);
+    return GraphClock{.rate = rate, .time = *time, .nodes = {}};
 }
 
 std::optional<std::uint32_t> nodeFromBlock(const PodView& block) {
@@ -30,18 +35,18 @@ std::optional<std::uint32_t> nodeFromBlock(const PodView& block) {
 }
 
 std::optional<GraphClock> graphClock(const PodView& object) {
-    std::optional<double> rate;
+    std::optional<GraphClock> clock;
     std::optional<std::uint32_t> driver;
     std::vector<std::uint32_t> followers;
     for (const PodView::Property& property : object.properties(SPA_TYPE_OBJECT_Profiler)) {
-        if (property.key == SPA_PROFILER_clock) rate = rateFromClock(property.value);
+        if (property.key == SPA_PROFILER_clock) clock = cycleFromClock(property.value);
         if (property.key == SPA_PROFILER_driverBlock) driver = nodeFromBlock(property.value);
         if (property.key != SPA_PROFILER_followerBlock || followers.size() >= mostNodes) continue;
         if (const auto follower = nodeFromBlock(property.value)) followers.push_back(*follower);
     }
-    if (!rate || !driver) return std::nullopt;
-    GraphClock clock{*rate, {*driver}};
-    clock.nodes.insert(clock.nodes.end(), followers.begin(), followers.end());
+    if (!clock || !driver) return std::nullopt;
+    clock->nodes.push_back(*driver);
+    clock->nodes.insert(clock->nodes.end(), followers.begin(), followers.end());
     return clock;
 }
 

@@ -57,7 +57,7 @@ struct NodeRecord {
     bool isArriving = false;               // named by the server, which has not told all of it yet
     std::optional<SoundFormat> format;     // negotiated; absent while suspended
     std::optional<SoundFormat> preferred;  // what it would be opened with
-    std::optional<double> clockRate;       // Hz, of the graph that drives it, as last seen
+    std::optional<double> clockRate;       // Hz, of the graph that drives it, as last seen in this run
 
     bool isSuspended() const { return state == NodeState::suspended || state == NodeState::creating; }
 };

@@ -110,7 +110,7 @@ void Session::failed(std::uint32_t id, int result) {
 void Session::sawClocks(const std::vector<GraphClock>& clocks) {
     bool isNew = false;
     for (const GraphClock& clock : clocks) {
-        for (const std::uint32_t id : clock.nodes) isNew = objects_.setClockRate(id, clock.rate) || isNew;
+        for (const std::uint32_t id : clock.nodes) isNew = objects_.sawClock(id, clock) || isNew;
     }
     if (isNew) observers_.clocksChanged();
 }

@@ -48,6 +48,9 @@ class Session final : private BoundObjects::Owner {
     /// Something changed that may change the graphs' clocks.
     void sampleClocks() { clocks_.sample(); }
 
+    /// Whether something did all the same.
+    void glanceAtClocks() { clocks_.glance(); }
+
   private:
     void global(std::uint32_t id, const char* type, std::uint32_t version, const spa_dict* properties);
     void globalRemoved(std::uint32_t id);

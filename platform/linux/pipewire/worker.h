@@ -44,6 +44,7 @@ class PipeWireHardware::Worker {
     void settled();
     void publish();
     void sampleClocksIfChanged();
+    void glanceNowAndThen();
     void checkUp();
 
     PipeWireLibrary library_;
@@ -61,6 +62,8 @@ class PipeWireHardware::Worker {
     std::uint64_t connection_ = 0;
     Milliseconds delay_{0};
     std::string clockInfluences_;
+    int glanceDistance_ = 0;  // in check-ups
+    int checkUpsToGlance_ = 0;
     std::atomic<std::int64_t> nextCheckUp_;  // steady clock, ns; the greatest value for never
 };
 

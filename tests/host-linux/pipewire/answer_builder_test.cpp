@@ -143,6 +143,30 @@ TEST_F(AnswerBuilderTest, VirtualRate) {
     }
 }
 
+TEST_F(AnswerBuilderTest, AForcedRateIsThatOfAClockThatStandsStill) {
+    struct Case {
+        const char* name;
+        NodeState state;
+        std::uint32_t forced;
+        double expected;
+    };
+    const Case cases[] = {
+        {"idle", NodeState::idle, 0, 44100},
+        {"idle, another rate is forced", NodeState::idle, 96000, 96000},
+        {"running", NodeState::running, 0, 44100},
+        {"running, the forced rate has not arrived", NodeState::running, 96000, 44100},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.name);
+        graph = {};
+        NodeRecord& sink = addSink(10, "sink", 48000);
+        sink.state = row.state;
+        sink.clockRate = 44100;
+        graph.settings.forcedRate = row.forced;
+        EXPECT_EQ(virtualRate(build().devices()[0]), row.expected);
+    }
+}
+
 TEST_F(AnswerBuilderTest, WhatPassesThroughIsFedUnchanged) {
     NodeRecord& sink = addSink(10, "sink", 48000);
     for (const SoundKind kind : {SoundKind::encoded, SoundKind::dsd}) {

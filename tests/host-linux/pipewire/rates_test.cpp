@@ -100,5 +100,32 @@ TEST_F(ClockOfTheGraph, IsTheServersOwnWordForTwoStreamsOnOneClock) {
         << " " << observer().virtualRate(observer().deviceByUID("high"));
 }
 
+/// The server may tell of cycles from before once the sink plays again.
+TEST_F(ClockOfTheGraph, OfAnEarlierRunIsForgotten) {
+    for (const char* const name : {"first", "second"}) {
+        ASSERT_TRUE(session.startTunnelSink(name, "S16LE", 48000));
+    }
+    const auto second = [&] { return observer().virtualRate(observer().deviceByUID("second")); };
+    const auto play = [&](const char* sink) {
+        ASSERT_TRUE(session.setDefaultSink(sink));
+        session.spawn("player", {"pacat", "--raw", "--format=s16le", "--rate=48000", "/dev/zero"});
+        ASSERT_TRUE(waitUntil([&] { return observer().isRunning(observer().deviceByUID(sink)); }));
+    };
+    ASSERT_TRUE(session.forceClockRate(44100));
+    ASSERT_NO_FATAL_FAILURE(play("second"));
+    ASSERT_TRUE(waitUntil([&] { return second() == 44100; })) << second();
+    session.process("player").kill();
+    ASSERT_TRUE(waitUntil([&] { return !observer().isRunning(observer().deviceByUID("second")); }));
+    ASSERT_TRUE(session.forceClockRate(96000));
+    constexpr std::chrono::seconds soon(2);
+    EXPECT_TRUE(waitUntil([&] { return second() == 96000; }, soon)) << "idle: " << second();
+    ASSERT_NO_FATAL_FAILURE(play("first"));
+    ASSERT_TRUE(session.setDefaultSink("second"));
+    ASSERT_TRUE(waitUntil([&] { return observer().isRunning(observer().deviceByUID("second")); }));
+    EXPECT_TRUE(waitUntil([&] { return second() == 96000; }, soon)) << "playing: " << second();
+    const bool left = waitUntil([&] { return second() != 96000; }, std::chrono::milliseconds(1500));
+    EXPECT_FALSE(left) << second();
+}
+
 }  // namespace
 }  // namespace purlock
