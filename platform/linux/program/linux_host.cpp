@@ -28,7 +28,20 @@ std::string queueLabel(const char* suffix) {
     return std::string(applicationIdentifier) + suffix;
 }
 
+class HiddenItem final : public StatusItem, public StatusButton {
+  public:
+    StatusButton* button() override { return this; }
+    void setImage(const SymbolImage&) override {}
+    void setAction(std::function<void()>) override {}
+    void setToolTip(const std::string&) override {}
+    Rect windowFrame() const override { return {}; }
+};
+
 }  // namespace
+
+std::unique_ptr<StatusItem> NoStatusBar::statusItemWithLength(double /*length*/) {
+    return std::make_unique<HiddenItem>();
+}
 
 LinuxHost::LinuxHost()
     : files_(dataDirectory()),
@@ -62,7 +75,8 @@ AppDelegateSeams LinuxHost::seams() {
             .coordinator = {mainLoop_,
                             clock_,
                             {hardware_, applications_, operatingSystem_},
-                            {fileSystem_, propertyLists_, applications_, accessibility_}}};
+                            {fileSystem_, propertyLists_, applications_, accessibility_}},
+            .windows = {application_, statusBar_, panels_, outsideClicks_, workspace_, accessibilityPrompt_}};
 }
 
 }  // namespace purlock::host_linux

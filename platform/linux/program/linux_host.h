@@ -7,6 +7,9 @@
 #include "platform/linux/applications/desktop_applications.h"
 #include "platform/linux/bluetooth/bluez_stack.h"
 #include "platform/linux/dbus/bus_thread.h"
+#include "platform/linux/desktop/desktop_services.h"
+#include "platform/linux/desktop/outside_clicks.h"
+#include "platform/linux/desktop/qt_panel_window.h"
 #include "platform/linux/desktop/qt_run_loop.h"
 #include "platform/linux/nowplaying/main_notification_center.h"
 #include "platform/linux/nowplaying/mpris_framework.h"
@@ -19,6 +22,22 @@
 #include "ui/app_delegate.h"
 
 namespace purlock::host_linux {
+
+/// What the prompt leads to on Linux: accessibility is switched on for the session, without a question.
+class EnableAccessibility final : public AccessibilityPrompt {
+  public:
+    explicit EnableAccessibility(AtSpiTree& tree) : tree_(tree) {}
+    void request() override { tree_.enable(); }
+
+  private:
+    AtSpiTree& tree_;
+};
+
+/// A status item that is nowhere to be seen.
+class NoStatusBar final : public StatusBar {
+  public:
+    std::unique_ptr<StatusItem> statusItemWithLength(double length) override;
+};
 
 /// Every service of the Linux host, made and ended in the order in which they need each other.
 ///
@@ -53,10 +72,16 @@ class LinuxHost {
     MainNotificationCenter notificationCenter_;
     MprisFrameworkLoader players_;
     AtSpiTree accessibility_;
+    EnableAccessibility accessibilityPrompt_{accessibility_};
     BlueZStack bluetooth_;
     SysfsUsbRegistry usb_;
     DesktopApplications applications_;
     PipeWireHardware hardware_;
+    QtApplication application_;
+    QtWorkspace workspace_;
+    OutsideClicks outsideClicks_{mainLoop_};
+    QtPanelWindows panels_;
+    NoStatusBar statusBar_;
 };
 
 }  // namespace purlock::host_linux

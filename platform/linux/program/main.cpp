@@ -1,9 +1,10 @@
-#include <QCoreApplication>
+#include <QApplication>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 
+#include "platform/linux/desktop/display.h"
 #include "platform/linux/program/linux_host.h"
 #include "platform/linux/program/quit_signals.h"
 #include "platform/linux/storage/instance_lock.h"
@@ -32,13 +33,17 @@ int run() {
     host.provideSharedServices();
     const auto shell = std::make_shared<AppDelegate>(host.seams());
     shell->applicationDidFinishLaunching();
-    return QCoreApplication::exec();
+    return QApplication::exec();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    QCoreApplication::setApplicationName("Purlock");
-    const QCoreApplication application(argc, argv);
+    chooseDisplay();
+    QApplication::setApplicationName("Purlock");
+    QApplication::setDesktopFileName("org.purlock.Purlock");
+    QApplication::setQuitOnLastWindowClosed(false);
+    const QApplication application(argc, argv);
+    applyDarkLook();
     return run();
 }

@@ -1,0 +1,76 @@
+#include "platform/linux/desktop/box.h"
+
+#include <QGridLayout>
+#include <QPainter>
+#include <algorithm>
+
+#include "platform/linux/desktop/view_style.h"
+
+namespace purlock::host_linux {
+
+namespace {
+
+/// Whether a child takes the whole height of its row: bars that have no height of their own.
+Qt::Alignment alignment(const QBoxLayout& layout, const QWidget& child) {
+    const bool inRow = layout.direction() == QBoxLayout::LeftToRight;
+    const bool fills = child.sizePolicy().verticalPolicy() == QSizePolicy::Expanding;
+    return inRow && !fills ? Qt::AlignVCenter : Qt::Alignment();
+}
+
+}  // namespace
+
+Box::Box(QBoxLayout::Direction direction, QWidget* parent)
+    : QWidget(parent), layout_(new QBoxLayout(direction, this)) {
+    layout_->setContentsMargins(0, 0, 0, 0);
+    layout_->setSpacing(0);
+}
+
+void Box::setPadding(const Padding& padding) {
+    const int across = static_cast<int>(padding.horizontal);
+    const int down = static_cast<int>(padding.vertical);
+    const QMargins margins(across, down, across, down);
+    if (margins != layout_->contentsMargins()) layout_->setContentsMargins(margins);
+}
+
+void Box::setBackground(const std::optional<Background>& background) {
+    if (background == background_) return;
+    background_ = background;
+    update();
+}
+
+void Box::arrange(const std::vector<QWidget*>& children) {
+    for (int i = 0; i < static_cast<int>(children.size()); ++i) {
+        QWidget* child = children[static_cast<std::size_t>(i)];
+        const QLayoutItem* item = layout_->itemAt(i);
+        if (item && item->widget() == child) continue;
+        layout_->removeWidget(child);
+        layout_->insertWidget(i, child, 0, alignment(*layout_, *child));
+        child->show();
+    }
+}
+
+void Box::paintEvent(QPaintEvent* /*event*/) {
+    if (!background_) return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(qtColor(background_->color));
+    painter.drawRoundedRect(rect(), background_->cornerRadius, background_->cornerRadius);
+}
+
+Stack::Stack(QWidget* parent) : QWidget(parent) {
+    auto* grid = new QGridLayout(this);
+    grid->setContentsMargins(0, 0, 0, 0);
+}
+
+void Stack::arrange(const std::vector<QWidget*>& children) {
+    auto* grid = static_cast<QGridLayout*>(layout());
+    for (QWidget* child : children) {
+        if (grid->indexOf(child) >= 0) continue;
+        grid->addWidget(child, 0, 0, Qt::AlignCenter);
+        child->show();
+        child->raise();
+    }
+}
+
+}  // namespace purlock::host_linux

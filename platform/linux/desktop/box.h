@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QBoxLayout>
+#include <QWidget>
+#include <optional>
+#include <vector>
+
+#include "ui/view.h"
+
+namespace purlock::host_linux {
+
+/// A row or column with room and a rounded ground around it.
+class Box final : public QWidget {
+  public:
+    Box(QBoxLayout::Direction direction, QWidget* parent);
+
+    void setSpacing(double spacing) { layout_->setSpacing(static_cast<int>(spacing)); }
+    void setPadding(const Padding& padding);
+    void setBackground(const std::optional<Background>& background);
+
+    /// Puts the children into that order, adding and leaving out what differs.
+    void arrange(const std::vector<QWidget*>& children);
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    QBoxLayout* const layout_;  // belongs to this
+    std::optional<Background> background_;
+};
+
+/// Children over one another, centred.
+class Stack final : public QWidget {
+  public:
+    explicit Stack(QWidget* parent);
+    void arrange(const std::vector<QWidget*>& children);
+};
+
+/// Room that stays empty.
+class Gap final : public QWidget {
+  public:
+    using QWidget::QWidget;
+    void show(const Space& content) {
+        setFixedSize(static_cast<int>(content.width), static_cast<int>(content.height));
+    }
+    void showFlexible() { setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Minimum); }
+};
+
+}  // namespace purlock::host_linux

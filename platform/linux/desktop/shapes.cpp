@@ -1,0 +1,130 @@
+#include "platform/linux/desktop/shapes.h"
+
+#include <QEasingCurve>
+#include <QPainter>
+#include <cmath>
+
+#include "platform/linux/desktop/symbols.h"
+#include "platform/linux/desktop/view_style.h"
+
+namespace purlock::host_linux {
+
+namespace {
+
+/// The curve that style sheets call "ease-out".
+QEasingCurve easeOut() {
+    QEasingCurve curve(QEasingCurve::BezierSpline);
+    curve.addCubicBezierSegment({0, 0}, {0.58, 1}, {1, 1});
+    return curve;
+}
+
+int pixels(double points) {
+    return static_cast<int>(std::ceil(points));
+}
+
+}  // namespace
+
+void Drawing::setWords(const QString& words, const QString& help) {
+    const QString name = words.isEmpty() ? help : words;
+    if (name != accessibleName()) {
+        setText(name);
+        setAccessibleName(name);
+    }
+    const QString tip = toolTipText(help);
+    if (tip != toolTip()) setToolTip(tip);
+}
+
+void SymbolDrawing::show(const Symbol& content) {
+    if (content_ == content) return;
+    content_ = content;
+    const QSize size =
+        symbolImage(content.name, content.font.size, content.font.weight, qtColor(content.color), 1).size();
+    setFixedSize(size.isEmpty() ? QSize(pixels(content.font.size), pixels(content.font.size)) : size);
+    update();
+}
+
+void SymbolDrawing::paintEvent(QPaintEvent* /*event*/) {
+    if (!content_) return;
+    const QImage image = symbolImage(content_->name, content_->font.size, content_->font.weight,
+                                     qtColor(content_->color), devicePixelRatioF());
+    if (image.isNull()) return;
+    const QSizeF size = image.deviceIndependentSize();
+    QPainter(this).drawImage(QPointF((width() - size.width()) / 2, (height() - size.height()) / 2), image);
+}
+
+void CircleDrawing::show(const Circle& content) {
+    if (content_ == content) return;
+    const bool appears = !content_;
+    content_ = content;
+    setFixedSize(pixels(content.diameter), pixels(content.diameter));
+    if (content.animation && !appears && isVisible()) {
+        fadeTo(content.opacity, *content.animation);
+    } else {
+        fading_.stop();
+        opacity_ = content.opacity;
+    }
+    update();
+}
+
+void CircleDrawing::fadeTo(double opacity, const EaseOut& animation) {
+    fading_.stop();
+    fading_.disconnect(this);
+    connect(&fading_, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
+        opacity_ = value.toDouble();
+        update();
+    });
+    fading_.setEasingCurve(easeOut());
+    fading_.setDuration(static_cast<int>(animation.seconds * 1000));
+    fading_.setStartValue(opacity_);
+    fading_.setEndValue(opacity);
+    fading_.start();
+}
+
+void CircleDrawing::paintEvent(QPaintEvent* /*event*/) {
+    if (!content_) return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setOpacity(opacity_);
+    QRectF outline(0, 0, content_->diameter, content_->diameter);
+    outline.moveCenter(QRectF(rect()).center());
+    painter.setPen(Qt::NoPen);
+    if (content_->fill) {
+        painter.setBrush(qtColor(*content_->fill));
+        painter.drawEllipse(outline);
+    }
+    if (content_->stroke) {
+        // Inside the frame by half a line, where a stroke on the outline would be cut off.
+        const double half = content_->stroke->width / 2;
+        painter.setBrush(Qt::NoBrush);
+        painter.setPen(QPen(qtColor(content_->stroke->color), content_->stroke->width));
+        painter.drawEllipse(outline.adjusted(half, half, -half, -half));
+    }
+}
+
+void Rule::show(const Bar& content) {
+    setFixedWidth(pixels(content.width));
+    if (content.height) {
+        setFixedHeight(pixels(*content.height));
+    } else {
+        setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Expanding);
+    }
+    setColor(qtColor(content.color));
+}
+
+void Rule::show(const Background& content) {
+    setFixedHeight(1);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    setColor(qtColor(content.color));
+}
+
+void Rule::setColor(const QColor& color) {
+    if (color == color_) return;
+    color_ = color;
+    update();
+}
+
+void Rule::paintEvent(QPaintEvent* /*event*/) {
+    QPainter(this).fillRect(rect(), color_);
+}
+
+}  // namespace purlock::host_linux
