@@ -35,7 +35,7 @@ bool DiskApplicationFiles::createFile(const fs::path& file, std::string_view byt
 }
 
 bool DiskApplicationFiles::replaceFile(const fs::path& file, std::string_view bytes) {
-    return host_linux::replaceFile(file, bytes);
+    return replaceTransientFile(file, bytes);
 }
 
 }  // namespace purlock::host_linux

@@ -10,8 +10,8 @@ namespace purlock::host_linux {
 
 /// The program's own files on the disk, below the user's data folder. Any thread.
 ///
-/// Replacing goes through a rename in the same folder and appending through one write in append mode; neither
-/// waits for the disk.
+/// Replacing goes through an exchange with a new file in the same folder and appending through one write in
+/// append mode; neither waits for the disk.
 class DiskApplicationFiles final : public ApplicationFiles {
   public:
     /// `dataDirectory` is the user's folder for application data, as directories.h finds it.

@@ -44,6 +44,30 @@ bool writeNamed(const fs::path& temporary, std::string_view text) {
     return file && writeAll(file.get(), text);
 }
 
+bool moveOver(const fs::path& from, const fs::path& to) {
+    return ::rename(from.c_str(), to.c_str()) == 0;
+}
+
+/// Only with a regular file, for a folder would change its name. Not every file system can.
+bool exchange(const fs::path& from, const fs::path& to) {
+    struct stat target {};
+    if (::lstat(to.c_str(), &target) != 0 || !S_ISREG(target.st_mode)) return false;
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_EXCHANGE) != 0) return false;
+    ::unlink(from.c_str());
+    return true;
+}
+
+/// Writes a temporary file and has `finish` give it the place of `file`.
+template <typename Finish>
+bool replaceBy(Finish finish, const fs::path& file, std::string_view text) {
+    fs::path temporary = file;
+    temporary.replace_filename("." + file.filename().string() + ".new");
+    const bool written = writeNameless(file.parent_path(), temporary, text) || writeNamed(temporary, text);
+    if (written && finish(temporary, file)) return true;
+    ::unlink(temporary.c_str());
+    return false;
+}
+
 /// One write at the end of the file; a part that a full disk let through is cut off again.
 bool appendWhole(int descriptor, std::string_view bytes) {
     ssize_t count = -1;
@@ -59,12 +83,13 @@ bool appendWhole(int descriptor, std::string_view bytes) {
 }  // namespace
 
 bool replaceFile(const fs::path& file, std::string_view text) {
-    fs::path temporary = file;
-    temporary.replace_filename("." + file.filename().string() + ".new");
-    const bool written = writeNameless(file.parent_path(), temporary, text) || writeNamed(temporary, text);
-    if (written && ::rename(temporary.c_str(), file.c_str()) == 0) return true;
-    ::unlink(temporary.c_str());
-    return false;
+    return replaceBy(moveOver, file, text);
+}
+
+bool replaceTransientFile(const fs::path& file, std::string_view text) {
+    return replaceBy(
+        [](const fs::path& from, const fs::path& to) { return exchange(from, to) || moveOver(from, to); },
+        file, text);
 }
 
 bool appendToFile(const fs::path& file, std::string_view bytes) {

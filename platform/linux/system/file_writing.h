@@ -11,6 +11,11 @@ namespace purlock::host_linux {
 /// was done.
 bool replaceFile(const std::filesystem::path& file, std::string_view text);
 
+/// As `replaceFile`, for a file that is rewritten all the time. A file system that guards a replaced file
+/// against a power cut (ext4) starts writing it to the disk at each renaming and has the caller wait for
+/// that; exchanging the two files spares it. After a power cut the file may be empty.
+bool replaceTransientFile(const std::filesystem::path& file, std::string_view text);
+
 // Both of these make one write, so that lines of two writers never mix, and take back what a full disk let
 // through of it. Neither waits for a pipe or a device in the file's place. They return whether all of it was
 // written.

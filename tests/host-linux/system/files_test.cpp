@@ -1,11 +1,13 @@
 #include "platform/linux/system/files.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <atomic>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <thread>
 
 #include "platform/linux/system/file_writing.h"
@@ -53,51 +55,65 @@ std::size_t filesIn(const fs::path& folder) {
     return count;
 }
 
-TEST(ReplaceFile, WritesAndReplaces) {
+/// Both ways of replacing keep the same promises.
+using Replace = bool (*)(const fs::path& file, std::string_view text);
+
+class ReplaceFile : public testing::TestWithParam<Replace> {
+  protected:
+    const Replace replace = GetParam();
+};
+
+INSTANTIATE_TEST_SUITE_P(Ways, ReplaceFile, testing::Values(&replaceFile, &replaceTransientFile),
+                         [](const auto& each) {
+                             return std::string(each.param == &replaceFile ? "Moved" : "Exchanged");
+                         });
+
+TEST_P(ReplaceFile, WritesAndReplaces) {
     const test::TemporaryFolder folder;
     const fs::path file = folder.path() / "file";
-    EXPECT_TRUE(replaceFile(file, "one"));
+    EXPECT_TRUE(replace(file, "one"));
     EXPECT_EQ(contentsOf(file), "one");
-    EXPECT_TRUE(replaceFile(file, ""));
+    EXPECT_TRUE(replace(file, ""));
     EXPECT_EQ(contentsOf(file), "");
     EXPECT_EQ(filesIn(folder.path()), 1U);
 }
 
-TEST(ReplaceFile, ALeftoverOfACrashIsNoObstacle) {
+TEST_P(ReplaceFile, ALeftoverOfACrashIsNoObstacle) {
     const test::TemporaryFolder folder;
     writeFile(folder.path() / ".file.new", "half");
-    EXPECT_TRUE(replaceFile(folder.path() / "file", "whole"));
+    EXPECT_TRUE(replace(folder.path() / "file", "whole"));
     EXPECT_EQ(contentsOf(folder.path() / "file"), "whole");
     EXPECT_EQ(filesIn(folder.path()), 1U);
 }
 
-TEST(ReplaceFile, ReplacesASymbolicLinkAndLeavesItsTarget) {
+TEST_P(ReplaceFile, ReplacesASymbolicLinkAndLeavesItsTarget) {
     const test::TemporaryFolder folder;
     writeFile(folder.path() / "target", "kept");
     fs::create_symlink("target", folder.path() / "file");
     fs::create_symlink("target", folder.path() / ".file.new");
-    EXPECT_TRUE(replaceFile(folder.path() / "file", "new"));
+    EXPECT_TRUE(replace(folder.path() / "file", "new"));
     EXPECT_EQ(contentsOf(folder.path() / "target"), "kept");
     EXPECT_EQ(contentsOf(folder.path() / "file"), "new");
 }
 
-TEST(ReplaceFile, FailsWhereItCannotWriteAndLeavesNothing) {
+TEST_P(ReplaceFile, FailsWhereItCannotWriteAndLeavesNothing) {
     const test::TemporaryFolder folder;
-    EXPECT_FALSE(replaceFile(folder.path() / "missing" / "file", "text"));
-    fs::create_directory(folder.path() / "file");
-    EXPECT_FALSE(replaceFile(folder.path() / "file", "text"));
+    EXPECT_FALSE(replace(folder.path() / "missing" / "file", "text"));
+    writeFile(folder.path() / "file" / "inner", "kept");
+    EXPECT_FALSE(replace(folder.path() / "file", "text"));
+    EXPECT_EQ(contentsOf(folder.path() / "file" / "inner"), "kept");
     EXPECT_EQ(filesIn(folder.path()), 1U);
 }
 
-TEST(ReplaceFile, AReaderNeverSeesHalfAFile) {
+TEST_P(ReplaceFile, AReaderNeverSeesHalfAFile) {
     const test::TemporaryFolder folder;
     const fs::path file = folder.path() / "file";
     const std::string a(50000, 'a');
     const std::string b(70000, 'b');
-    ASSERT_TRUE(replaceFile(file, a));
+    ASSERT_TRUE(replace(file, a));
     std::atomic<bool> done = false;
     std::thread writer([&] {
-        for (int i = 0; i < 300; ++i) replaceFile(file, i % 2 == 0 ? b : a);
+        for (int i = 0; i < 300; ++i) replace(file, i % 2 == 0 ? b : a);
         done = true;
     });
     std::size_t reads = 0;
@@ -107,6 +123,20 @@ TEST(ReplaceFile, AReaderNeverSeesHalfAFile) {
         ++reads;
     }
     writer.join();
+}
+
+TEST(ReplaceTransientFile, MakesNobodyWaitForTheDisk) {
+    const test::TemporaryFolder folder;
+    const fs::path file = folder.path() / "file";
+    const auto switches = [] {
+        rusage use{};
+        getrusage(RUSAGE_THREAD, &use);
+        return use.ru_nvcsw;
+    };
+    ASSERT_TRUE(replaceTransientFile(file, "first"));
+    const long before = switches();
+    for (int i = 0; i < 50; ++i) ASSERT_TRUE(replaceTransientFile(file, std::string(600, 'x')));
+    EXPECT_LT(switches() - before, 25) << "one a file when the disk is waited for";
 }
 
 }  // namespace
