@@ -15,6 +15,7 @@ using Quality = SignalStage::Quality;
 using Severity = Diagnostic::Severity;
 
 constexpr Font caption{10, FontWeight::semibold};
+constexpr double betweenStages = 2;  // close enough to read as a chain
 
 /// Higher is worse.
 int rank(Quality quality) {
@@ -75,7 +76,7 @@ View badge(const SignalStage& stage) {
     View badge = container(Overlay{}, {disc(22, withOpacity(color, 0.25)), ring(22, color, 1.5),
                                        symbol(std::string(kindSymbol(stage.kind)), caption, color)});
     badge.frame = Size{22, 22};
-    badge.label = qualityWords(stage.quality);
+    badge.children.back().label = qualityWords(stage.quality);
     return badge;
 }
 
@@ -157,7 +158,7 @@ std::string_view transitionLabel(Kind from, Kind to) {
 }
 
 View SignalPathPanel::body() const {
-    View panel = column(0, {});
+    View panel = column(betweenStages, {});
     for (std::size_t i = 0; i < report.stages.size(); ++i) {
         panel.children.push_back(StageRow{report.stages[i]}.body());
         if (i + 1 < report.stages.size()) {

@@ -55,6 +55,7 @@ bool clickOnReturn(QAbstractButton& button, const QKeyEvent& event) {
 
 PlainButton::PlainButton(const PerformAction& perform, QWidget* parent) : QAbstractButton(parent) {
     setFocusPolicy(Qt::TabFocus);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);  // a face that wraps may grow
     // A copy: what the action leads to may change this button's own.
     connect(this, &QAbstractButton::clicked, this, [this, &perform] { perform(Action(action_)); });
 }

@@ -1,73 +1,20 @@
 #include "platform/linux/desktop/qt_panel_window.h"
 
-#include <QCloseEvent>
 #include <QGuiApplication>
-#include <QKeyEvent>
-#include <QPainter>
 #include <QScreen>
-#include <QVBoxLayout>
-#include <QWidget>
-#include <algorithm>
 #include <utility>
 
-#include "platform/linux/desktop/view_style.h"
-#include "platform/linux/desktop/view_tree.h"
-#include "ui/view_parts.h"
+#include "platform/linux/desktop/panel_surface.h"
 
 namespace purlock::host_linux {
 
 namespace {
-
-constexpr Color ground{0.145, 0.145, 0.155, 1};
 
 /// Screen points with y upwards from the bottom edge of the primary screen, and Qt's with y downwards.
 double flipped(double y, double height) {
     const QScreen* screen = QGuiApplication::primaryScreen();
     return screen ? screen->geometry().bottom() + 1 - (y + height) : y;
 }
-
-/// The window itself: a dark ground with a faint edge.
-class Surface final : public QWidget {
-  public:
-    explicit Surface(PanelWindowEvents events) : events_(std::move(events)), tree_(events_.onAction) {
-        setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
-        setWindowTitle(QStringLiteral("Purlock"));
-        setAttribute(Qt::WA_QuitOnClose, false);
-        setAttribute(Qt::WA_OpaquePaintEvent);
-    }
-
-    void setContent(const View& content) {
-        QWidget* root = tree_.show(content, this);
-        root->move(0, 0);
-        root->show();
-    }
-
-  protected:
-    void paintEvent(QPaintEvent* event) override {
-        QPainter painter(this);
-        painter.fillRect(event->rect(), qtColor(ground));
-        painter.setPen(qtColor(white(0.12)));
-        painter.drawRect(rect().adjusted(0, 0, -1, -1));
-    }
-
-    void keyPressEvent(QKeyEvent* event) override {
-        if (event->key() == Qt::Key_Escape) {
-            events_.onCancel();
-        } else {
-            QWidget::keyPressEvent(event);
-        }
-    }
-
-    /// The desktop's own way of closing a window hides it, as Escape does.
-    void closeEvent(QCloseEvent* event) override {
-        event->ignore();
-        events_.onCancel();
-    }
-
-  private:
-    const PanelWindowEvents events_;
-    ViewTree tree_;
-};
 
 class QtPanelWindow final : public PanelWindow {
   public:
@@ -97,9 +44,9 @@ class QtPanelWindow final : public PanelWindow {
     }
 
   private:
-    Surface& surface() {
+    PanelSurface& surface() {
         if (!surface_) {
-            surface_ = std::make_unique<Surface>(events_);
+            surface_ = std::make_unique<PanelSurface>(events_);
             surface_->setFixedSize(static_cast<int>(frame_.width), static_cast<int>(frame_.height));
         }
         return *surface_;
@@ -111,7 +58,7 @@ class QtPanelWindow final : public PanelWindow {
 
     const PanelWindowEvents events_;
     Rect frame_;
-    std::unique_ptr<Surface> surface_;
+    std::unique_ptr<PanelSurface> surface_;
 };
 
 }  // namespace

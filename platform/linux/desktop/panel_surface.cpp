@@ -1,0 +1,67 @@
+#include "platform/linux/desktop/panel_surface.h"
+
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QPaintEvent>
+#include <QPainter>
+#include <utility>
+
+#include "platform/linux/desktop/view_style.h"
+#include "ui/view_parts.h"
+
+namespace purlock::host_linux {
+
+namespace {
+
+constexpr Color ground{0.145, 0.145, 0.155, 1};
+
+}  // namespace
+
+PanelSurface::PanelSurface(PanelWindowEvents events) : events_(std::move(events)), tree_(events_.onAction) {
+    setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+    setWindowTitle(QStringLiteral("Purlock"));
+    setAttribute(Qt::WA_QuitOnClose, false);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+}
+
+void PanelSurface::setContent(const View& content) {
+    QWidget* root = tree_.show(content, this);
+    root->move(0, 0);
+    root->show();
+    if (isVisible()) settleLayout();
+}
+
+/// Layouts inform one another by posted events, a level at a time. All of them are let through before anything
+/// is painted, so that nobody sees a text in the place of the one before it.
+void PanelSurface::settleLayout() {
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+}
+
+void PanelSurface::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    settleLayout();
+}
+
+void PanelSurface::paintEvent(QPaintEvent* event) {
+    QPainter painter(this);
+    painter.fillRect(event->rect(), qtColor(ground));
+    painter.setPen(qtColor(white(0.12)));
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+}
+
+void PanelSurface::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape) {
+        events_.onCancel();
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+/// The desktop's own way of closing a window hides it, as Escape does.
+void PanelSurface::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    events_.onCancel();
+}
+
+}  // namespace purlock::host_linux

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QWidget>
+
+#include "platform/linux/desktop/view_tree.h"
+#include "ui/window_seams.h"
+
+namespace purlock::host_linux {
+
+/// The panel's window: the view tree on a dark ground with a faint edge, without a frame, above other
+/// windows. Main thread only.
+class PanelSurface final : public QWidget {
+  public:
+    explicit PanelSurface(PanelWindowEvents events);
+
+    /// Shows `content`, changing only what differs from what is shown.
+    void setContent(const View& content);
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+
+  private:
+    static void settleLayout();
+
+    const PanelWindowEvents events_;
+    ViewTree tree_;
+};
+
+}  // namespace purlock::host_linux

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "ui/view.h"
+
+namespace purlock::test {
+
+/// What the panel shows on a machine in a certain state: made by the whole portable program on a fake one.
+struct PanelState {
+    std::string name;  // also the name of its picture
+    View view;
+};
+
+std::vector<PanelState> panelStates();
+
+}  // namespace purlock::test
