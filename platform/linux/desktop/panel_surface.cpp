@@ -32,8 +32,8 @@ void PanelSurface::setContent(const View& content) {
     if (isVisible()) settleLayout();
 }
 
-/// Layouts inform one another by posted events, a level at a time. All of them are let through before anything
-/// is painted, so that nobody sees a text in the place of the one before it.
+/// Layouts inform one another by posted events, a level at a time. All of them are let through before
+/// anything is painted, so that nobody sees a text in the place of the one before it.
 void PanelSurface::settleLayout() {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
 }

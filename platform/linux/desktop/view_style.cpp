@@ -1,11 +1,14 @@
 #include "platform/linux/desktop/view_style.h"
 
+#include <QTextDocument>
 #include <algorithm>
 #include <cmath>
 
 namespace purlock::host_linux {
 
 namespace {
+
+constexpr qsizetype longestPlainTip = 80;  // only markup is wrapped
 
 QFont::Weight qtWeight(FontWeight weight) {
     switch (weight) {
@@ -49,7 +52,7 @@ QString lineText(const std::string& text) {
 }
 
 QString toolTipText(const QString& text) {
-    if (text.isEmpty()) return {};
+    if (text.size() <= longestPlainTip && !Qt::mightBeRichText(text)) return text;
     return QStringLiteral("<qt>") + text.toHtmlEscaped() + QStringLiteral("</qt>");
 }
 

@@ -19,7 +19,7 @@ QFont qtFont(const Font& font);
 /// A text as one may show it on a line: control characters, line breaks among them, become spaces.
 QString lineText(const std::string& text);
 
-/// A text for a tool tip, which would otherwise take some texts for markup.
+/// A text for a tool tip, which would otherwise take some texts for markup and show long ones on one line.
 QString toolTipText(const QString& text);
 
 /// A text for a menu or a check box, where an ampersand marks a key.
