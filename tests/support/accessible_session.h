@@ -1,13 +1,11 @@
 #pragma once
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <array>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "tests/support/private_bus.h"
+#include "tests/support/virtual_display.h"
 
 namespace purlock::test {
 
@@ -27,7 +25,7 @@ class AccessibleSession {
 
     /// Starts a graphical program; the X server is started with the first.
     ChildProcess startProgram(const std::vector<std::string>& arguments) {
-        if (display_.empty()) startDisplay();
+        if (!display_) display_.emplace();
         return ChildProcess(arguments, environment(), {.group = ownGroup});
     }
 
@@ -43,32 +41,15 @@ class AccessibleSession {
                                            "GDK_BACKEND=x11",
                                            "QT_QPA_PLATFORM=xcb",
                                            "DBUS_SESSION_BUS_ADDRESS=" + bus_.address()};
-        if (!display_.empty()) variables.push_back("DISPLAY=" + display_);
+        if (display_) variables.push_back("DISPLAY=" + display_->name());
         return variables;
     }
 
   private:
     static constexpr auto ownGroup = ChildOptions::Group::own;
 
-    /// The server picks a free number itself and tells it when it is ready.
-    void startDisplay() {
-        std::array<int, 2> ends{-1, -1};
-        if (pipe(ends.data()) != 0) return;
-        fcntl(ends[0], F_SETFD, FD_CLOEXEC);
-        server_ = ChildProcess({"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0", "800x600x24",
-                                "-nolisten", "tcp", "-noreset"},
-                               {"PATH=/usr/bin:/bin"}, {.group = ownGroup, .keptDescriptor = ends[1]});
-        close(ends[1]);
-        char digit = 0;
-        std::string number;
-        while (read(ends[0], &digit, 1) == 1 && digit != '\n') number += digit;
-        close(ends[0]);
-        display_ = ":" + number;
-    }
-
     PrivateBus bus_;
-    std::string display_;
-    ChildProcess server_;
+    std::optional<VirtualDisplay> display_;
     ChildProcess launcher_;
 };
 

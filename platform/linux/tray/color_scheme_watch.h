@@ -1,0 +1,38 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "platform/linux/dbus/bus_connection.h"
+#include "platform/linux/dbus/bus_name_watch.h"
+
+namespace purlock::host_linux {
+
+/// What the user has chosen for the desktop as a whole.
+enum class ColorScheme { unknown, dark, light };
+
+/// Follows the desktop's colour scheme, as the settings portal tells it (org.freedesktop.appearance); without
+/// starting the portal. Made when the connection is there and dropped when it is lost; on the bus thread.
+class ColorSchemeWatch {
+  public:
+    using Callback = std::function<void(ColorScheme)>;
+
+    /// `onScheme` runs at each change from unknown on.
+    ColorSchemeWatch(BusConnection& connection, Callback onScheme);
+    ColorSchemeWatch(const ColorSchemeWatch&) = delete;
+    ColorSchemeWatch& operator=(const ColorSchemeWatch&) = delete;
+
+  private:
+    void portalChanged(const std::string& owner);
+    void ask();
+    void take(const BusValue& value);
+
+    BusConnection& connection_;
+    const Callback onScheme_;
+    ColorScheme scheme_ = ColorScheme::unknown;
+    BusSlot changes_;
+    std::unique_ptr<BusNameWatch> portal_;
+    std::shared_ptr<ColorSchemeWatch*> alive_;  // empties for a reply that comes after the watch was dropped
+};
+
+}  // namespace purlock::host_linux

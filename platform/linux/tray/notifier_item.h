@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/linux/dbus/bus_connection.h"
+#include "platform/linux/dbus/bus_name_watch.h"
+#include "platform/linux/tray/notifier_data.h"
+
+struct sd_bus_message;
+
+namespace purlock::host_linux {
+
+struct NotifierEvents {
+    /// Whether a tray shows the item: once as soon as it is known, then at each change.
+    std::function<void(bool hosted)> hosted;
+
+    /// A click, of any button, at a place on the screen as the tray counts; many trays pass 0, 0.
+    std::function<void(std::int32_t x, std::int32_t y)> activated;
+};
+
+/// The status notifier item (org.kde.StatusNotifierItem) of this program on a connection: the object itself,
+/// and its registration with whatever watcher is there, comes or comes back.
+///
+/// A watcher without a tray behind it has the item registered too, but does not count as hosting it. Made
+/// when the connection is there and dropped when it is lost; events and calls on the bus thread.
+class NotifierItem {
+  public:
+    NotifierItem(BusConnection& connection, NotifierLook look, NotifierEvents events);
+    NotifierItem(const NotifierItem&) = delete;
+    NotifierItem& operator=(const NotifierItem&) = delete;
+
+    /// Tells the tray what of it differs.
+    void setLook(NotifierLook look);
+
+  private:
+    struct Object;
+
+    void exportObject();
+    void watcherChanged(const std::string& owner);
+    void listenToHosts(const std::string& owner);
+    void registerItem();
+    void askForHost();
+    void setHosted(bool hosted);
+    void tell(const char* signal);
+    void tellStatus();
+
+    BusConnection& connection_;
+    const NotifierEvents events_;
+    NotifierLook look_;
+    bool known_ = false;
+    bool hosted_ = false;
+    BusSlot object_;
+    BusSlot hostCame_;
+    BusSlot hostWent_;
+    std::unique_ptr<BusNameWatch> watcher_;
+    std::shared_ptr<NotifierItem*> alive_;  // empties for a reply that comes after the item was dropped
+};
+
+}  // namespace purlock::host_linux

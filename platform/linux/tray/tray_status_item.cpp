@@ -1,0 +1,133 @@
+#include "platform/linux/tray/tray_status_item.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QScreen>
+#include <utility>
+
+#include "platform/linux/tray/panel_placement.h"
+#include "platform/linux/tray/status_icon.h"
+
+namespace purlock::host_linux {
+
+namespace {
+
+// A bus that is slow to answer must not keep the icon from the other tray.
+constexpr std::chrono::milliseconds longestWaitForBus{300};
+constexpr double clickSize = 24;
+
+std::vector<ScreenArea> screenAreas() {
+    std::vector<ScreenArea> areas;
+    for (const QScreen* screen : QGuiApplication::screens()) {
+        const QRect points = screen->geometry();
+        areas.push_back({{static_cast<double>(points.x()), static_cast<double>(points.y()),
+                          static_cast<double>(points.width()), static_cast<double>(points.height())},
+                         screen->devicePixelRatio()});
+    }
+    return areas;
+}
+
+/// In the shell's coordinates.
+Rect onScreen(const Rect& points) {
+    const QScreen* first = QGuiApplication::primaryScreen();
+    return first != nullptr ? flipped(points, first->geometry().height()) : Rect{};
+}
+
+Rect clickArea(double x, double y) {
+    return {x - clickSize / 2, y - clickSize / 2, clickSize, clickSize};
+}
+
+}  // namespace
+
+TrayStatusItem::TrayStatusItem(RunLoop& mainLoop, BusThread& busThread, const std::string& busAddress)
+    : mainLoop_(mainLoop),
+      dock_({[this] { click(); },
+             [this](int pixels, const std::optional<QColor>& foreground) {
+                 return statusIcon(image_, pixels, foreground, scheme_);
+             }}),
+      bus_(busThread, [&busThread, busAddress, events = busEvents()] {
+          return std::make_unique<TrayBus>(busThread, busAddress, events);
+      }) {
+    link_->item = this;
+    dockDelay_ = mainLoop_.postDelayed(longestWaitForBus, [this] { dock_.setShown(!hosted_); });
+}
+
+/// On the bus thread; each hands its news over to the main thread.
+TrayBusEvents TrayStatusItem::busEvents() {
+    const auto tell = [&loop = mainLoop_, weak = weakLink_](auto work) {
+        loop.post([weak, work = std::move(work)] {
+            if (const auto link = weak.lock()) work(*link->item);
+        });
+    };
+    return {.item = {
+                .hosted =
+                    [tell](bool hosted) { tell([hosted](TrayStatusItem& item) { item.setHosted(hosted); }); },
+                .activated =
+                    [tell, weak = weakLink_](std::int32_t x, std::int32_t y) {
+                        const auto link = weak.lock();
+                        if (!link || link->clickUnderWay.exchange(true)) return;
+                        tell([x, y](TrayStatusItem& item) { item.activated(x, y); });
+                    }},
+            .onScheme = [tell](ColorScheme scheme) {
+                tell([scheme](TrayStatusItem& item) { item.setScheme(scheme); });
+            }};
+}
+
+void TrayStatusItem::setImage(const SymbolImage& image) {
+    if (image == image_) return;
+    image_ = image;
+    publishLook();
+    dock_.update();
+}
+
+void TrayStatusItem::setAction(std::function<void()> onClick) {
+    onClick_ = std::move(onClick);
+}
+
+void TrayStatusItem::setToolTip(const std::string& text) {
+    if (text == toolTip_) return;
+    toolTip_ = text;
+    publishLook();
+    dock_.setToolTip(text);
+}
+
+void TrayStatusItem::publishLook() {
+    NotifierLook look{statusPixmaps(image_, scheme_), image_.accessibilityDescription, toolTip_};
+    bus_.post([look = std::move(look)](TrayBus& bus) { bus.setLook(look); });
+}
+
+void TrayStatusItem::setHosted(bool hosted) {
+    hosted_ = hosted;
+    dockDelay_.cancel();
+    dock_.setShown(!hosted);
+}
+
+void TrayStatusItem::setScheme(ColorScheme scheme) {
+    scheme_ = scheme;
+    publishLook();
+    dock_.update();
+}
+
+/// Trays that do not know the place pass 0, 0; others pass it in pixels. Off every screen, and where nothing
+/// is known, the pointer is where the user has clicked.
+void TrayStatusItem::activated(std::int32_t x, std::int32_t y) {
+    link_->clickUnderWay = false;
+    auto area = pointsOfPixels(clickArea(x, y), screenAreas());
+    if (!area || (x == 0 && y == 0)) area = clickArea(QCursor::pos().x(), QCursor::pos().y());
+    lastClick_ = onScreen(*area);
+    click();
+}
+
+void TrayStatusItem::click() {
+    const auto onClick = onClick_;  // outlives an action that sets another
+    if (onClick) onClick();
+}
+
+Rect TrayStatusItem::windowFrame() const {
+    if (hosted_) return lastClick_;
+    const auto pixels = dock_.frame();
+    const auto points = pixels ? pointsOfPixels(*pixels, screenAreas()) : std::nullopt;
+    return points ? onScreen(*points) : Rect{};
+}
+
+}  // namespace purlock::host_linux

@@ -1,0 +1,118 @@
+#include "platform/linux/tray/status_icon.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <optional>
+
+namespace purlock::host_linux {
+namespace {
+
+struct PixmapCase {
+    const char* name;
+    QImage image;
+    NotifierPixmap expected;
+};
+
+QImage pixels(int width, int height, std::initializer_list<QRgb> colors, QImage::Format format) {
+    QImage image(width, height, QImage::Format_ARGB32);
+    int index = 0;
+    for (const QRgb color : colors) image.setPixel(index % width, index / width, color), ++index;
+    return image.convertToFormat(format);
+}
+
+TEST(NotifierPixmap, Rows) {
+    const PixmapCase cases[] = {
+        {"nothing", QImage(), {0, 0, {}}},
+        {"alpha, red, green, blue",
+         pixels(1, 1, {0xFF102030}, QImage::Format_ARGB32),
+         {1, 1, {0xFF, 0x10, 0x20, 0x30}}},
+        {"row after row",
+         pixels(1, 2, {0xFF000001, 0xFF000002}, QImage::Format_ARGB32),
+         {1, 2, {0xFF, 0, 0, 1, 0xFF, 0, 0, 2}}},
+        {"left to right",
+         pixels(2, 1, {0xFF000001, 0xFF000002}, QImage::Format_ARGB32),
+         {2, 1, {0xFF, 0, 0, 1, 0xFF, 0, 0, 2}}},
+        {"clear", pixels(1, 1, {0x00000000}, QImage::Format_ARGB32_Premultiplied), {1, 1, {0, 0, 0, 0}}},
+        {"premultiplied no longer",
+         pixels(1, 1, {0x80FF0000}, QImage::Format_ARGB32_Premultiplied),
+         {1, 1, {0x80, 0xFF, 0, 0}}},
+    };
+    for (const PixmapCase& row : cases) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(notifierPixmap(row.image), row.expected);
+    }
+}
+
+TEST(NotifierText, MarkupIsEscaped) {
+    EXPECT_EQ(escapedMarkup("Purlock — Idle"), "Purlock — Idle");
+    EXPECT_EQ(escapedMarkup("<b>&amp;</b>"), "&lt;b&gt;&amp;amp;&lt;/b&gt;");
+    EXPECT_EQ(escapedMarkup(""), "");
+}
+
+SymbolImage symbol(const char* name, bool isTemplate) {
+    return {name, "", 14, FontWeight::semibold, isTemplate};
+}
+
+/// The colour that most of the pixels have that nothing shines through; absent when there is none.
+std::optional<QRgb> mainColor(const QImage& image) {
+    std::map<QRgb, int> counts;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (qAlpha(image.pixel(x, y)) == 255) ++counts[image.pixel(x, y) & 0xFFFFFFU];
+        }
+    }
+    const auto most =
+        std::max_element(counts.begin(), counts.end(), [](auto& a, auto& b) { return a.second < b.second; });
+    return most != counts.end() ? std::optional(most->first) : std::nullopt;
+}
+
+struct IconCase {
+    const char* name;
+    SymbolImage image;
+    std::optional<QColor> foreground;
+    ColorScheme scheme;
+    std::optional<QRgb> expected;
+};
+
+TEST(StatusIcon, Colours) {
+    const IconCase cases[] = {
+        {"bit-perfect", symbol("checkmark.seal.fill", false), {}, ColorScheme::unknown, 0x4DC773},
+        {"resampling", symbol("exclamationmark.triangle.fill", false), {}, ColorScheme::light, 0xF2BF33},
+        {"own colours, whatever the bar's", symbol("checkmark.seal.fill", false), QColor(Qt::red),
+         ColorScheme::dark, 0x4DC773},
+        {"a template has none", symbol("checkmark.seal.fill", true), QColor(Qt::red), ColorScheme::dark,
+         0xFF0000},
+        {"the bar's colour", symbol("circle", true), QColor(Qt::red), ColorScheme::light, 0xFF0000},
+        {"dark desktop", symbol("circle", true), {}, ColorScheme::dark, 0xF2F2F2},
+        {"light desktop", symbol("circle", true), {}, ColorScheme::light, 0x262626},
+        {"unknown symbol", symbol("no.such", true), {}, ColorScheme::light, {}},
+    };
+    for (const IconCase& row : cases) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(mainColor(statusIcon(row.image, 48, row.foreground, row.scheme)), row.expected);
+    }
+}
+
+TEST(StatusIcon, WhereNothingIsKnownItIsReadableOnAnyBar) {
+    const QImage icon = statusIcon(symbol("circle", true), 48, {}, ColorScheme::unknown);
+    EXPECT_EQ(mainColor(icon), 0xF2F2F2U) << "light on a dark bar";
+    const auto isDarkEdge = [&](int x) {
+        const QRgb pixel = icon.pixel(x, 24);
+        return qAlpha(pixel) > 90 && qRed(pixel) < 60;
+    };
+    EXPECT_TRUE(isDarkEdge(2) || isDarkEdge(3)) << "with an edge on a light one";
+}
+
+TEST(StatusIcon, SizesOfTheItem) {
+    std::vector<int> sizes;
+    for (const auto& pixmap : statusPixmaps(symbol("circle", true), ColorScheme::dark)) {
+        sizes.push_back(pixmap.width);
+    }
+    EXPECT_EQ(sizes, (std::vector{16, 22, 24, 32, 48}));
+    EXPECT_TRUE(statusPixmaps(symbol("", true), ColorScheme::dark).empty());
+}
+
+}  // namespace
+}  // namespace purlock::host_linux
