@@ -92,6 +92,7 @@ MACOS_EXTERN void CFDictionaryGetKeysAndValues(CFDictionaryRef theDict, const vo
 typedef CF_ENUM(CFIndex, CFNumberType) { kCFNumberDoubleType = 13 };
 MACOS_EXTERN const CFBooleanRef kCFBooleanTrue;
 MACOS_EXTERN Boolean CFBooleanGetValue(CFBooleanRef boolean);
+MACOS_EXTERN Boolean CFNumberIsFloatType(CFNumberRef number);
 MACOS_EXTERN Boolean CFNumberGetValue(CFNumberRef number, CFNumberType theType, void* valuePtr);
 
 // Bundles. The function pointer is good while the bundle is loaded; releasing the bundle may unload it

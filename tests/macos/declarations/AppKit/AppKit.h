@@ -1,0 +1,7 @@
+#pragma once
+
+#include <Foundation/Foundation.h>
+
+#include "NSPanel.h"
+#include "NSView.h"
+#include "Shell.h"
