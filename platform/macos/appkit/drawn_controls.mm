@@ -122,7 +122,7 @@ class DrawnSwitch final : public DrawnContent {
         switch_.state = content.isOn ? NSControlStateValueOn : NSControlStateValueOff;
         [switch_ setAccessibilityLabel:makeNSString(wordsOf(next))];
         NSView* const label = face_.show(next);
-        if (label != nil) [stack_ insertArrangedSubview:label atIndex:1];
+        if (label != nil) [stack_ insertArrangedSubview:label atIndex:0];
     }
 
   private:

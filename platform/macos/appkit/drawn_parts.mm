@@ -159,9 +159,9 @@ class DrawnShape final : public DrawnContent {
     NSView* view() const override { return view_; }
 
     void show(const View& next) override {
-        if ([view_ isKindOfClass:[PurlockShapeView class]]) {
-            [static_cast<PurlockShapeView*>(view_) setContent:next.content];
-        }
+        if (![view_ isKindOfClass:[PurlockShapeView class]]) return;
+        [static_cast<PurlockShapeView*>(view_) setContent:next.content];
+        if (const auto* const circle = std::get_if<Circle>(&next.content)) showOpacity(*circle);
     }
 
   private:
@@ -190,7 +190,26 @@ class DrawnShape final : public DrawnContent {
         return view;
     }
 
+    void showOpacity(const Circle& circle) {
+        const double opacity = circle.opacity;
+        const bool isFirst = !opacity_;
+        if (opacity_ == opacity) return;
+        opacity_ = opacity;
+        NSView* const view = view_;
+        if (isFirst || !circle.animation) {
+            view.alphaValue = opacity;
+            return;
+        }
+        const double seconds = circle.animation->seconds;
+        [NSAnimationContext runAnimationGroup:^(NSAnimationContext* context) {
+          context.duration = seconds;
+          context.timingFunction = [CAMediaTimingFunction functionWithName:kCAMediaTimingFunctionEaseOut];
+          [view animator].alphaValue = opacity;
+        }];
+    }
+
     NSView* const view_;
+    std::optional<double> opacity_;  // that is shown, or on its way
 };
 
 }  // namespace

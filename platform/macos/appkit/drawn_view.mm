@@ -93,7 +93,6 @@ DrawnView::DrawnView(const View& view, const OnAction& onAction)
     [outer_ addSubview:content_->view()];
     pinEdges(content_->view(), outer_, view.padding);
     if (view.frame) setFixedSize(outer_, view.frame->width, view.frame->height);
-    outer_.alphaValue = view.opacity;
     showSurroundings(view);
 }
 
@@ -112,20 +111,6 @@ bool DrawnView::canShow(const View& next) const {
 void DrawnView::show(const View& next) {
     if (next == shown_) return;
     content_->show(next);
-    if (next.opacity != shown_.opacity) {
-        const double opacity = next.opacity;
-        NSView* const outer = outer_;
-        if (!next.animation) {
-            outer.alphaValue = opacity;
-        } else {
-            const double seconds = next.animation->seconds;
-            [NSAnimationContext runAnimationGroup:^(NSAnimationContext* context) {
-              context.duration = seconds;
-              context.timingFunction = [CAMediaTimingFunction functionWithName:kCAMediaTimingFunctionEaseOut];
-              [outer animator].alphaValue = opacity;
-            }];
-        }
-    }
     showSurroundings(next);
     shown_ = next;
 }
