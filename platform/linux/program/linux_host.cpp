@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <string>
+#include <utility>
 
 #include "platform/linux/dbus/bus_address.h"
 #include "platform/linux/storage/json_user_defaults.h"
@@ -28,20 +29,7 @@ std::string queueLabel(const char* suffix) {
     return std::string(applicationIdentifier) + suffix;
 }
 
-class HiddenItem final : public StatusItem, public StatusButton {
-  public:
-    StatusButton* button() override { return this; }
-    void setImage(const SymbolImage&) override {}
-    void setAction(std::function<void()>) override {}
-    void setToolTip(const std::string&) override {}
-    Rect windowFrame() const override { return {}; }
-};
-
 }  // namespace
-
-std::unique_ptr<StatusItem> NoStatusBar::statusItemWithLength(double /*length*/) {
-    return std::make_unique<HiddenItem>();
-}
 
 LinuxHost::LinuxHost()
     : files_(dataDirectory()),
@@ -51,7 +39,8 @@ LinuxHost::LinuxHost()
       accessibility_(busThread_, sessionBusAddress()),
       bluetooth_(busThread_, systemBusAddress()),
       applications_(queues_.makeSerialQueue(queueLabel(".purlock.applications"))),
-      hardware_(applications_) {}
+      hardware_(applications_),
+      statusBar_(mainLoop_, busThread_, sessionBusAddress()) {}
 
 LinuxHost::~LinuxHost() {
     // A refresh that is under way on a queue still asks the services.
@@ -65,6 +54,11 @@ void LinuxHost::provideSharedServices() {
         [this] { return std::make_shared<StateLogger>(files_, queues_, clock_, SettingsStore::shared()); });
     StateSnapshot::shared.provide(
         [this] { return std::make_shared<StateSnapshot>(files_, queues_, clock_); });
+}
+
+void LinuxHost::listenToStarts(std::function<void()> onActivate) {
+    activation_ = std::make_unique<InstanceActivation>(mainLoop_, busThread_, sessionBusAddress(),
+                                                       std::move(onActivate));
 }
 
 AppDelegateSeams LinuxHost::seams() {

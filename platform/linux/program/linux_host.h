@@ -1,9 +1,13 @@
 #pragma once
 
+#include <functional>
+#include <memory>
+
 #include "base/clock.h"
 #include "base/run_loop_queues.h"
 #include "base/worker_pool.h"
 #include "platform/linux/accessibility/atspi_tree.h"
+#include "platform/linux/activation/instance_activation.h"
 #include "platform/linux/applications/desktop_applications.h"
 #include "platform/linux/bluetooth/bluez_stack.h"
 #include "platform/linux/dbus/bus_thread.h"
@@ -18,6 +22,7 @@
 #include "platform/linux/propertylist/property_list_file_reader.h"
 #include "platform/linux/storage/disk_application_files.h"
 #include "platform/linux/system/host_operating_system.h"
+#include "platform/linux/tray/tray_status_bar.h"
 #include "platform/linux/usb/sysfs_usb_registry.h"
 #include "ui/app_delegate.h"
 
@@ -31,12 +36,6 @@ class EnableAccessibility final : public AccessibilityPrompt {
 
   private:
     AtSpiTree& tree_;
-};
-
-/// A status item that is nowhere to be seen.
-class NoStatusBar final : public StatusBar {
-  public:
-    std::unique_ptr<StatusItem> statusItemWithLength(double length) override;
 };
 
 /// Every service of the Linux host, made and ended in the order in which they need each other.
@@ -58,6 +57,9 @@ class LinuxHost {
 
     /// What the shell asks of this host.
     AppDelegateSeams seams();
+
+    /// Has `onActivate` run on the main thread whenever the program is started once more.
+    void listenToStarts(std::function<void()> onActivate);
 
   private:
     QtRunLoop mainLoop_;
@@ -81,7 +83,8 @@ class LinuxHost {
     QtWorkspace workspace_;
     OutsideClicks outsideClicks_{mainLoop_};
     QtPanelWindows panels_;
-    NoStatusBar statusBar_;
+    TrayStatusBar statusBar_;
+    std::unique_ptr<InstanceActivation> activation_;
 };
 
 }  // namespace purlock::host_linux

@@ -1,9 +1,12 @@
 #include <QApplication>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 
+#include "platform/linux/activation/instance_activation.h"
+#include "platform/linux/dbus/bus_address.h"
 #include "platform/linux/desktop/display.h"
 #include "platform/linux/program/linux_host.h"
 #include "platform/linux/program/quit_signals.h"
@@ -22,23 +25,33 @@ std::filesystem::path lockFile() {
     return dataDirectory().value_or("/nonexistent") / "purlock.lock";
 }
 
+constexpr std::chrono::seconds longestActivation{1};
+
+/// What a second start does: opens the first one's panel, or closes it.
+int activateTheOther() {
+    const bool activated = activateRunningInstance(sessionBusAddress(), longestActivation);
+    std::puts(activated ? "Purlock is already running in this session: its panel was opened or closed."
+                        : "Purlock is already running in this session.");
+    return EXIT_SUCCESS;
+}
+
 int run() {
-    const InstanceLock lock(lockFile());
-    if (lock.outcome() == InstanceLock::Outcome::heldByAnother) {
-        std::puts("Purlock is already running in this session.");
-        return EXIT_SUCCESS;
-    }
     const QuitSignals quitSignals([] { QCoreApplication::quit(); });
     LinuxHost host;
     host.provideSharedServices();
     const auto shell = std::make_shared<AppDelegate>(host.seams());
     shell->applicationDidFinishLaunching();
+    host.listenToStarts([weak = std::weak_ptr(shell)] {
+        if (const auto running = weak.lock()) running->togglePanel();
+    });
     return QApplication::exec();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    const InstanceLock lock(lockFile());
+    if (lock.outcome() == InstanceLock::Outcome::heldByAnother) return activateTheOther();
     chooseDisplay();
     QApplication::setApplicationName("Purlock");
     QApplication::setDesktopFileName("org.purlock.Purlock");

@@ -90,6 +90,21 @@ TEST_F(Lifecycle, ASecondInstanceLeavesTheFirstAlone) {
     EXPECT_TRUE(program.awaitVerdict("noDevice")) << "a killed instance is in nobody's way";
 }
 
+TEST_F(Lifecycle, ASecondStartReachesTheFirstOverTheBus) {
+    ASSERT_TRUE(session.startBus()) << session.logs();
+    program.start();
+    ASSERT_TRUE(program.awaitVerdict("noDevice"));
+    for (const char* what : {"opens the panel", "closes it"}) {
+        SCOPED_TRACE(what);
+        const auto second = session.run({PURLOCK_PROGRAM});
+        EXPECT_EQ(second.exitStatus, 0);
+        EXPECT_EQ(second.output,
+                  "Purlock is already running in this session: its panel was opened or closed.\n");
+    }
+    EXPECT_TRUE(program.isRunning());
+    EXPECT_EQ(program.console(), "");
+}
+
 TEST_F(Lifecycle, WithoutARuntimeFolderItRunsOnceAllTheSame) {
     session.spawn("purlock", {"env", "-u", "XDG_RUNTIME_DIR", PURLOCK_PROGRAM});
     EXPECT_TRUE(program.awaitVerdict("noDevice"));
