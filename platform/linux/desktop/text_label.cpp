@@ -13,9 +13,6 @@ namespace purlock::host_linux {
 
 namespace {
 
-// A text that somebody else made is not laid out without end.
-constexpr qsizetype longestText = 2000;
-
 /// Breaks `text` into lines of at most `width` and hands out each; returns the height of all.
 double layOut(const QString& text, const QFont& font, double width,
               const std::function<void(const QTextLine&)>& onLine) {
@@ -38,7 +35,7 @@ double layOut(const QString& text, const QFont& font, double width,
 }  // namespace
 
 void TextLabel::show(const Text& content, const QString& help) {
-    const QString shown = lineText(content.text).left(longestText);
+    const QString shown = lineText(content.text);
     const QFont shownFont = qtFont(content.font);
     const QColor shownColor = qtColor(content.color);
     const bool wraps = content.lines == Lines::asNeeded;

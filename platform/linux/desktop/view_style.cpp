@@ -8,6 +8,8 @@ namespace purlock::host_linux {
 
 namespace {
 
+// A text that somebody else made is not laid out without end.
+constexpr std::size_t longestText = 2000;
 constexpr qsizetype longestPlainTip = 80;  // only markup is wrapped
 
 QFont::Weight qtWeight(FontWeight weight) {
@@ -46,7 +48,8 @@ QFont qtFont(const Font& font) {
 }
 
 QString lineText(const std::string& text) {
-    QString line = QString::fromStdString(text);
+    const auto bytes = std::min(text.size(), longestText * 4);  // of UTF-8, at most
+    QString line = QString::fromUtf8(text.data(), static_cast<qsizetype>(bytes)).left(longestText);
     std::ranges::replace_if(line, breaksTheLine, QLatin1Char(' '));
     return line;
 }

@@ -16,7 +16,8 @@ QColor qtColor(const Color& color);
 /// The desktop's own font; sizes are logical pixels, so that a panel is as large as its layout says.
 QFont qtFont(const Font& font);
 
-/// A text as one may show it on a line: control characters, line breaks among them, become spaces.
+/// A text as one may show it on a line: control characters, line breaks among them, become spaces, and what
+/// is longer than 2000 characters ends there.
 QString lineText(const std::string& text);
 
 /// A text for a tool tip, which would otherwise take some texts for markup and show long ones on one line.

@@ -13,6 +13,7 @@
 #include <QScrollBar>
 #include <QTest>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/desktop/panel_surface.h"
@@ -134,6 +135,58 @@ TEST(ViewTree, AnOpenMenuSurvivesARefresh) {
     f.show(panelInState("resampling"));
     EXPECT_TRUE(menu->isVisible());
     menu->close();
+}
+
+/// Counts what is painted.
+class PaintCounter final : public QObject {
+  public:
+    explicit PaintCounter(QWidget& window) {
+        for (QWidget* widget : window.findChildren<QWidget*>()) widget->installEventFilter(this);
+    }
+
+    /// The names of the widgets painted since the last call.
+    QStringList take() { return std::exchange(painted_, {}); }
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Paint) {
+            const auto* widget = static_cast<QWidget*>(watched);
+            painted_.append(widget->accessibleName() + QLatin1Char(' ') +
+                            QString::fromUtf8(widget->metaObject()->className()));
+        }
+        return false;
+    }
+
+  private:
+    QStringList painted_;
+};
+
+TEST(ViewTree, AnEqualPictureIsNotPaintedAgain) {
+    Fixture f;
+    f.show(panelInState("resampling"));
+    QTest::qWait(20);
+    PaintCounter counter(f.surface);
+    f.show(panelInState("resampling"));
+    QTest::qWait(20);
+    EXPECT_EQ(counter.take(), QStringList());
+}
+
+TEST(ViewTree, OnlyTheTextThatDiffersIsPainted) {
+    Fixture f;
+    const auto items = [](const char* second) {
+        return std::vector<View>{line("one", {12}, white()), line(second, {12}, white()),
+                                 line("three", {12}, white())};
+    };
+    f.showItems(items("two"));
+    QTest::qWait(20);
+    PaintCounter counter(f.surface);
+    f.showItems(items("owt"));
+    QTest::qWait(20);
+    for (const QString& painted : counter.take()) {
+        EXPECT_FALSE(painted.startsWith(QStringLiteral("one")) || painted.startsWith(QStringLiteral("three")))
+            << painted.toStdString();
+    }
+    EXPECT_EQ(f.all<QLabel>().at(1)->text(), QStringLiteral("owt"));
 }
 
 // Order.
