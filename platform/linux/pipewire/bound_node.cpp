@@ -87,7 +87,9 @@ void BoundObjects::Node::informed(const pw_node_info& info) {
         node->properties = nodeProperties(info.props);
     }
     if ((info.change_mask & PW_NODE_CHANGE_MASK_STATE) != 0) {
-        setState(*node, stateFromServer(info.state));
+        node->state = stateFromServer(info.state);
+        clock_.changeState(node->state, monotonicNow());
+        node->clockRate = clock_.rate();
     }
     if ((info.change_mask & PW_NODE_CHANGE_MASK_PARAMS) != 0 && hasFormats(node->properties.role)) {
         for (std::uint32_t i = 0; i < info.n_params; ++i) {
@@ -96,14 +98,6 @@ void BoundObjects::Node::informed(const pw_node_info& info) {
         }
     }
     owner_.changed();
-}
-
-/// An idle node keeps its graph's clock, which may have another rate by the time that it runs again.
-void BoundObjects::Node::setState(NodeRecord& node, NodeState state) {
-    const bool ran = std::exchange(node.state, state) == NodeState::running;
-    const bool runs = state == NodeState::running;
-    if (ran && !runs) stopped_ = monotonicNow();
-    if (node.isSuspended() || (runs && !ran)) node.clockRate.reset();
 }
 
 void BoundObjects::Node::list(Parameter& parameter, std::uint32_t flags) {
@@ -153,9 +147,8 @@ void BoundObjects::Node::choosePreferred() {
 
 bool BoundObjects::Node::sawClock(const GraphClock& clock) {
     NodeRecord* const node = record();
-    if (node == nullptr || node->isSuspended() || node->clockRate == clock.rate) return false;
-    if (node->state == NodeState::running && clock.time <= stopped_) return false;
-    node->clockRate = clock.rate;
+    if (node == nullptr || !clock_.see(clock.rate, clock.time)) return false;
+    node->clockRate = clock_.rate();
     return true;
 }
 

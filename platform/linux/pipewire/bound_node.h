@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/linux/pipewire/bound_objects.h"
+#include "platform/linux/pipewire/seen_clock.h"
 
 namespace purlock::host_linux {
 
@@ -24,7 +25,7 @@ class BoundObjects::Node {
     /// The default rate may have changed, and with it what the node would be opened with.
     void choosePreferred();
 
-    /// Whether the rate is news. What was seen in an earlier run is none: reports come up to a second late.
+    /// Whether the rate is news.
     bool sawClock(const GraphClock& clock);
 
     std::uint64_t serial() const { return serial_; }
@@ -45,7 +46,6 @@ class BoundObjects::Node {
     void informed(const pw_node_info& info);
     void told(int sequence, std::uint32_t id, const spa_pod* pod);
     void list(Parameter& parameter, std::uint32_t flags);
-    void setState(NodeRecord& node, NodeState state);
     void chooseFormat();
     NodeRecord* record();
 
@@ -58,7 +58,7 @@ class BoundObjects::Node {
     Parameter format_;
     Parameter offered_;
     bool isInformed_ = false;
-    std::int64_t stopped_ = 0;  // when its last run was over: the monotonic clock, ns
+    SeenClock clock_;
 };
 
 }  // namespace purlock::host_linux

@@ -58,8 +58,6 @@ struct NodeRecord {
     std::optional<SoundFormat> format;     // negotiated; absent while suspended
     std::optional<SoundFormat> preferred;  // what it would be opened with
     std::optional<double> clockRate;       // Hz, of the graph that drives it, as last seen in this run
-
-    bool isSuspended() const { return state == NodeState::suspended || state == NodeState::creating; }
 };
 
 struct DeviceProperties {

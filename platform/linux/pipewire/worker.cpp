@@ -18,7 +18,6 @@ constexpr std::chrono::milliseconds firstDelay = 25ms;
 constexpr std::chrono::milliseconds longestDelay = 30s;      // while the socket's folder is watched
 constexpr std::chrono::milliseconds longestBlindDelay = 1s;  // while it cannot be
 constexpr std::chrono::nanoseconds serverCheckUp = 2s;
-constexpr int longestGlanceDistance = 8;  // check-ups
 constexpr std::chrono::nanoseconds hardwareCheckUp = 300ms;
 constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
 
@@ -129,17 +128,8 @@ void PipeWireHardware::Worker::sampleClocksIfChanged() {
     std::string influences = clockInfluences(session_->graph());
     if (influences == clockInfluences_) return;
     clockInfluences_ = std::move(influences);
-    glanceDistance_ = 0;
-    checkUpsToGlance_ = 0;
+    glances_.begin();
     if (isAnyRunning(session_->graph())) session_->sampleClocks();
-}
-
-/// At the first check-up after a change, then at growing distances.
-void PipeWireHardware::Worker::glanceNowAndThen() {
-    if (--checkUpsToGlance_ > 0 || !isAnyRunning(session_->graph())) return;
-    glanceDistance_ = std::clamp(glanceDistance_ * 2, 1, longestGlanceDistance);
-    checkUpsToGlance_ = glanceDistance_;
-    session_->glanceAtClocks();
 }
 
 void PipeWireHardware::Worker::publish() {
@@ -172,7 +162,7 @@ void PipeWireHardware::Worker::noticeRead() {
 void PipeWireHardware::Worker::checkUp() {
     if (!session_) return;
     session_->check();
-    glanceNowAndThen();
+    if (isAnyRunning(session_->graph()) && glances_.isDue()) session_->glanceAtClocks();
     if (hardware_->isAnyTaken()) hardware_->look();
     publish();
 }

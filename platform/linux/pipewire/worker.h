@@ -13,6 +13,7 @@
 #include "platform/linux/pipewire/listener_table.h"
 #include "platform/linux/pipewire/object_ids.h"
 #include "platform/linux/pipewire/pipewire_hardware.h"
+#include "platform/linux/pipewire/seen_clock.h"
 #include "platform/linux/pipewire/session.h"
 #include "platform/linux/pipewire/socket_watch.h"
 
@@ -44,7 +45,6 @@ class PipeWireHardware::Worker {
     void settled();
     void publish();
     void sampleClocksIfChanged();
-    void glanceNowAndThen();
     void checkUp();
 
     PipeWireLibrary library_;
@@ -62,8 +62,7 @@ class PipeWireHardware::Worker {
     std::uint64_t connection_ = 0;
     Milliseconds delay_{0};
     std::string clockInfluences_;
-    int glanceDistance_ = 0;  // in check-ups
-    int checkUpsToGlance_ = 0;
+    GlanceSchedule glances_;
     std::atomic<std::int64_t> nextCheckUp_;  // steady clock, ns; the greatest value for never
 };
 
