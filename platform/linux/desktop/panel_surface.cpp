@@ -23,6 +23,7 @@ PanelSurface::PanelSurface(PanelWindowEvents events) : events_(std::move(events)
     setWindowTitle(QStringLiteral("Purlock"));
     setAttribute(Qt::WA_QuitOnClose, false);
     setAttribute(Qt::WA_OpaquePaintEvent);
+    setFocusPolicy(Qt::ClickFocus);
 }
 
 void PanelSurface::setContent(const View& content) {
@@ -41,6 +42,7 @@ void PanelSurface::settleLayout() {
 void PanelSurface::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     settleLayout();
+    setFocus();  // the first control gets it from the Tab key, not from the click that opened the panel
 }
 
 void PanelSurface::paintEvent(QPaintEvent* event) {

@@ -4,22 +4,41 @@
 #include <QScreen>
 #include <utility>
 
+#include "platform/linux/desktop/panel_placement.h"
 #include "platform/linux/desktop/panel_surface.h"
+#include "platform/linux/desktop/x_window_states.h"
 
 namespace purlock::host_linux {
 
 namespace {
 
-/// Screen points with y upwards from the bottom edge of the primary screen, and Qt's with y downwards.
-double flipped(double y, double height) {
+Rect pointsOf(const QRect& rect) {
+    return {static_cast<double>(rect.x()), static_cast<double>(rect.y()), static_cast<double>(rect.width()),
+            static_cast<double>(rect.height())};
+}
+
+double heightOfFirstScreen() {
     const QScreen* screen = QGuiApplication::primaryScreen();
-    return screen ? screen->geometry().bottom() + 1 - (y + height) : y;
+    return screen ? screen->geometry().height() : 0;
+}
+
+/// The screen that holds the icon, without its bars; in the shell's coordinates.
+Rect availableArea(const std::optional<Rect>& icon) {
+    const double height = heightOfFirstScreen();
+    const QScreen* screen = nullptr;
+    if (icon) {
+        const Rect there = flipped(*icon, height);
+        screen = QGuiApplication::screenAt(
+            {static_cast<int>(there.x + there.width / 2), static_cast<int>(there.y + there.height / 2)});
+    }
+    if (!screen) screen = QGuiApplication::primaryScreen();
+    return screen ? flipped(pointsOf(screen->availableGeometry()), height) : Rect{};
 }
 
 class QtPanelWindow final : public PanelWindow {
   public:
-    QtPanelWindow(const PanelStyle& style, PanelWindowEvents events)
-        : events_(std::move(events)), frame_(style.contentRect) {}
+    QtPanelWindow(const PanelStyle& style, PanelWindowEvents events, QtPanelWindows::IconFrame iconFrame)
+        : events_(std::move(events)), iconFrame_(std::move(iconFrame)), frame_(style.contentRect) {}
 
     void setContent(const View& content) override { surface().setContent(content); }
 
@@ -34,6 +53,7 @@ class QtPanelWindow final : public PanelWindow {
 
     void makeKeyAndOrderFront() override {
         surface().move(onScreen());
+        keepOutOfWindowLists(surface());
         surface().show();
         surface().raise();
         surface().activateWindow();
@@ -53,10 +73,13 @@ class QtPanelWindow final : public PanelWindow {
     }
 
     QPoint onScreen() const {
-        return {static_cast<int>(frame_.x), static_cast<int>(flipped(frame_.y, frame_.height))};
+        const auto icon = iconFrame_();
+        const Rect placed = flipped(placePanel(frame_, icon, availableArea(icon)), heightOfFirstScreen());
+        return {static_cast<int>(placed.x), static_cast<int>(placed.y)};
     }
 
     const PanelWindowEvents events_;
+    const QtPanelWindows::IconFrame iconFrame_;
     Rect frame_;
     std::unique_ptr<PanelSurface> surface_;
 };
@@ -64,7 +87,7 @@ class QtPanelWindow final : public PanelWindow {
 }  // namespace
 
 std::unique_ptr<PanelWindow> QtPanelWindows::makePanel(const PanelStyle& style, PanelWindowEvents events) {
-    return std::make_unique<QtPanelWindow>(style, std::move(events));
+    return std::make_unique<QtPanelWindow>(style, std::move(events), iconFrame_);
 }
 
 }  // namespace purlock::host_linux

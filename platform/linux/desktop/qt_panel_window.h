@@ -1,6 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include "ui/window_seams.h"
 
@@ -13,7 +16,16 @@ namespace purlock::host_linux {
 /// is, and a pinned panel stays. Owned by the host, which outlives what it makes; main thread only.
 class QtPanelWindows final : public PanelWindows {
   public:
+    using IconFrame = std::function<std::optional<Rect>()>;
+
+    /// `iconFrame` tells where the status item's icon is: the panel opens above it where there is no room
+    /// below, and never leaves the screen.
+    explicit QtPanelWindows(IconFrame iconFrame) : iconFrame_(std::move(iconFrame)) {}
+
     std::unique_ptr<PanelWindow> makePanel(const PanelStyle& style, PanelWindowEvents events) override;
+
+  private:
+    const IconFrame iconFrame_;
 };
 
 }  // namespace purlock::host_linux

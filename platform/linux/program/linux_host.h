@@ -82,8 +82,8 @@ class LinuxHost {
     QtApplication application_;
     QtWorkspace workspace_;
     OutsideClicks outsideClicks_{mainLoop_};
-    QtPanelWindows panels_;
     TrayStatusBar statusBar_;
+    QtPanelWindows panels_{[this] { return statusBar_.iconFrame(); }};
     std::unique_ptr<InstanceActivation> activation_;
 };
 

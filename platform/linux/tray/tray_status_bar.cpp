@@ -5,7 +5,9 @@
 namespace purlock::host_linux {
 
 std::unique_ptr<StatusItem> TrayStatusBar::statusItemWithLength(double /*length*/) {
-    return std::make_unique<TrayStatusItem>(mainLoop_, busThread_, busAddress_);
+    auto item = std::make_unique<TrayStatusItem>(mainLoop_, busThread_, busAddress_);
+    whereabouts_ = item->whereabouts();
+    return item;
 }
 
 }  // namespace purlock::host_linux

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "base/run_loop.h"
 #include "platform/linux/dbus/bus_thread.h"
@@ -23,10 +26,14 @@ class TrayStatusBar final : public StatusBar {
     /// Never null. Lengths other than a variable one are not known here.
     std::unique_ptr<StatusItem> statusItemWithLength(double length) override;
 
+    /// Where the last item's icon is, in the shell's coordinates; absent, or empty, when it is nowhere.
+    std::optional<Rect> iconFrame() const { return whereabouts_ ? whereabouts_() : std::nullopt; }
+
   private:
     RunLoop& mainLoop_;
     BusThread& busThread_;
     const std::string busAddress_;
+    std::function<std::optional<Rect>()> whereabouts_;
 };
 
 }  // namespace purlock::host_linux

@@ -5,7 +5,7 @@
 #include <QScreen>
 #include <utility>
 
-#include "platform/linux/tray/panel_placement.h"
+#include "platform/linux/desktop/panel_placement.h"
 #include "platform/linux/tray/status_icon.h"
 
 namespace purlock::host_linux {
@@ -121,6 +121,13 @@ void TrayStatusItem::activated(std::int32_t x, std::int32_t y) {
 void TrayStatusItem::click() {
     const auto onClick = onClick_;  // outlives an action that sets another
     if (onClick) onClick();
+}
+
+std::function<std::optional<Rect>()> TrayStatusItem::whereabouts() const {
+    return [weak = weakLink_]() -> std::optional<Rect> {
+        const auto link = weak.lock();
+        return link ? std::optional(link->item->windowFrame()) : std::nullopt;
+    };
 }
 
 Rect TrayStatusItem::windowFrame() const {

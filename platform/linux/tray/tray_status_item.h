@@ -23,6 +23,9 @@ class TrayStatusItem final : public StatusItem, private StatusButton {
 
     StatusButton* button() override { return this; }
 
+    /// Tells where the icon is, for as long as there is this item; in the shell's coordinates.
+    std::function<std::optional<Rect>()> whereabouts() const;
+
   private:
     void setImage(const SymbolImage& image) override;
     void setAction(std::function<void()> onClick) override;

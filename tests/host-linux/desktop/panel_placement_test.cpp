@@ -1,4 +1,4 @@
-#include "platform/linux/tray/panel_placement.h"
+#include "platform/linux/desktop/panel_placement.h"
 
 #include <gtest/gtest.h>
 
