@@ -4,10 +4,7 @@
 #include <benchmark/benchmark.h>
 
 #include "tests/audio/monitor_fixture.h"
-#include "tests/source/introspection_fixture.h"
-#include "tests/source/now_playing_fixture.h"
-#include "tests/support/memory_files.h"
-#include "ui/app_delegate.h"
+#include "tests/ui/shell_fixture.h"
 
 namespace purlock {
 namespace {
@@ -24,45 +21,34 @@ void refresh(benchmark::State& bench) {
 }
 BENCHMARK(refresh);
 
-/// A machine with the whole program on it.
-struct Program : test::MonitorFixture {
-    test::IntrospectionFixture introspection;
-    test::FakeFrameworkLoader loader;
-    test::FakeNotificationCenter center{loop};
-    test::ManualClock clock{loop, WallTime(std::chrono::hours(1000))};
-    test::MemoryFiles files;
-    std::shared_ptr<AppDelegate> shell;
-
-    Program() {
-        kept.clear();
-        monitor.reset();
-        loader.provide(std::make_shared<test::FakeNowPlayingFramework>());
-        SettingsStore::shared.provide([this] { return std::make_shared<SettingsStore>(defaults); });
-        StateLogger::shared.provide(
-            [this] { return std::make_shared<StateLogger>(files, queues, clock, SettingsStore::shared()); });
-        StateSnapshot::shared.provide(
-            [this] { return std::make_shared<StateSnapshot>(files, queues, clock); });
-        shell = std::make_shared<AppDelegate>(AppDelegateSeams{
-            .mainLoop = loop,
-            .audio = {hardware, usb, bluetooth, applications, operatingSystem, loop, queues},
-            .nowPlaying = {loop, queues, operatingSystem, applications, loader, center},
-            .coordinator = {loop, clock, {hardware, applications, operatingSystem}, introspection.seams}});
-        shell->applicationDidFinishLaunching();
-        settle();
-    }
-};
-
 void tick(benchmark::State& bench) {
-    Program program;
+    test::ShellFixture program;
+    program.launch();
     for (auto step : bench) {
         program.loop.advance(
             std::chrono::milliseconds(800));  // the timer, and the report 80 ms after the last tick
         program.settle();
         program.hardware.takeReads();
         program.files.operations.clear();
+        program.desktop.history.clear();
     }
 }
 BENCHMARK(tick);
+
+/// The same with the panel open: what the panel shows is worked out as well, several times.
+void tickWithOpenPanel(benchmark::State& bench) {
+    test::ShellFixture program;
+    program.launch();
+    program.desktop.clickStatusItem();
+    for (auto step : bench) {
+        program.loop.advance(std::chrono::milliseconds(800));
+        program.settle();
+        program.hardware.takeReads();
+        program.files.operations.clear();
+        program.desktop.history.clear();
+    }
+}
+BENCHMARK(tickWithOpenPanel);
 
 }  // namespace
 }  // namespace purlock

@@ -27,7 +27,22 @@ QPalette darkPalette() {
     return palette;
 }
 
+QtMessageHandler printMessage = nullptr;  // the toolkit's own
+
+bool isNoNews(const QString& message) {
+    return message.startsWith(QStringLiteral("QStandardPaths: XDG_RUNTIME_DIR not set")) ||
+           message.startsWith(QStringLiteral("This plugin does not support "));
+}
+
+void printNews(QtMsgType type, const QMessageLogContext& context, const QString& message) {
+    if (!isNoNews(message)) printMessage(type, context, message);
+}
+
 }  // namespace
+
+void quietenToolkit() {
+    printMessage = qInstallMessageHandler(printNews);
+}
 
 void chooseDisplay() {
     if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) return;

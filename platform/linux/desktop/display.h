@@ -8,6 +8,10 @@ namespace purlock::host_linux {
 /// object is made.
 void chooseDisplay();
 
+/// Keeps from the console what the toolkit says of a machine without a screen or a session, which is no news
+/// to whoever starts the program there. Everything else is printed as ever. First of all.
+void quietenToolkit();
+
 /// Makes menus and tool tips as dark as the panel, whatever the desktop's colours are. Once, after the Qt
 /// application object is made.
 void applyDarkLook();

@@ -52,6 +52,7 @@ int run() {
 int main(int argc, char** argv) {
     const InstanceLock lock(lockFile());
     if (lock.outcome() == InstanceLock::Outcome::heldByAnother) return activateTheOther();
+    quietenToolkit();
     chooseDisplay();
     QApplication::setApplicationName("Purlock");
     QApplication::setDesktopFileName("org.purlock.Purlock");
