@@ -84,12 +84,6 @@ struct NotifierItem::Object {
         return sd_bus_message_append(reply, "b", 0);
     }
 
-    /// The path that trays know to stand for no menu.
-    static int noMenu(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void*,
-                      sd_bus_error*) {
-        return sd_bus_message_append(reply, "o", "/NO_DBUSMENU");
-    }
-
     static int icon(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void* item,
                     sd_bus_error*) {
         return appendPixmaps(reply, look(item).icon);
@@ -149,7 +143,7 @@ const sd_bus_vtable* NotifierItem::Object::table() {
         sd_bus_vtable SD_BUS_PROPERTY("AttentionMovieName", "s", empty, 0, 0),
         sd_bus_vtable SD_BUS_PROPERTY("ToolTip", "(sa(iiay)ss)", toolTip, 0, 0),
         sd_bus_vtable SD_BUS_PROPERTY("ItemIsMenu", "b", isMenu, 0, 0),
-        sd_bus_vtable SD_BUS_PROPERTY("Menu", "o", noMenu, 0, 0),
+        // There is no "Menu": trays ask whatever object it names for its entries.
         sd_bus_vtable SD_BUS_METHOD("Activate", "ii", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
         sd_bus_vtable SD_BUS_METHOD("SecondaryActivate", "ii", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
         sd_bus_vtable SD_BUS_METHOD("ContextMenu", "ii", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
