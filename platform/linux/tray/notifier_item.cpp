@@ -148,12 +148,10 @@ const sd_bus_vtable* NotifierItem::Object::table() {
         sd_bus_vtable SD_BUS_METHOD("SecondaryActivate", "ii", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
         sd_bus_vtable SD_BUS_METHOD("ContextMenu", "ii", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
         sd_bus_vtable SD_BUS_METHOD("Scroll", "is", "", scroll, SD_BUS_VTABLE_UNPRIVILEGED),
-        sd_bus_vtable SD_BUS_SIGNAL("NewTitle", "", 0),
-        sd_bus_vtable SD_BUS_SIGNAL("NewIcon", "", 0),
+        sd_bus_vtable SD_BUS_SIGNAL("NewTitle", "", 0), sd_bus_vtable SD_BUS_SIGNAL("NewIcon", "", 0),
         sd_bus_vtable SD_BUS_SIGNAL("NewAttentionIcon", "", 0),
         sd_bus_vtable SD_BUS_SIGNAL("NewOverlayIcon", "", 0),
-        sd_bus_vtable SD_BUS_SIGNAL("NewToolTip", "", 0),
-        sd_bus_vtable SD_BUS_SIGNAL("NewStatus", "s", 0),
+        sd_bus_vtable SD_BUS_SIGNAL("NewToolTip", "", 0), sd_bus_vtable SD_BUS_SIGNAL("NewStatus", "s", 0),
         sd_bus_vtable SD_BUS_VTABLE_END};
     return members.data();
 }
