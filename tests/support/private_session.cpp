@@ -226,13 +226,14 @@ bool PrivateSession::unloadModule(const std::string& index) {
 }
 
 bool PrivateSession::startTunnelSink(const std::string& name, const std::string& format, int rate,
-                                     int channels) {
+                                     int channels, const std::string& description) {
+    const std::string shown = description.empty() ? "Tunnel " + name : description;
     const std::string pipe = runtimeFolder() + "/" + name + ".pipe";
     ::mkfifo(pipe.c_str(), 0600);
     const std::string arguments =
         "{ tunnel.mode=sink pipe.filename=" + pipe + " audio.format=" + format +
         " audio.rate=" + std::to_string(rate) + " audio.channels=" + std::to_string(channels) +
-        " stream.props={ node.name=" + name + " node.description=\"Tunnel " + name + "\" } }";
+        " stream.props={ node.name=" + name + " node.description=\"" + shown + "\" } }";
     spawn(name, {"pw-cli", "-m", "load-module", "libpipewire-module-pipe-tunnel", arguments});
     if (!waitUntil([&] { return !nodeNamed(dump(), name).is_null(); })) return false;
     spawn(name + "-reader", {"dd", "if=" + pipe, "of=/dev/null", "bs=64k"});

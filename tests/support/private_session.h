@@ -59,7 +59,8 @@ class PrivateSession {
 
     /// A sink that writes samples of a format ("S24LE") to a pipe which somebody empties; it goes away when
     /// the process of its name is killed.
-    bool startTunnelSink(const std::string& name, const std::string& format, int rate, int channels = 2);
+    bool startTunnelSink(const std::string& name, const std::string& format, int rate, int channels = 2,
+                         const std::string& description = "");
 
     /// Has the session manager make a sink the default one.
     bool setDefaultSink(const std::string& name);

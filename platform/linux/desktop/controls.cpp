@@ -78,6 +78,7 @@ PullDownMenu::PullDownMenu(PerformAction perform, QWidget* parent)
     setFocusPolicy(Qt::TabFocus);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     setMenu(&menu_);
+    connect(&menu_, &QMenu::aboutToShow, this, [this] { menu_.setMinimumWidth(width()); });
 }
 
 void PullDownMenu::setFace(QWidget* face) {
