@@ -96,7 +96,7 @@ QImage symbolImage(const std::string& name, double pointSize, FontWeight weight,
     if (const QImage* known = kept.object(look)) return *known;
     auto* image = new QImage(render(*drawing, pixels, pixels, weight, color));
     image->setDevicePixelRatio(devicePixelRatio);
-    const QImage result = *image;
+    QImage result = *image;
     kept.insert(look, image, image->sizeInBytes());  // takes it, and drops it at once if it is too large
     return result;
 }
