@@ -1,61 +1,12 @@
-#include <QGuiApplication>
-#include <QScreen>
-#include <algorithm>
-#include <cstdlib>
+#include <filesystem>
 #include <optional>
 #include <string>
 
+#include "tests/host-linux/tray/display_fixture.h"
 #include "tests/host-linux/tray/notifier_watcher.h"
-#include "tests/host-linux/tray/test_tray.h"
-#include "tests/host-linux/tray/tray_fixture.h"
-#include "tests/support/virtual_display.h"
 
 namespace purlock::test {
 namespace {
-
-constexpr std::uint32_t green = 0x4DC773;
-
-/// The place of the first icon of a `TestTray`.
-std::vector<std::uint32_t> firstIcon() {
-    return screenColors(103, 3, 24, 24);
-}
-bool shows(const std::vector<std::uint32_t>& colors, std::uint32_t wanted) {
-    return std::count(colors.begin(), colors.end(), wanted) >= 5;
-}
-
-class TrayDockTest : public TrayTest {
-  protected:
-    void SetUp() override {
-        ASSERT_NE(display.name(), ":");
-        setenv("DISPLAY", display.name().c_str(), 1);
-        meanwhile = [this] {
-            if (tray) tray->serve();
-        };
-    }
-    void TearDown() override { unsetenv("DISPLAY"); }
-
-    bool iconIsShown() {
-        return runUntil([&] { return tray->iconCount() == 1 && shows(firstIcon(), green); });
-    }
-    void makeGreenItem() {
-        makeItem();
-        button()->setImage(greenIcon);
-    }
-
-    Environment environment() const {
-        const std::string folder = bus.folder().path().string();
-        return {"PATH=/usr/bin:/bin", "HOME=" + folder, "XDG_RUNTIME_DIR=" + folder,
-                "XDG_CONFIG_HOME=" + folder, "DISPLAY=" + display.name()};
-    }
-    bool pointer(const Command& what) {
-        Command command{"xdotool"};
-        command.insert(command.end(), what.begin(), what.end());
-        return ChildProcess(command, environment()).waitForExit(std::chrono::seconds(5)) == 0;
-    }
-
-    VirtualDisplay display{"800x800x24"};  // as large as the toolkit's screen in these tests
-    std::optional<TestTray> tray;
-};
 
 struct TrayKind {
     const char* name;
@@ -195,52 +146,6 @@ TEST_F(TrayDockTest, TheServerMayDie) {
     runUntil([] { return false; }, std::chrono::milliseconds(50));
     button()->setImage(idleIcon);
     EXPECT_EQ(button()->windowFrame(), Rect{});
-}
-
-/// tint2, a panel that many use: found by the colour of the icon in its bar.
-class InTint2 : public TrayDockTest {
-  protected:
-    void startTint2(const char* position) {
-        announceOneDesktop();  // it waits for a window manager
-        bus.folder().write(
-            "tint2rc", "panel_items = S\npanel_size = 100% 30\npanel_position = " + std::string(position) +
-                           " center horizontal\nsystray_padding = 4 4 4\n"
-                           "systray_icon_size = 22\nrgba1 = #202020 100\n");
-        tint2 = ChildProcess({"tint2", "-c", (bus.folder().path() / "tint2rc").string()}, environment(),
-                             {.log = (bus.folder().path() / "tint2.log").string()});
-    }
-
-    /// Whether the icon is on the screen where it says that it is.
-    bool iconIsThere() {
-        return runUntil([&] {
-            const Rect frame = button()->windowFrame();
-            const int top = static_cast<int>(800 - frame.y - frame.height);
-            return frame.width >= 16 &&
-                   shows(screenColors(static_cast<int>(frame.x), top, static_cast<int>(frame.width),
-                                      static_cast<int>(frame.height)),
-                         green);
-        });
-    }
-
-    ChildProcess tint2;
-};
-
-TEST_F(InTint2, TheIconIsInTheBarAlsoAfterTheBarHasDied) {
-    startTint2("top");
-    makeGreenItem();
-    ASSERT_TRUE(iconIsThere()) << contentsOf(bus.folder().path() / "tint2.log");
-    EXPECT_GE(button()->windowFrame().y, 770);
-    tint2.kill();
-    ASSERT_TRUE(runUntil([&] { return button()->windowFrame() == Rect{}; }));
-    startTint2("bottom");
-    ASSERT_TRUE(iconIsThere());
-    EXPECT_LT(button()->windowFrame().y, 30);
-    tint2.signal(SIGTERM);  // an end in order
-    ASSERT_TRUE(tint2.waitForExit(std::chrono::seconds(5)));
-    ASSERT_TRUE(runUntil([&] { return button()->windowFrame() == Rect{}; }));
-    EXPECT_FALSE(shows(screenColors(0, 0, 800, 800), green));
-    startTint2("top");
-    EXPECT_TRUE(iconIsThere());
 }
 
 }  // namespace
