@@ -50,7 +50,7 @@ inline constexpr NSLayoutPriority yielding = 1;
 inline constexpr NSLayoutPriority soft = 200;
 inline constexpr NSLayoutPriority firm = 750;
 
-/// The words of an element and all in it, for a screen reader.
+/// The words of an element and all in it, for a screen reader; its help text where it has none.
 std::string wordsOf(const View& view);
 
 }  // namespace purlock::host_macos

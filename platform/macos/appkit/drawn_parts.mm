@@ -87,7 +87,7 @@ std::string wordsOf(const View& view) {
         if (!words.empty() && !more.empty()) words += ", ";
         words += more;
     }
-    return words;
+    return words.empty() ? view.help : words;
 }
 
 namespace {

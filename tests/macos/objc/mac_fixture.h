@@ -28,6 +28,7 @@ struct MacFixture : testing::Test {
     standins::World world{loop};
 
     ~MacFixture() override {
+        loop.advance(std::chrono::seconds(2));  // what was delayed comes, as it would
         settle();
         objc_autoreleasePoolPop(pool_);
         for (const auto& [name, count] : runtime::liveObjects()) {
