@@ -10,7 +10,7 @@ namespace purlock::host_linux {
 
 /// What is kept of one application's tree at most. A walk over all of it has to fit between two frames.
 struct SnapshotLimits {
-    std::size_t elements = 50'000;
+    std::size_t elements = 25'000;
     std::size_t textBytes = 2048;                  // of one text; a longer one is no badge, and is absent
     std::size_t totalTextBytes = 2 * 1024 * 1024;  // then further texts are absent
     int depth = 12;                                // below the application, which is where the walk ends

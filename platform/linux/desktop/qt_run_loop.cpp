@@ -8,7 +8,25 @@
 namespace purlock::host_linux {
 
 void QtRunLoop::post(Task task) {
-    QMetaObject::invokeMethod(&context_, std::move(task), Qt::QueuedConnection);
+    bool isFirst = false;
+    {
+        const std::lock_guard lock(mutex_);
+        isFirst = posted_.empty();
+        posted_.push_back(std::move(task));
+    }
+    // Outside the lock: Qt takes its own.
+    if (isFirst)
+        QMetaObject::invokeMethod(
+            &context_, [this] { runPosted(); }, Qt::QueuedConnection);
+}
+
+void QtRunLoop::runPosted() {
+    std::vector<Task> tasks;
+    {
+        const std::lock_guard lock(mutex_);
+        tasks.swap(posted_);
+    }
+    for (const Task& task : tasks) task();
 }
 
 Cancellable QtRunLoop::postDelayed(std::chrono::milliseconds delay, Task task) {
