@@ -84,6 +84,11 @@ struct NotifierItem::Object {
         return sd_bus_message_append(reply, "b", 0);
     }
 
+    static int menu(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void*,
+                    sd_bus_error*) {
+        return sd_bus_message_append(reply, "o", NotifierMenu::path);
+    }
+
     static int icon(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void* item,
                     sd_bus_error*) {
         return appendPixmaps(reply, look(item).icon);
@@ -143,15 +148,17 @@ const sd_bus_vtable* NotifierItem::Object::table() {
         sd_bus_vtable SD_BUS_PROPERTY("AttentionMovieName", "s", empty, 0, 0),
         sd_bus_vtable SD_BUS_PROPERTY("ToolTip", "(sa(iiay)ss)", toolTip, 0, 0),
         sd_bus_vtable SD_BUS_PROPERTY("ItemIsMenu", "b", isMenu, 0, 0),
-        // There is no "Menu": trays ask whatever object it names for its entries.
+        sd_bus_vtable SD_BUS_PROPERTY("Menu", "o", menu, 0, 0),
         sd_bus_vtable SD_BUS_METHOD("Activate", "ii", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
         sd_bus_vtable SD_BUS_METHOD("SecondaryActivate", "ii", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
         sd_bus_vtable SD_BUS_METHOD("ContextMenu", "ii", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
         sd_bus_vtable SD_BUS_METHOD("Scroll", "is", "", scroll, SD_BUS_VTABLE_UNPRIVILEGED),
-        sd_bus_vtable SD_BUS_SIGNAL("NewTitle", "", 0), sd_bus_vtable SD_BUS_SIGNAL("NewIcon", "", 0),
+        sd_bus_vtable SD_BUS_SIGNAL("NewTitle", "", 0),
+        sd_bus_vtable SD_BUS_SIGNAL("NewIcon", "", 0),
         sd_bus_vtable SD_BUS_SIGNAL("NewAttentionIcon", "", 0),
         sd_bus_vtable SD_BUS_SIGNAL("NewOverlayIcon", "", 0),
-        sd_bus_vtable SD_BUS_SIGNAL("NewToolTip", "", 0), sd_bus_vtable SD_BUS_SIGNAL("NewStatus", "s", 0),
+        sd_bus_vtable SD_BUS_SIGNAL("NewToolTip", "", 0),
+        sd_bus_vtable SD_BUS_SIGNAL("NewStatus", "s", 0),
         sd_bus_vtable SD_BUS_VTABLE_END};
     return members.data();
 }
@@ -161,10 +168,19 @@ NotifierItem::NotifierItem(BusConnection& connection, NotifierLook look, Notifie
     : connection_(connection),
       events_(std::move(events)),
       look_(std::move(look)),
+      menu_(connection, {"Open Purlock", "Quit Purlock"}, [this](std::size_t entry) { chosen(entry); }),
       alive_(std::make_shared<NotifierItem*>(this)) {
     exportObject();
     watcher_ = std::make_unique<BusNameWatch>(connection_, watcherName,
                                               [this](const std::string& owner) { watcherChanged(owner); });
+}
+
+void NotifierItem::chosen(std::size_t entry) const {
+    if (entry == 0) {
+        events_.openChosen();
+    } else {
+        events_.quitChosen();
+    }
 }
 
 void NotifierItem::exportObject() {

@@ -8,6 +8,7 @@
 #include "platform/linux/dbus/bus_connection.h"
 #include "platform/linux/dbus/bus_name_watch.h"
 #include "platform/linux/tray/notifier_data.h"
+#include "platform/linux/tray/notifier_menu.h"
 
 struct sd_bus_message;
 
@@ -19,6 +20,10 @@ struct NotifierEvents {
 
     /// A click, of any button, at a place on the screen as the tray counts; many trays pass 0, 0.
     std::function<void(std::int32_t x, std::int32_t y)> activated;
+
+    // In the menu.
+    std::function<void()> openChosen;
+    std::function<void()> quitChosen;
 };
 
 /// The status notifier item (org.kde.StatusNotifierItem) of this program on a connection: the object itself,
@@ -39,6 +44,7 @@ class NotifierItem {
     struct Object;
 
     void exportObject();
+    void chosen(std::size_t entry) const;
     void watcherChanged(const std::string& owner);
     void listenToHosts(const std::string& owner);
     void registerItem();
@@ -52,6 +58,7 @@ class NotifierItem {
     NotifierLook look_;
     bool known_ = false;
     bool hosted_ = false;
+    const NotifierMenu menu_;
     BusSlot object_;
     BusSlot hostCame_;
     BusSlot hostWent_;

@@ -59,14 +59,27 @@ TrayBusEvents TrayStatusItem::busEvents() {
             if (const auto link = weak.lock()) work(*link->item);
         });
     };
+    const auto tellClick = [tell, weak = weakLink_](auto work) {
+        const auto link = weak.lock();
+        if (!link || link->clickUnderWay.exchange(true)) return;
+        tell([work](TrayStatusItem& item) {
+            item.link_->clickUnderWay = false;
+            work(item);
+        });
+    };
     return {.item = {
                 .hosted =
                     [tell](bool hosted) { tell([hosted](TrayStatusItem& item) { item.setHosted(hosted); }); },
                 .activated =
-                    [tell, weak = weakLink_](std::int32_t x, std::int32_t y) {
+                    [tellClick](std::int32_t x, std::int32_t y) {
+                        tellClick([x, y](TrayStatusItem& item) { item.activated(x, y); });
+                    },
+                .openChosen = [tellClick] { tellClick([](TrayStatusItem& item) { item.openChosen(); }); },
+                .quitChosen =
+                    [tell, weak = weakLink_] {
                         const auto link = weak.lock();
-                        if (!link || link->clickUnderWay.exchange(true)) return;
-                        tell([x, y](TrayStatusItem& item) { item.activated(x, y); });
+                        if (!link || link->quitUnderWay.exchange(true)) return;
+                        tell([](TrayStatusItem&) { QCoreApplication::quit(); });
                     }},
             .onScheme = [tell](ColorScheme scheme) {
                 tell([scheme](TrayStatusItem& item) { item.setScheme(scheme); });
@@ -111,10 +124,15 @@ void TrayStatusItem::setScheme(ColorScheme scheme) {
 /// Trays that do not know the place pass 0, 0; others pass it in pixels. Off every screen, and where nothing
 /// is known, the pointer is where the user has clicked.
 void TrayStatusItem::activated(std::int32_t x, std::int32_t y) {
-    link_->clickUnderWay = false;
     auto area = pointsOfPixels(clickArea(x, y), screenAreas());
     if (!area || (x == 0 && y == 0)) area = clickArea(QCursor::pos().x(), QCursor::pos().y());
     lastClick_ = onScreen(*area);
+    click();
+}
+
+/// Below the icon, if it was ever clicked; the menu is beside it.
+void TrayStatusItem::openChosen() {
+    if (lastClick_ == Rect{}) lastClick_ = onScreen(clickArea(QCursor::pos().x(), QCursor::pos().y()));
     click();
 }
 

@@ -39,6 +39,7 @@ class TrayStatusItem final : public StatusItem, private StatusButton {
     void setHosted(bool hosted);
     void setScheme(ColorScheme scheme);
     void activated(std::int32_t x, std::int32_t y);
+    void openChosen();
     void click();
     void publishLook();
 
@@ -46,6 +47,7 @@ class TrayStatusItem final : public StatusItem, private StatusButton {
     struct Link {
         TrayStatusItem* item = nullptr;
         std::atomic<bool> clickUnderWay = false;  // more clicks than the main thread takes are one
+        std::atomic<bool> quitUnderWay = false;
     };
 
     RunLoop& mainLoop_;

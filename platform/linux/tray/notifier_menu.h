@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/linux/dbus/bus_connection.h"
+
+struct sd_bus_message;
+
+namespace purlock::host_linux {
+
+/// The menu of a notifier item (com.canonical.dbusmenu), drawn by the tray: one level of entries that never
+/// change. Some trays show it on the first click, whatever the item would have them do.
+///
+/// Made when the connection is there and dropped when it is lost; on the bus thread.
+class NotifierMenu {
+  public:
+    static constexpr const char* path = "/StatusNotifierItem/Menu";
+
+    /// `onChosen` is given the place of the entry in `labels`, which are plain texts.
+    NotifierMenu(BusConnection& connection, std::vector<std::string> labels,
+                 std::function<void(std::size_t)> onChosen);
+    NotifierMenu(const NotifierMenu&) = delete;
+    NotifierMenu& operator=(const NotifierMenu&) = delete;
+
+  private:
+    struct Object;
+
+    /// Entries are numbered from 1; 0 is the menu itself.
+    bool isEntry(std::int32_t id) const { return id >= 1 && static_cast<std::size_t>(id) <= labels_.size(); }
+    void happened(std::int32_t id, const std::string& event) const;
+
+    const std::vector<std::string> labels_;
+    const std::function<void(std::size_t)> onChosen_;
+    BusSlot object_;
+};
+
+}  // namespace purlock::host_linux
