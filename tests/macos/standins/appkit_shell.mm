@@ -84,6 +84,11 @@ static NSRunningApplication* running(const purlock::RunningApplication& applicat
                             backing:(NSBackingStoreType)backing
                               defer:(BOOL)defer {
     frame_ = rect;
+    // A window that nobody has set up: each value is another than the program wants, so that none may be left
+    // out.
+    self.movableByWindowBackground = YES;
+    self.opaque = YES;
+    self.releasedWhenClosed = YES;
     if ([self isKindOfClass:[NSPanel class]]) {
         lastPanel = static_cast<NSPanel*>(self);
         World::current().note("panel " + std::to_string(style) + " " + std::to_string(backing) + " " +
