@@ -58,6 +58,9 @@ std::shared_ptr<const DesktopIndex> DesktopApplications::currentIndex() {
         const std::lock_guard lock(desktop_->mutex);
         index = desktop_->index;
         if (desktop_->reading) return index;
+        const auto now = std::chrono::steady_clock::now();
+        if (now - desktop_->checked < roots_.keptIndexTime) return index;
+        desktop_->checked = now;
     }
     if (!index->isOutdated()) return index;
     {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -22,6 +23,10 @@ struct DesktopRoots {
     std::string processFolder = "/proc";
     std::vector<std::string> dataFolders = desktopDataFolders();
     std::string locale = messagesLocale();
+
+    /// How long the desktop files that were read count as the present ones, before their folders are looked
+    /// at.
+    std::chrono::milliseconds keptIndexTime{3000};
 };
 
 /// Processes and the desktop's applications.
@@ -58,6 +63,7 @@ class DesktopApplications final : public RunningApplications {
         std::mutex mutex;
         std::shared_ptr<const DesktopIndex> index = std::make_shared<DesktopIndex>();  // guarded by mutex
         bool reading = false;                                                          // guarded by mutex
+        Moment checked{};                                                              // guarded by mutex
     };
 
     /// Answers are asked for again and again while something plays, and each costs several reads of /proc; so

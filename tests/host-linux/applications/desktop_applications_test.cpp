@@ -59,7 +59,8 @@ class DesktopApplicationsTest : public ::testing::Test {
                 queue_,
                 DesktopRoots{(machine_.path() / "proc").string(),
                              {(machine_.path() / "home").string(), (machine_.path() / "usr").string()},
-                             "de_DE.UTF-8"});
+                             "de_DE.UTF-8",
+                             keptIndexTime_});
             queue_->run();
         }
         return *applications_;
@@ -76,6 +77,7 @@ class DesktopApplicationsTest : public ::testing::Test {
     const test::TemporaryFolder machine_;
     const std::shared_ptr<test::ManualSerialQueue> queue_ =
         std::make_shared<test::ManualSerialQueue>("desktop");
+    std::chrono::milliseconds keptIndexTime_{0};  // every question looks at the folders
     std::unique_ptr<DesktopApplications> applications_;
 };
 
@@ -179,6 +181,16 @@ TEST_F(DesktopApplicationsTest, TheUsersOwnDesktopFileWinsAndFoldersBecomeDashes
     addDesktopFile("home/applications/kde-player.desktop", "Mine", "player");
     add({.pid = 10, .program = "/usr/bin/player"});
     EXPECT_EQ(of(10), application(10, "kde-player", "Mine"));
+}
+
+TEST_F(DesktopApplicationsTest, ForAWhileTheFoldersAreNotLookedAt) {
+    keptIndexTime_ = std::chrono::hours(1);
+    add({.pid = 10, .program = "/usr/bin/player"});
+    EXPECT_EQ(of(10), std::nullopt);  // the first question looks
+    addDesktopFile("usr/applications/player.desktop", "Player", "player");
+    add({.pid = 11, .program = "/usr/bin/player"});
+    EXPECT_EQ(of(11), std::nullopt);
+    EXPECT_EQ(queue_->run(), 0U);
 }
 
 TEST_F(DesktopApplicationsTest, ANewDesktopFileIsNoticedByTheNextQuestion) {

@@ -299,6 +299,43 @@ TEST(ViewTree, AParagraphBreaksEvenInsideAWord) {
     EXPECT_LT(label->height(), 2 * label->fontMetrics().height()) << "it shrinks again";
 }
 
+TEST(ViewTree, ANewHeightIsThereBeforeAnythingIsPainted) {
+    Fixture f;
+    const auto card = [](const std::string& words) {
+        View text = row(8, {disc(7, white()), column(4, {paragraph(words, {12}, white())})});
+        return std::vector<View>{container(Button{Quit{}}, {onCard(std::move(text), {10, 10}, 0.1)}),
+                                 line("below", {12}, white())};
+    };
+    f.showItems(card("short"));
+    View content = column(14, card(std::string(400, 'x')));
+    content.padding = {16, 16};
+    f.surface.setContent(container(Scroll{}, {std::move(content)}));
+    const auto* label = f.all<QLabel>().at(1);
+    EXPECT_EQ(label->height(), label->heightForWidth(label->width()));
+    EXPECT_GT(f.named("below")->mapTo(&f.surface, QPoint()).y(),
+              label->mapTo(&f.surface, QPoint(0, label->height())).y());
+}
+
+TEST(ViewTree, FontsAreAsTheTreeSays) {
+    struct Case {
+        Font font;
+        QFont::Weight weight;
+        bool italic;
+    };
+    for (const auto& [font, weight, italic] :
+         {Case{{10}, QFont::Normal, false}, Case{{12, FontWeight::medium}, QFont::Medium, false},
+          Case{{13, FontWeight::semibold}, QFont::DemiBold, false},
+          Case{{16, FontWeight::bold}, QFont::Bold, false},
+          Case{{11, FontWeight::regular, FontSlant::italic}, QFont::Normal, true}}) {
+        Fixture f;
+        f.showItems({line("text", font, white())});
+        const QFont shown = f.all<QLabel>().at(0)->font();
+        EXPECT_EQ(shown.pixelSize(), static_cast<int>(font.size));
+        EXPECT_EQ(shown.weight(), weight) << font.size;
+        EXPECT_EQ(shown.italic(), italic) << font.size;
+    }
+}
+
 TEST(ViewTree, LineBreaksAndControlCharactersBecomeSpaces) {
     Fixture f;
     f.showItems(
