@@ -14,6 +14,7 @@ namespace purlock::host_linux {
 
 namespace {
 
+constexpr int deepestTree = 12;  // of views, with some to spare
 constexpr Color ground{0.145, 0.145, 0.155, 1};
 
 }  // namespace
@@ -33,10 +34,12 @@ void PanelSurface::setContent(const View& content) {
     if (isVisible()) settleLayout();
 }
 
-/// Layouts inform one another by posted events, a level at a time. All of them are let through before
+/// Layouts inform one another by posted events, from level to level. All of them are let through before
 /// anything is painted, so that nobody sees a text in the place of the one before it.
 void PanelSurface::settleLayout() {
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+    for (int level = 0; level < deepestTree; ++level) {
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+    }
 }
 
 void PanelSurface::showEvent(QShowEvent* event) {
