@@ -4,10 +4,9 @@
 
 // Views and what they draw with. Main thread only.
 //
-// Selectors, types and values of the views up to NSStatusBarButton's ancestors, of images, symbols, colours,
-// fonts, paths, anchors and scroll views: objc2 and pyobjc. NSStackView: objc2. Unchecked, from memory:
-// NSBox, NSSwitch's control size, NSTextField's makers and line breaking, priorities, NSAnimationContext,
-// accessibility labels, the values of NSLayoutAttribute and NSUserInterfaceLayoutOrientation.
+// Selectors, types and values: objc2, and pyobjc for views, images, symbols, colours, fonts, paths and
+// anchors. Unchecked: the values of NSControlSize and NSLineBreakMode, NSAnimationContext's timing function,
+// setAccessibilityLabel: and setAccessibilityElement:, cancelOperation:, and most of the versions.
 
 #pragma clang assume_nonnull begin
 
