@@ -23,7 +23,7 @@ xcb_atom_t atomNamed(xcb_connection_t* connection, const char* name) {
 
 void keepOutOfWindowLists(QWidget& window) {
     const auto* x = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (!x) return;
+    if (!x || !x->connection()) return;  // on other platforms Qt may give the interface without a server
     static const std::array states{atomNamed(x->connection(), "_NET_WM_STATE_SKIP_TASKBAR"),
                                    atomNamed(x->connection(), "_NET_WM_STATE_SKIP_PAGER"),
                                    atomNamed(x->connection(), "_NET_WM_STATE_STICKY")};

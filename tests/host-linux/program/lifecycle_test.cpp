@@ -94,7 +94,7 @@ TEST_F(Lifecycle, ASecondStartReachesTheFirstOverTheBus) {
     ASSERT_TRUE(session.startBus()) << session.logs();
     program.start();
     ASSERT_TRUE(program.awaitVerdict("noDevice"));
-    for (const char* what : {"opens the panel", "closes it"}) {
+    for (const char* what : {"opens the panel", "closes it", "opens it again"}) {
         SCOPED_TRACE(what);
         const auto second = session.run({PURLOCK_PROGRAM});
         EXPECT_EQ(second.exitStatus, 0);
