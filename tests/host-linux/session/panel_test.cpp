@@ -1,0 +1,141 @@
+#include <cstdio>
+
+#include "tests/host-linux/session/session_test.h"
+
+namespace purlock::test {
+namespace {
+
+using Json = nlohmann::json;
+using Texts = std::vector<std::string>;
+
+/// "48.0 kHz · 32-bit · 2ch", from a format of state.json.
+std::string summary(const Json& format) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%.1f kHz · %d-bit · %dch", format["sampleRate"].get<double>() / 1000,
+                  format["bitsPerChannel"].get<int>(), format["channels"].get<int>());
+    return text;
+}
+
+std::string bitrate(const Json& format) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.2f Mbps", format["bitsPerSecond"].get<double>() / 1e6);
+    return text;
+}
+
+/// What the panel has to say while the player plays bit-perfectly, by a second look at the state.
+Texts textsFor(const Json& state) {
+    const std::string grade = "Quality not known";  // of every stage, for nobody claims anything
+    const Json& mixer = state["virtual"];
+    const Json& device = state["physical"];
+    const std::string name = state["device"]["name"];
+    return {"Purlock", "v1.1",
+            // the card
+            "Spring", "The Larks · Seasons", "mpv Media Player", "Playing",
+            // the verdict
+            state["verdict"]["headline"],
+            "Source matches device at " + summary(mixer) + ". No conversion in path.",
+            // the path
+            grade, "SOURCE", "mpv Media Player", "(source quality not detected)", "delivers to",       //
+            grade, "APP", "mpv Media Player", "mpv", "writes to OS",                                   //
+            grade, "HAL VIRTUAL", bitrate(mixer), summary(mixer), mixer["label"], "OS sends to wire",  //
+            grade, "HAL PHYSICAL", bitrate(device), summary(device), device["label"], "to device",     //
+            grade, "VIRTUAL DEVICE", bitrate(device), name, "Virtual device",
+            // the picker and the footer
+            "OUTPUT DEVICE", name, "Show log", "Quit"};
+}
+
+using Panel = SessionTest;
+
+TEST_F(Panel, StandsUnderItsIconAndSaysWhatTheStateFileSays) {
+    ASSERT_TRUE(desktop.startPlayer(48000));
+    startInTray();
+    ASSERT_TRUE(program.awaitVerdict("bitPerfect"));
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    const ScreenArea icon = trayIconOnScreen().value_or(ScreenArea{});
+    const ScreenArea panel = panelOnScreen().value_or(ScreenArea{});
+    EXPECT_NEAR(panel.centerX(), icon.centerX(), 1);
+    EXPECT_GE(panel.y, icon.y + icon.height);
+    EXPECT_TRUE(wholeScreen().contains(panel));
+
+    const Texts expected = textsFor(program.snapshot());
+    waitUntil([&] { return texts() == expected; });  // the track's name takes a moment
+    EXPECT_EQ(texts(), expected);
+    const Accessible screen = desktop.onScreen();
+    const Accessible* logSwitch = elementNamed(screen, "Log to file", "check box");
+    ASSERT_NE(logSwitch, nullptr);
+    EXPECT_TRUE(logSwitch->isChecked);
+    EXPECT_NE(elementNamed(screen, "Pin (keep panel open)", "push button"), nullptr);
+}
+
+TEST_F(Panel, ADeviceChosenInTheMenuIsPinned) {
+    startInTray();
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    ASSERT_TRUE(choose(Entry::last, "Desk"));
+    EXPECT_TRUE(shows("📌 Tunnel hall"));
+    EXPECT_TRUE(settingBecomes("pinnedDeviceUID", "hall"));
+    EXPECT_TRUE(deviceBecomes("hall"));
+    ASSERT_TRUE(choose(Entry::first, "📌 Tunnel hall"));
+    EXPECT_TRUE(shows("Desk"));
+    EXPECT_TRUE(settingBecomes("pinnedDeviceUID", nullptr));
+    EXPECT_TRUE(deviceBecomes("desk"));
+}
+
+TEST_F(Panel, TheLogGrowsWhileItsSwitchIsOn) {
+    startInTray();
+    ASSERT_TRUE(deviceBecomes("desk"));
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    ASSERT_TRUE(clickOn("Log to file", "check box"));
+    ASSERT_TRUE(settingBecomes("logEnabled", false));
+    const std::size_t lines = program.log().size();
+    for (const char* device : {"hall", "desk", "hall"}) {
+        ASSERT_TRUE(desktop.parts().setDefaultSink(device));
+        ASSERT_TRUE(deviceBecomes(device));
+    }
+    EXPECT_EQ(program.log().size(), lines);
+    ASSERT_TRUE(clickOn("Log to file", "check box"));
+    EXPECT_TRUE(settingBecomes("logEnabled", true));
+    EXPECT_TRUE(waitUntil([&] { return program.log().size() == lines + 1; }));
+    EXPECT_EQ(signatureOf(program.log().back()), signatureOf(program.snapshot()));
+}
+
+TEST_F(Panel, AClickOutsideClosesItUnlessItIsPinned) {
+    startInTray();
+    desktop.parts().spawn("neighbour", {"zenity", "--info", "--text=Somebody else's window"});
+    const ScreenArea outside{640, 740, 0, 0};  // below the panel, on what the window manager has put there
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    ASSERT_TRUE(clickOn("Pin (keep panel open)", "push button"));
+    EXPECT_TRUE(shows("Unpin (close on outside click)"));
+    EXPECT_TRUE(settingBecomes("panelPinned", true));
+    ASSERT_TRUE(desktop.click(outside));
+    EXPECT_FALSE(waitUntil([] { return !panelOnScreen(); }, std::chrono::milliseconds(400)));
+    ASSERT_TRUE(clickOn("Unpin (close on outside click)", "push button"));
+    EXPECT_TRUE(settingBecomes("panelPinned", false));
+    ASSERT_TRUE(desktop.click(outside));
+    EXPECT_TRUE(panelGoes());
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+}
+
+TEST_F(Panel, ClosesByItsIconByEscapeAndByAnotherStart) {
+    startInTray();
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    ASSERT_TRUE(desktop.clickIcon());
+    EXPECT_TRUE(panelGoes());
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    ASSERT_TRUE(desktop.press("Escape"));
+    EXPECT_TRUE(panelGoes());
+    EXPECT_EQ(desktop.parts().run({PURLOCK_PROGRAM}).exitStatus, 0);
+    EXPECT_TRUE(panelComes());
+    EXPECT_EQ(desktop.parts().run({PURLOCK_PROGRAM}).exitStatus, 0);
+    EXPECT_TRUE(panelGoes());
+}
+
+TEST_F(Panel, QuitEndsTheProgram) {
+    startInTray();
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    ASSERT_TRUE(clickOn("Quit", "push button"));
+    EXPECT_EQ(desktop.program().waitForExit(std::chrono::seconds(5)), 0);
+    EXPECT_TRUE(waitUntil([] { return !trayIconOnScreen(); }));
+}
+
+}  // namespace
+}  // namespace purlock::test

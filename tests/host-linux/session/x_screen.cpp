@@ -1,0 +1,130 @@
+#include "tests/host-linux/session/x_screen.h"
+
+#include <xcb/xcb.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace purlock::test {
+
+namespace {
+
+template <typename T>
+std::unique_ptr<T, decltype(&std::free)> owned(T* reply) {
+    return {reply, &std::free};
+}
+
+enum class Kind { trayIcon, panel, menu, toolTip };
+
+/// A connection for one question.
+class Screen {
+  public:
+    Screen() : connection_(xcb_connect(nullptr, nullptr)) {}
+    ~Screen() { xcb_disconnect(connection_); }
+    Screen(const Screen&) = delete;
+    Screen& operator=(const Screen&) = delete;
+
+    bool isThere() const { return xcb_connection_has_error(connection_) == 0; }
+    const xcb_screen_t& first() const { return *xcb_setup_roots_iterator(xcb_get_setup(connection_)).data; }
+
+    /// The program's first window of this kind that can be seen, at or below `window`.
+    std::optional<ScreenArea> find(xcb_window_t window, Kind kind) {
+        if (isOurs(window) && isViewable(window) && kindOf(window) == kind) return area(window);
+        const auto children =
+            owned(xcb_query_tree_reply(connection_, xcb_query_tree(connection_, window), nullptr));
+        if (!children) return std::nullopt;
+        for (int i = 0; i < xcb_query_tree_children_length(children.get()); ++i) {
+            if (auto found = find(xcb_query_tree_children(children.get())[i], kind)) return found;
+        }
+        return std::nullopt;
+    }
+
+  private:
+    xcb_atom_t atom(std::string_view name) {
+        const auto cookie =
+            xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data());
+        const auto reply = owned(xcb_intern_atom_reply(connection_, cookie, nullptr));
+        return reply ? reply->atom : XCB_NONE;
+    }
+
+    std::string property(xcb_window_t window, xcb_atom_t name) {
+        const auto cookie = xcb_get_property(connection_, 0, window, name, XCB_ATOM_ANY, 0, 64);
+        const auto reply = owned(xcb_get_property_reply(connection_, cookie, nullptr));
+        if (!reply) return {};
+        return {static_cast<const char*>(xcb_get_property_value(reply.get())),
+                static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
+    }
+
+    bool isOurs(xcb_window_t window) {
+        constexpr std::string_view instance("purlock\0", 8);
+        return property(window, XCB_ATOM_WM_CLASS).starts_with(instance);
+    }
+
+    /// The toolkit's windows speak a window manager's protocols; that in the tray does not. A window manager
+    /// leaves menus and tips alone, and only a tip is one line high.
+    Kind kindOf(xcb_window_t window) {
+        constexpr int twoLines = 40;
+        if (property(window, atom("WM_PROTOCOLS")).empty()) return Kind::trayIcon;
+        if (isManaged(window)) return Kind::panel;
+        const auto place = area(window);
+        return place && place->height >= twoLines ? Kind::menu : Kind::toolTip;
+    }
+
+    bool isViewable(xcb_window_t window) {
+        const auto attributes = attributesOf(window);
+        return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+    }
+
+    bool isManaged(xcb_window_t window) {
+        const auto attributes = attributesOf(window);
+        return attributes && attributes->override_redirect == 0;
+    }
+
+    std::unique_ptr<xcb_get_window_attributes_reply_t, decltype(&std::free)> attributesOf(
+        xcb_window_t window) {
+        const auto cookie = xcb_get_window_attributes(connection_, window);
+        return owned(xcb_get_window_attributes_reply(connection_, cookie, nullptr));
+    }
+
+    std::optional<ScreenArea> area(xcb_window_t window) {
+        const auto size =
+            owned(xcb_get_geometry_reply(connection_, xcb_get_geometry(connection_, window), nullptr));
+        const auto cookie = xcb_translate_coordinates(connection_, window, first().root, 0, 0);
+        const auto place = owned(xcb_translate_coordinates_reply(connection_, cookie, nullptr));
+        if (!size || !place) return std::nullopt;
+        return ScreenArea{place->dst_x, place->dst_y, size->width, size->height};
+    }
+
+    xcb_connection_t* const connection_;
+};
+
+std::optional<ScreenArea> find(Kind kind) {
+    Screen screen;
+    if (!screen.isThere()) return std::nullopt;
+    return screen.find(screen.first().root, kind);
+}
+
+}  // namespace
+
+ScreenArea wholeScreen() {
+    const Screen screen;
+    if (!screen.isThere()) return {};
+    return {0, 0, screen.first().width_in_pixels, screen.first().height_in_pixels};
+}
+
+std::optional<ScreenArea> trayIconOnScreen() {
+    return find(Kind::trayIcon);
+}
+
+std::optional<ScreenArea> panelOnScreen() {
+    return find(Kind::panel);
+}
+
+std::optional<ScreenArea> menuOnScreen() {
+    return find(Kind::menu);
+}
+
+}  // namespace purlock::test

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <optional>
+
+namespace purlock::test {
+
+/// Part of the screen in pixels, y downwards.
+struct ScreenArea {
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+
+    int centerX() const { return x + width / 2; }
+    int centerY() const { return y + height / 2; }
+    bool contains(const ScreenArea& inner) const {
+        return inner.x >= x && inner.y >= y && inner.x + inner.width <= x + width &&
+               inner.y + inner.height <= y + height;
+    }
+    bool operator==(const ScreenArea&) const = default;
+};
+
+// What the X server of $DISPLAY says, asked anew by each call; absent when there is no such window on the
+// screen.
+
+ScreenArea wholeScreen();
+
+/// The window of the program that stands in a tray.
+std::optional<ScreenArea> trayIconOnScreen();
+
+/// The window of the program that a window manager looks after.
+std::optional<ScreenArea> panelOnScreen();
+
+/// The menu that the program has opened.
+std::optional<ScreenArea> menuOnScreen();
+
+}  // namespace purlock::test
