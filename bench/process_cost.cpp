@@ -35,6 +35,7 @@ std::optional<ProcessUse> useOf(pid_t pid) {
         std::ifstream schedule(thread.path() / "schedstat");  // its first number: nanoseconds on a processor
         double nanoseconds = 0;
         if (schedule >> nanoseconds) use.processorMilliseconds += nanoseconds / 1e6;
+        ++use.threads;
         use.wakeUps += numberAfter(thread.path() / "status", "voluntary_ctxt_switches");
     }
     if (failed) return std::nullopt;

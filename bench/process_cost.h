@@ -12,6 +12,7 @@ struct ProcessUse {
     double processorMilliseconds = 0;
     long wakeUps = 0;       // voluntary switches
     long bytesWritten = 0;  // handed to files and devices
+    int threads = 0;        // that live; what others had used before they ended is not counted
 };
 
 /// What it holds now, in KiB.
