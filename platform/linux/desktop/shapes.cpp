@@ -18,6 +18,10 @@ QEasingCurve easeOut() {
     return curve;
 }
 
+/// The pulse fades most of the time, and each of its frames wakes this program and the X server a few times:
+/// no more of them than a dot of a few pixels needs to fade smoothly.
+constexpr int betweenFrames = 50;  // milliseconds
+
 int pixels(double points) {
     return static_cast<int>(std::ceil(points));
 }
@@ -69,14 +73,14 @@ void CircleDrawing::show(const Circle& content) {
 void CircleDrawing::fadeTo(double opacity, const EaseOut& animation) {
     fading_.stop();
     fading_.disconnect(this);
-    connect(&fading_, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
-        opacity_ = value.toDouble();
+    const double start = opacity_;
+    connect(&fading_, &QTimeLine::valueChanged, this, [this, start, opacity](double progress) {
+        opacity_ = start + (opacity - start) * progress;
         update();
     });
     fading_.setEasingCurve(easeOut());
     fading_.setDuration(static_cast<int>(animation.seconds * 1000));
-    fading_.setStartValue(opacity_);
-    fading_.setEndValue(opacity);
+    fading_.setUpdateInterval(betweenFrames);
     fading_.start();
 }
 

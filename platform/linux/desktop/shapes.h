@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QLabel>
-#include <QVariantAnimation>
+#include <QTimeLine>
 #include <optional>
 
 #include "ui/view.h"
@@ -45,7 +45,7 @@ class CircleDrawing final : public Drawing {
 
     std::optional<Circle> content_;
     double opacity_ = 1;
-    QVariantAnimation fading_;
+    QTimeLine fading_;
 };
 
 /// A filled rectangle: a bar of its own height or of its row's, or a line across a column.

@@ -189,6 +189,29 @@ TEST(ViewTree, OnlyTheTextThatDiffersIsPainted) {
     EXPECT_EQ(f.all<QLabel>().at(1)->text(), QStringLiteral("owt"));
 }
 
+View pulse(double opacity) {
+    View dot = disc(6, accentGreen);
+    auto& circle = std::get<Circle>(dot.content);
+    circle.opacity = opacity;
+    circle.animation = EaseOut{0.5};
+    dot.label = "Pulse";
+    return dot;
+}
+
+TEST(ViewTree, ADotThatFadesIsPaintedNoOftenerThanItMust) {
+    Fixture f;
+    f.showItems({pulse(0.35)});
+    QTest::qWait(20);
+    PaintCounter counter(f.surface);
+    f.showItems({pulse(0.95)});
+    QTest::qWait(700);
+    const auto frames = counter.take().filter(QStringLiteral("Pulse")).size();
+    EXPECT_GE(frames, 5);
+    EXPECT_LE(frames, 13);
+    const QPoint center = f.named("Pulse")->mapTo(&f.surface, QPoint(3, 3));
+    EXPECT_GT(f.surface.grab().toImage().pixelColor(center).green(), 180) << "it has come to its end";
+}
+
 // Order.
 
 TEST(ViewTree, TheTabKeyGoesFromTopToBottom) {
