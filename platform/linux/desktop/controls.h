@@ -2,6 +2,7 @@
 
 #include <QAbstractButton>
 #include <QCheckBox>
+#include <QLayout>
 #include <QMenu>
 #include <QPushButton>
 #include <functional>
@@ -43,8 +44,9 @@ class PullDownMenu final : public QPushButton {
     /// Changes the entries if they differ, also those of an open menu.
     void setEntries(const std::vector<MenuEntry>& entries);
 
-    QSize sizeHint() const override { return QWidget::sizeHint(); }
-    QSize minimumSizeHint() const override { return QWidget::minimumSizeHint(); }
+    /// As large as what it shows.
+    QSize sizeHint() const override { return layout() ? layout()->sizeHint() : QSize(); }
+    QSize minimumSizeHint() const override { return layout() ? layout()->minimumSize() : QSize(); }
 
   protected:
     void paintEvent(QPaintEvent* event) override;
