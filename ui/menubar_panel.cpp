@@ -143,25 +143,25 @@ std::string MenubarPanel::currentDeviceLabel() const {
 }
 
 View MenubarPanel::footer() const {
-    const bool logging = settings_->logEnabled().value();
-    View logSwitch =
-        container(Switch{logging, SetLogEnabled{!logging}}, {line("Log to file", {11}, white(0.7))});
+    View logSwitch = container(Switch{settings_->logEnabled().value(), ToggleLogEnabled{}},
+                               {line("Log to file", {11}, white(0.7))});
     return row(defaultSpacing, {std::move(logSwitch), flexibleSpace(), textButton("Show log", OpenLog{}),
                                 textButton("Quit", Quit{})});
 }
 
 void MenubarPanel::perform(const Action& action) {
-    std::visit(Overloaded{
-                   [this](const OpenLog&) { actions_.onOpenLog(); },
-                   [this](const RequestAccessibility&) { actions_.onRequestAccessibility(); },
-                   [this](const Quit&) { actions_.onQuit(); },
-                   [this](const TogglePanelPinned&) {
-                       settings_->setPanelPinned(!settings_->panelPinned().value());
-                   },
-                   [this](const SetLogEnabled& set) { settings_->setLogEnabled(set.enabled); },
-                   [this](const PinDevice& pin) { settings_->setPinnedDeviceUID(pin.uid); },
-               },
-               action);
+    std::visit(
+        Overloaded{
+            [this](const OpenLog&) { actions_.onOpenLog(); },
+            [this](const RequestAccessibility&) { actions_.onRequestAccessibility(); },
+            [this](const Quit&) { actions_.onQuit(); },
+            [this](const TogglePanelPinned&) {
+                settings_->setPanelPinned(!settings_->panelPinned().value());
+            },
+            [this](const ToggleLogEnabled&) { settings_->setLogEnabled(!settings_->logEnabled().value()); },
+            [this](const PinDevice& pin) { settings_->setPinnedDeviceUID(pin.uid); },
+        },
+        action);
 }
 
 std::string verdictDetail(const Verdict& verdict) {

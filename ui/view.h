@@ -59,16 +59,16 @@ struct Quit {
 struct TogglePanelPinned {
     bool operator==(const TogglePanelPinned&) const = default;
 };
-struct SetLogEnabled {
-    bool enabled = false;
-    bool operator==(const SetLogEnabled&) const = default;
+struct ToggleLogEnabled {
+    bool operator==(const ToggleLogEnabled&) const = default;
 };
 /// Absent: follow the system's default device.
 struct PinDevice {
     std::optional<std::string> uid;
     bool operator==(const PinDevice&) const = default;
 };
-using Action = std::variant<OpenLog, RequestAccessibility, Quit, TogglePanelPinned, SetLogEnabled, PinDevice>;
+using Action =
+    std::variant<OpenLog, RequestAccessibility, Quit, TogglePanelPinned, ToggleLogEnabled, PinDevice>;
 
 // What one element shows.
 
@@ -165,7 +165,7 @@ struct Button {
 /// A switch of the smallest control size; its child is the label that stands before it.
 struct Switch {
     bool isOn = false;
-    Action action;  // when it is used, in the state shown
+    Action action;  // changes to the other state, whichever is shown
     bool operator==(const Switch&) const = default;
 };
 

@@ -320,13 +320,23 @@ TEST(MenubarPanel, TheLogSwitchShowsAndSetsTheSetting) {
     Fixture f;
     f.open();
     const auto logSwitch = [&f] { return test::contentOf<Switch>(f.item("footer").children[0]); };
-    EXPECT_EQ(logSwitch(), (Switch{true, SetLogEnabled{false}}));
+    EXPECT_EQ(logSwitch(), (Switch{true, ToggleLogEnabled{}}));
     f.desktop.use(logSwitch().action);
     f.settle();
     EXPECT_FALSE(f.shell->settings()->logEnabled().value());
-    EXPECT_EQ(logSwitch(), (Switch{false, SetLogEnabled{true}}));
+    EXPECT_EQ(logSwitch(), (Switch{false, ToggleLogEnabled{}}));
     EXPECT_EQ(test::textsOf(f.item("footer")), (Texts{"Log to file", "Show log", "Quit"}))
         << "the log can be shown whether it is written or not";
+}
+
+TEST(MenubarPanel, ClicksThatOvertakeThePictureAllCount) {
+    Fixture f;
+    f.open();
+    const View shown = f.item("footer");
+    for (const bool logging : {false, true, false}) {
+        f.desktop.use(test::contentOf<Switch>(shown.children[0]).action);
+        EXPECT_EQ(f.shell->settings()->logEnabled().value(), logging);
+    }
 }
 
 TEST(MenubarPanel, TheActionsOfTheShell) {

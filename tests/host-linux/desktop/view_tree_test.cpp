@@ -253,13 +253,13 @@ TEST(ViewTree, AnActionThatChangesIsPerformedAsItIsShown) {
 TEST(ViewTree, TheSwitchShowsItsStateAndAsksForTheOther) {
     Fixture f;
     const auto logSwitch = [](bool on) {
-        return container(Switch{on, SetLogEnabled{!on}}, {line("Log to file", {11}, white())});
+        return container(Switch{on, ToggleLogEnabled{}}, {line("Log to file", {11}, white())});
     };
     f.showItems({logSwitch(true)});
     auto* box = f.all<QCheckBox>().at(0);
     EXPECT_TRUE(box->isChecked());
     QTest::mouseClick(box, Qt::LeftButton);
-    EXPECT_EQ(f.performed, std::vector<Action>{SetLogEnabled{false}});
+    EXPECT_EQ(f.performed, std::vector<Action>{ToggleLogEnabled{}});
     f.showItems({logSwitch(true)});
     EXPECT_TRUE(box->isChecked()) << "it shows what is, not what was asked for";
     f.showItems({logSwitch(false)});
