@@ -19,6 +19,14 @@ bool hasIcon(const std::optional<Rect>& icon) {
     return icon && icon->width > 0 && icon->height > 0;
 }
 
+/// Cut off at the bottom: what hangs below an icon goes on doing so.
+Rect noHigherThan(double height, Rect rect) {
+    const double excess = std::max(rect.height - height, 0.0);
+    rect.y += excess;
+    rect.height -= excess;
+    return rect;
+}
+
 /// The place nearest to where it is; what does not fit sticks out at the right and at the bottom.
 Rect movedInto(Rect rect, const Rect& area) {
     rect.x = std::max(std::min(rect.x, right(area) - rect.width), area.x);
@@ -29,7 +37,7 @@ Rect movedInto(Rect rect, const Rect& area) {
 }  // namespace
 
 Rect placePanel(const Rect& requested, const std::optional<Rect>& icon, const Rect& available) {
-    Rect panel = requested;
+    Rect panel = noHigherThan(available.height, requested);
     if (!hasIcon(icon)) {
         panel.x = right(available) - cornerMargin - panel.width;
         panel.y = top(available) - cornerMargin - panel.height;

@@ -14,8 +14,9 @@ namespace purlock::host_linux {
 
 /// Where the panel goes, all in the shell's coordinates: where the shell wants it, which is centred below the
 /// icon, if that lies in `available` (the screen without its bars); else above the icon; moved aside as far
-/// as it must to stay in there. A panel that is too large begins in the top left corner. Without an icon
-/// (absent, or empty) it goes into the top right corner, a little away from the edges.
+/// as it must to stay in there. A panel that is too high becomes as high as `available`, and one that is too
+/// wide begins at the left edge. Without an icon (absent, or empty) it goes into the top right corner, a
+/// little away from the edges.
 Rect placePanel(const Rect& requested, const std::optional<Rect>& icon, const Rect& available);
 
 /// From the desktop's coordinates to the shell's, and back.

@@ -28,10 +28,17 @@ PanelSurface::PanelSurface(PanelWindowEvents events) : events_(std::move(events)
 }
 
 void PanelSurface::setContent(const View& content) {
-    QWidget* root = tree_.show(content, this);
-    root->move(0, 0);
-    root->show();
+    View fitted = content;
+    fitted.frame = Size{static_cast<double>(width()), static_cast<double>(height())};
+    root_ = tree_.show(fitted, this);
+    root_->move(0, 0);
+    root_->show();
     if (isVisible()) settleLayout();
+}
+
+void PanelSurface::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    if (root_) root_->setFixedSize(size());
 }
 
 /// Layouts inform one another by posted events, from level to level. All of them are let through before

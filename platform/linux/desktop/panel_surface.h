@@ -13,13 +13,15 @@ class PanelSurface final : public QWidget {
   public:
     explicit PanelSurface(PanelWindowEvents events);
 
-    /// Shows `content`, changing only what differs from what is shown.
+    /// Shows `content`, changing only what differs from what is shown. The root is as large as the window,
+    /// whatever its own frame: on a low screen the window is lower, and the content scrolls in it.
     void setContent(const View& content);
 
   protected:
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
 
   private:
@@ -27,6 +29,7 @@ class PanelSurface final : public QWidget {
 
     const PanelWindowEvents events_;
     ViewTree tree_;
+    QWidget* root_ = nullptr;  // belongs to tree_
 };
 
 }  // namespace purlock::host_linux

@@ -52,7 +52,9 @@ class QtPanelWindow final : public PanelWindow {
     }
 
     void makeKeyAndOrderFront() override {
-        surface().move(onScreen());
+        const QRect place = onScreen();
+        surface().setFixedSize(place.size());
+        surface().move(place.topLeft());
         keepOutOfWindowLists(surface());
         surface().show();
         surface().raise();
@@ -72,10 +74,11 @@ class QtPanelWindow final : public PanelWindow {
         return *surface_;
     }
 
-    QPoint onScreen() const {
+    QRect onScreen() const {
         const auto icon = iconFrame_();
         const Rect placed = flipped(placePanel(frame_, icon, availableArea(icon)), heightOfFirstScreen());
-        return {static_cast<int>(placed.x), static_cast<int>(placed.y)};
+        return {static_cast<int>(placed.x), static_cast<int>(placed.y), static_cast<int>(placed.width),
+                static_cast<int>(placed.height)};
     }
 
     const PanelWindowEvents events_;

@@ -52,7 +52,9 @@ TEST(PanelPlacement, Rows) {
         {"no icon", {}, belowTopBar, {1552, 442, 360, 600}},
         {"no icon, second screen", {}, {1920, 200, 1280, 800}, {2832, 392, 360, 600}},
         {"icon without size", {500, 500, 0, 0}, belowTopBar, {1552, 442, 360, 600}},
-        {"screen lower than the panel", {400, 484, 16, 16}, {0, 0, 800, 480}, {228, -120, 360, 600}},
+        {"screen lower than the panel", {400, 484, 16, 16}, {0, 0, 800, 480}, {228, 0, 360, 480}},
+        {"screen lower than the panel, bottom bar", {400, 4, 16, 16}, {0, 30, 800, 450}, {228, 30, 360, 450}},
+        {"screen lower than the panel, no icon", {}, {0, 0, 800, 480}, {432, 0, 360, 480}},
         {"screen narrower than the panel", {100, 984, 16, 16}, {0, 0, 320, 980}, {0, 380, 360, 600}},
     };
     for (const PlacementCase& row : cases) {

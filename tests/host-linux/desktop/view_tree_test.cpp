@@ -282,6 +282,18 @@ TEST(ViewTree, TheMenuOffersItsEntriesAsPlainText) {
     EXPECT_EQ(f.performed, (std::vector<Action>{PinDevice{"x"}, PinDevice{}}));
 }
 
+TEST(ViewTree, ALowWindowScrollsToEverything) {
+    Fixture f;
+    f.show(panelInState("bit-perfect"));
+    f.surface.setFixedSize(360, 400);
+    QScrollBar& bar = *f.scroll().verticalScrollBar();
+    bar.setValue(bar.maximum());
+    f.show(panelInState("bit-perfect"));
+    EXPECT_EQ(bar.value(), bar.maximum()) << "a refresh moves nothing";
+    const QWidget* quit = f.named("Quit");
+    EXPECT_LE(quit->mapTo(&f.surface, QPoint(0, quit->height())).y(), 400);
+}
+
 TEST(ViewTree, EscapeAndClosingTheWindowCancel) {
     Fixture f;
     f.showItems({button("Quit", Quit{})});
