@@ -31,16 +31,17 @@ std::string queueLabel(const char* suffix) {
 
 }  // namespace
 
-LinuxHost::LinuxHost()
-    : files_(dataDirectory()),
+LinuxHost::LinuxHost(std::string sessionBus)
+    : sessionBus_(std::move(sessionBus)),
+      files_(dataDirectory()),
       queues_(workerThreads, nameWorkerThread),
       notificationCenter_(mainLoop_),
-      players_(busThread_, sessionBusAddress(), notificationCenter_),
-      accessibility_(busThread_, sessionBusAddress()),
+      players_(busThread_, sessionBus_, notificationCenter_),
+      accessibility_(busThread_, sessionBus_),
       bluetooth_(busThread_, systemBusAddress()),
       applications_(queues_.makeSerialQueue(queueLabel(".purlock.applications"))),
       hardware_(applications_),
-      statusBar_(mainLoop_, busThread_, sessionBusAddress()) {}
+      statusBar_(mainLoop_, busThread_, sessionBus_) {}
 
 LinuxHost::~LinuxHost() {
     // A refresh that is under way on a queue still asks the services.
@@ -57,8 +58,8 @@ void LinuxHost::provideSharedServices() {
 }
 
 void LinuxHost::listenToStarts(std::function<void()> onActivate) {
-    activation_ = std::make_unique<InstanceActivation>(mainLoop_, busThread_, sessionBusAddress(),
-                                                       std::move(onActivate));
+    activation_ =
+        std::make_unique<InstanceActivation>(mainLoop_, busThread_, sessionBus_, std::move(onActivate));
 }
 
 AppDelegateSeams LinuxHost::seams() {

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 #include "base/clock.h"
 #include "base/run_loop_queues.h"
@@ -44,7 +45,8 @@ class EnableAccessibility final : public AccessibilityPrompt {
 /// shell, before that object.
 class LinuxHost {
   public:
-    LinuxHost();
+    /// `sessionBus` is the bus's address.
+    explicit LinuxHost(std::string sessionBus);
 
     /// Lets the queues finish what they have, then ends the services.
     ~LinuxHost();
@@ -62,6 +64,7 @@ class LinuxHost {
     void listenToStarts(std::function<void()> onActivate);
 
   private:
+    const std::string sessionBus_;
     QtRunLoop mainLoop_;
     RunLoopQueues mainQueues_{mainLoop_};
     SystemClock clock_;

@@ -4,9 +4,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <string>
 
 #include "platform/linux/activation/instance_activation.h"
 #include "platform/linux/dbus/bus_address.h"
+#include "platform/linux/dbus/bus_silence.h"
 #include "platform/linux/desktop/display.h"
 #include "platform/linux/program/linux_host.h"
 #include "platform/linux/program/quit_signals.h"
@@ -35,9 +37,19 @@ int activateTheOther() {
     return EXIT_SUCCESS;
 }
 
-int run() {
+constexpr std::chrono::seconds longestBusSilence{2};
+
+/// The toolkit waits without end for a session bus that hangs, on the main thread. It gets none to wait for
+/// then, and so do the programs that open files for this one; the host goes on trying the true one.
+void keepToolkitFromSilentBus(const std::string& sessionBus) {
+    if (isSilentBus(sessionBus, longestBusSilence)) {
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
+    }
+}
+
+int run(const std::string& sessionBus) {
     const QuitSignals quitSignals([] { QCoreApplication::quit(); });
-    LinuxHost host;
+    LinuxHost host(sessionBus);
     host.provideSharedServices();
     const auto shell = std::make_shared<AppDelegate>(host.seams());
     shell->applicationDidFinishLaunching();
@@ -54,10 +66,12 @@ int main(int argc, char** argv) {
     if (lock.outcome() == InstanceLock::Outcome::heldByAnother) return activateTheOther();
     quietenToolkit();
     chooseDisplay();
+    const std::string sessionBus = sessionBusAddress();
+    keepToolkitFromSilentBus(sessionBus);
     QApplication::setApplicationName("Purlock");
     QApplication::setDesktopFileName("org.purlock.Purlock");
     QApplication::setQuitOnLastWindowClosed(false);
     const QApplication application(argc, argv);
     applyDarkLook();
-    return run();
+    return run(sessionBus);
 }

@@ -4,6 +4,7 @@
 
 #include "tests/host-linux/program/program_test.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/virtual_display.h"
 
 namespace purlock {
 namespace {
@@ -58,6 +59,18 @@ TEST_F(Lifecycle, WithoutAServerThereIsNoDeviceAndNoLog) {
     program.process().signal(SIGTERM);
     EXPECT_EQ(program.process().waitForExit(2s), 0);
     EXPECT_TRUE(program.log().empty());
+}
+
+TEST_F(Lifecycle, ASessionBusThatHangsHoldsNothingUp) {
+    const test::VirtualDisplay display;  // only on a real one does the toolkit ask the bus
+    session.setVariable("DISPLAY", display.name());
+    ASSERT_TRUE(session.startBus()) << session.logs();
+    session.process("dbus-daemon").signal(SIGSTOP);
+    session.spawn("purlock", {"env", "-u", "QT_QPA_PLATFORM", PURLOCK_PROGRAM});
+    EXPECT_TRUE(program.awaitVerdict("noDevice"));
+    program.process().signal(SIGTERM);
+    EXPECT_EQ(program.process().waitForExit(5s), 0);
+    EXPECT_EQ(program.console(), "");
 }
 
 TEST_F(Lifecycle, ASignalRightAfterTheStartLosesNothing) {
