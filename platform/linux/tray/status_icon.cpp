@@ -7,6 +7,8 @@
 #include <string_view>
 
 #include "platform/linux/desktop/symbols.h"
+#include "platform/linux/desktop/view_style.h"
+#include "ui/view_parts.h"
 
 namespace purlock::host_linux {
 
@@ -25,17 +27,14 @@ struct OwnColor {
 
 /// The colours of those symbols that have colours of their own.
 constexpr OwnColor ownColors[] = {
-    {"checkmark.seal.fill", {0.3, 0.78, 0.45}},
-    {"exclamationmark.triangle.fill", {0.95, 0.75, 0.2}},
+    {"checkmark.seal.fill", accentGreen},
+    {"exclamationmark.triangle.fill", accentAmber},
 };
 
 std::optional<QColor> ownColorOf(const SymbolImage& image) {
     if (image.isTemplate) return std::nullopt;
     for (const auto& [symbol, color] : ownColors) {
-        if (symbol == image.name) {
-            return QColor::fromRgbF(static_cast<float>(color.red), static_cast<float>(color.green),
-                                    static_cast<float>(color.blue));
-        }
+        if (symbol == image.name) return qtColor(color);
     }
     return std::nullopt;
 }

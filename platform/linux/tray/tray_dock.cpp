@@ -2,12 +2,12 @@
 
 #include <QApplication>
 #include <QCursor>
-#include <QTextDocument>
 #include <QToolTip>
 #include <algorithm>
 #include <chrono>
 #include <utility>
 
+#include "platform/linux/desktop/view_style.h"
 #include "platform/linux/tray/x_tray_server.h"
 
 namespace purlock::host_linux {
@@ -22,13 +22,6 @@ constexpr std::chrono::milliseconds restTime{700};
 template <typename Event>
 const Event& as(const XOwned<xcb_generic_event_t>& event) {
     return reinterpret_cast<const Event&>(*event);
-}
-
-/// Toolkits guess whether a tip is markup; a text that would be taken for it is made into markup that shows
-/// it as it is.
-QString plainTip(const std::string& text) {
-    const QString plain = QString::fromStdString(text);
-    return Qt::mightBeRichText(plain) ? Qt::convertFromPlainText(plain) : plain;
 }
 
 }  // namespace
@@ -165,7 +158,7 @@ void TrayDock::pointerMoved(bool inside) {
 
 void TrayDock::showToolTip() const {
     if (qobject_cast<QApplication*>(QCoreApplication::instance()) == nullptr) return;
-    QToolTip::showText(QCursor::pos(), plainTip(toolTip_));
+    QToolTip::showText(QCursor::pos(), toolTipText(lineText(toolTip_)));
 }
 
 }  // namespace purlock::host_linux
