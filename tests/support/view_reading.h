@@ -46,12 +46,6 @@ inline std::vector<std::string> textsOf(const View& view) {
     return texts;
 }
 
-inline std::vector<std::string> symbolsOf(const View& view) {
-    std::vector<std::string> names;
-    for (const View* element : elementsOf<Symbol>(view)) names.push_back(contentOf<Symbol>(*element).name);
-    return names;
-}
-
 /// The first text that reads so; null when there is none.
 inline const Text* textReading(const View& view, std::string_view words) {
     for (const View* element : elementsOf<Text>(view)) {

@@ -22,8 +22,6 @@ class AccessibilityBus {
 
     AccessibilityBus(BusThread& thread, std::string sessionBusAddress, ChangeCallback onChange);
 
-    bool isUsable() const { return usable_; }
-
     /// The connection to the accessibility bus; only while usable.
     BusConnection& connection() { return *bus_; }
 

@@ -38,7 +38,6 @@ class BusCall {
     BusCall& append(std::int64_t number) { return appendBasic('x', &number); }
     BusCall& append(double number) { return appendBasic('d', &number); }
     BusCall& append(bool value);
-    BusCall& appendObjectPath(const std::string& path) { return appendBasic('o', path.c_str()); }
 
     /// A Boolean inside a variant, as org.freedesktop.DBus.Properties.Set takes it.
     BusCall& appendVariant(bool value);

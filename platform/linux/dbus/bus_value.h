@@ -40,7 +40,6 @@ class BusValue {
     const std::string* text() const { return std::get_if<std::string>(&value_); }
     const List* list() const { return std::get_if<List>(&value_); }
     const Dictionary* dictionary() const { return std::get_if<Dictionary>(&value_); }
-    bool isAbsent() const { return std::holds_alternative<std::monostate>(value_); }
 
     /// The element of a list; null when this is no list, or a shorter one.
     const BusValue* at(std::size_t index) const;

@@ -99,7 +99,6 @@ class LoopTimer final : public LoopSource {
     /// Replaces an earlier time.
     void arm(std::chrono::milliseconds delay);
     void disarm();
-    bool isArmed() const { return armed_; }
 
   private:
     void set(std::chrono::nanoseconds delay);

@@ -48,7 +48,6 @@ class XTrayServer {
 
     /// Looks who the tray is and listens to its end. Whether there is one.
     bool findTray();
-    void forgetTray() { tray_ = XCB_NONE; }
 
     /// Makes the window and asks the tray to take it.
     void dock(int pixels);
