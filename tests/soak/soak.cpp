@@ -20,9 +20,10 @@ namespace {
 using namespace purlock;
 using Clock = std::chrono::steady_clock;
 
-constexpr long allowedGrowth =
-    2048;                        // KiB of its own memory; opening the panel for the first time comes before
-constexpr long allowedMore = 3;  // threads and descriptors, which come and go with what happens
+// In KiB of its own memory; opening the panel for the first time comes before.
+constexpr long allowedGrowth = 2048;
+// Of threads and descriptors, which come and go with what happens.
+constexpr long allowedMore = 3;
 
 struct Measure {
     long anonymous = 0;
@@ -84,8 +85,11 @@ int run(std::chrono::seconds duration, unsigned seed) {
     const bool flat = last->anonymous - first->anonymous <= allowedGrowth &&
                       last->threads - first->threads <= allowedMore &&
                       last->descriptors - first->descriptors <= allowedMore;
-    std::puts(flat ? "Everything agreed throughout, and nothing grew." : "Something grew.");
-    return flat && session.program().console().empty() ? EXIT_SUCCESS : EXIT_FAILURE;
+    const std::string console = session.program().console();
+    if (!flat) return fail(session, "Something grew.");
+    if (!console.empty()) return fail(session, "Purlock said: " + console);
+    std::puts("Everything agreed throughout, and nothing grew.");
+    return EXIT_SUCCESS;
 }
 
 }  // namespace
