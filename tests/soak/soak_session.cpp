@@ -4,6 +4,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "tests/host-linux/session/x_screen.h"
+
 namespace purlock::soak {
 
 namespace {
@@ -39,6 +41,7 @@ bool SoakSession::start() {
     if (!startSound()) return false;
     display_.emplace();
     session_.setVariable("DISPLAY", display_->name());
+    session_.spawn("openbox", {"openbox", "--sm-disable"});  // without a window manager tint2 takes no icons
     session_.spawn("tray", {"tint2"});
     program_.start();
     return disagreement().empty();
@@ -148,6 +151,9 @@ std::string SoakSession::disagreement() {
             return server == device || server == device + rate;
         },
         std::chrono::seconds(10));
+    if (agrees && !test::waitUntil([] { return test::trayIconOnScreen().has_value(); })) {
+        return "there is no icon in the tray";
+    }
     if (agrees) return program_.faults();
     return "wanted " + wanted + ", shown " + shown + ", the server says " + server;
 }

@@ -25,7 +25,8 @@ class SoakSession {
     std::string happen();
 
     /// Whether the program's snapshot says what is: by our own record, and by what the server's dump says at
-    /// the same moment. Empty when it does within ten seconds, else what differs.
+    /// the same moment; and whether its icon is in the tray. Empty when both are so within ten seconds, else
+    /// what differs.
     std::string disagreement();
 
     test::ProgramUnderTest& program() { return program_; }
