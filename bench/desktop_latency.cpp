@@ -140,14 +140,20 @@ class Measurement {
         desktop_.program().kill();
         desktop_.startProgram();
         waitUntil([&] { return test::trayIconOnScreen().has_value(); });
-        desktop_.pointAt(test::trayIconOnScreen().value_or(ScreenArea{}));
         pause(std::chrono::seconds(2));
     }
 
+    void aim() { desktop_.pointAt(test::trayIconOnScreen().value_or(ScreenArea{})); }
+
+    /// Away from the icon, whose tip takes memory of its own.
+    void leave() { desktop_.pointAt({1200, 1000, 0, 0}); }
+
     void toggle() {
         const bool wasOpen = test::panelOnScreen().has_value();
+        aim();
         probe_->click();
         waitUntil([&] { return test::panelOnScreen().has_value() != wasOpen; });
+        leave();
     }
 
     /// Learns where the open panel differs from the bare screen at its top and its bottom, and where it is
@@ -180,9 +186,12 @@ class Measurement {
     }
 
     std::optional<double> openOnce() {
+        aim();
         const auto begin = Clock::now();
         probe_->click();
-        return timeOf(begin, [&] { return top_.isThere(*probe_) && bottom_.isThere(*probe_); });
+        const auto time = timeOf(begin, [&] { return top_.isThere(*probe_) && bottom_.isThere(*probe_); });
+        leave();
+        return time;
     }
 
     void switchOnce(bool toHall, std::vector<double>& files, std::vector<double>& panels) {
