@@ -80,8 +80,8 @@ std::string SoakSession::happen() {
 }
 
 void SoakSession::switchDevice() {
-    device_ = any(devices.size());
-    session_.setDefaultSink(devices[device_].name);
+    const auto wanted = any(devices.size());
+    if (session_.setDefaultSink(devices[wanted].name)) device_ = wanted;
 }
 
 void SoakSession::switchStream() {
@@ -93,8 +93,8 @@ void SoakSession::switchStream() {
 }
 
 void SoakSession::switchClock() {
-    clock_ = clockRates[any(clockRates.size())];
-    session_.forceClockRate(clock_);
+    const int wanted = clockRates[any(clockRates.size())];
+    if (session_.forceClockRate(wanted)) clock_ = wanted;
 }
 
 void SoakSession::plugOrUnplug() {
@@ -155,6 +155,8 @@ std::string SoakSession::disagreement() {
         return "there is no icon in the tray";
     }
     if (agrees) return program_.faults();
+    // The server may not be what this has asked for: then it is no fault of the program's.
+    server = dumped();
     return "wanted " + wanted + ", shown " + shown + ", the server says " + server;
 }
 
