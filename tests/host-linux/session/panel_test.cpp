@@ -89,7 +89,7 @@ TEST_F(Panel, TheLogGrowsWhileItsSwitchIsOn) {
     const std::size_t lines = program.log().size();
     for (const char* device : {"hall", "desk", "hall"}) {
         ASSERT_TRUE(desktop.parts().setDefaultSink(device));
-        ASSERT_TRUE(deviceBecomes(device));
+        ASSERT_TRUE(deviceBecomes(device)) << desktop.parts().run({"pw-metadata", "0"}).output;
     }
     EXPECT_EQ(program.log().size(), lines);
     ASSERT_TRUE(clickOn("Log to file", "check box"));

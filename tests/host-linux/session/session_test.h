@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/host-linux/program/program_under_test.h"
@@ -56,19 +57,23 @@ class SessionTest : public testing::Test {
         return waitUntil([&] { return elementNamed(desktop.onScreen(), text) != nullptr; });
     }
 
-    /// Clicks an element of the panel, scrolled to if need be.
+    /// Clicks an element of the panel, scrolled to if need be, once it stands still: a new report may move
+    /// it.
     bool clickOn(const std::string& name, const std::string& role) {
+        std::optional<ScreenArea> before;
         return waitUntil([&] {
             const Accessible screen = desktop.onScreen();
             const Accessible* element = elementNamed(screen, name, role);
             const auto panel = panelOnScreen();
             if (element == nullptr || !panel) return false;
+            if (std::exchange(before, element->area) != element->area) return false;
             if (panel->contains(element->area)) return desktop.click(element->area);
             const bool below = element->area.y > panel->centerY();
             desktop.click(*panel, below ? "5" : "4");  // a turn of the wheel
             return false;
         });
     }
+
     /// The device menu's first entry is the system's default, its last one the device that came last. The
     /// toolkit tells screen readers of an entry once the pointer or the keyboard is on it, not before.
     enum class Entry { first, last };
