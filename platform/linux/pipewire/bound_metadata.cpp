@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "platform/linux/pipewire/bound_node.h"
 #include "platform/linux/pipewire/metadata_text.h"
@@ -32,6 +33,7 @@ const pw_metadata_events BoundObjects::Metadata::events = {
 BoundObjects::Metadata::Metadata(BoundObjects& objects, std::uint32_t id, Kind kind)
     : objects_(objects),
       kind_(kind),
+      wholeFrom_(objects.owner_.nextEcho()),
       proxy_(static_cast<pw_proxy*>(pw_registry_bind(objects.owner_.registry(), id,
                                                      PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, 0))) {
     auto* const metadata = reinterpret_cast<pw_metadata*>(proxy_.get());
@@ -47,8 +49,21 @@ int BoundObjects::Metadata::told(std::uint32_t subject, const char* key, const c
 
 void BoundObjects::Metadata::setDefault(const char* key, const char* value) {
     if (!concerns(key, "default.audio.sink")) return;
-    objects_.owner_.mirror().defaultSinkName = nameFromMetadata(boundedValue(value));
+    hasToldDefault_ = true;
+    setDefaultName(nameFromMetadata(boundedValue(value)));
+}
+
+void BoundObjects::Metadata::setDefaultName(std::optional<std::string> name) {
+    std::optional<std::string>& known = objects_.owner_.mirror().defaultSinkName;
+    if (name == known) return;
+    known = std::move(name);
     objects_.owner_.changed();
+}
+
+void BoundObjects::Metadata::commit(std::uint64_t echo) {
+    if (isWhole_ || echo < wholeFrom_) return;
+    isWhole_ = true;
+    if (kind_ == Kind::defaults && !hasToldDefault_) setDefaultName(std::nullopt);
 }
 
 void BoundObjects::Metadata::setSetting(const char* key, const char* value) {

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <string>
 
 #include "platform/linux/pipewire/bound_objects.h"
 
@@ -17,15 +19,25 @@ class BoundObjects::Metadata {
     /// The server has removed it: what it said is no longer so.
     void forget() { told(PW_ID_CORE, nullptr, nullptr); }
 
+    /// An echo of this number has come. By the first that vouches for it all that the store holds has been
+    /// told; what it did not tell is not there.
+    void commit(std::uint64_t echo);
+
+    Kind kind() const { return kind_; }
+
   private:
     int told(std::uint32_t subject, const char* key, const char* value);
     void setDefault(const char* key, const char* value);
+    void setDefaultName(std::optional<std::string> name);
     void setSetting(const char* key, const char* value);
 
     static const pw_metadata_events events;
 
     BoundObjects& objects_;
     const Kind kind_;
+    const std::uint64_t wholeFrom_;
+    bool isWhole_ = false;
+    bool hasToldDefault_ = false;
     Proxy proxy_;
     Listener listener_;
 };

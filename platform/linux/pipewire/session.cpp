@@ -11,6 +11,9 @@ namespace {
 /// A server that lives answers within a few milliseconds, also on a busy machine.
 constexpr std::chrono::milliseconds longestSilence{3000};
 
+/// By then a program that has connected has bound what it wants.
+constexpr std::chrono::milliseconds defaultsDoubt{300};
+
 pw_properties* clientProperties() {
     return pw_properties_new(PW_KEY_APP_NAME, "Purlock", PW_KEY_APP_ID, applicationIdentifier,
                              PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY, "Manager", nullptr);
@@ -51,10 +54,12 @@ Session::Session(Core core, pw_loop* loop, Observers observers)
       registry_(pw_core_get_registry(core_.get(), PW_VERSION_REGISTRY, 0)),
       objects_(*this),
       clocks_(loop, registry_.get(), [this](const auto& clocks) { sawClocks(clocks); }),
-      silence_(loop, [this] {
-          isSilent_ = true;
-          observers_.silent();
-      }) {
+      silence_(loop,
+               [this] {
+                   isSilent_ = true;
+                   observers_.silent();
+               }),
+      defaultsDoubt_(loop, [this] { askDefaultsAgain(); }) {
     pw_core_add_listener(core_.get(), coreListener_.hook(), &coreEvents, this);
     if (registry_) pw_registry_add_listener(registry_.get(), registryListener_.hook(), &registryEvents, this);
     changed();
@@ -68,7 +73,26 @@ void Session::global(std::uint32_t id, const char* type, std::uint32_t version, 
         clocks_.setProfiler(id);
         return;
     }
+    if (std::string_view(type) == PW_TYPE_INTERFACE_Client) programConnected();
     if (objects_.add(id, type, version, properties)) changed();
+}
+
+/// While a program binds a store that another program keeps, as the session manager does the defaults, the
+/// server passes the store's changes on to that program alone (`metadata_property` in its module-metadata).
+/// Such a change would never be heard of here.
+void Session::programConnected() {
+    if (std::exchange(isInDoubt_, true)) {
+        isDoubtRenewed_ = true;
+    } else {
+        defaultsDoubt_.arm(defaultsDoubt);
+    }
+}
+
+void Session::askDefaultsAgain() {
+    isInDoubt_ = false;
+    objects_.askDefaultsAgain();
+    changed();
+    if (std::exchange(isDoubtRenewed_, false)) programConnected();
 }
 
 void Session::globalRemoved(std::uint32_t id) {

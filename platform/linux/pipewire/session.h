@@ -62,6 +62,8 @@ class Session final : private BoundObjects::Owner {
     void changed() override;
     std::uint64_t nextEcho() const override { return echoesSent_ + 1; }
 
+    void programConnected();
+    void askDefaultsAgain();
     void requestEcho();
     void sawClocks(const std::vector<GraphClock>& clocks);
 
@@ -83,6 +85,9 @@ class Session final : private BoundObjects::Owner {
     BoundObjects objects_;
     ClockSampler clocks_;
     LoopTimer silence_;
+    LoopTimer defaultsDoubt_;
+    bool isInDoubt_ = false;
+    bool isDoubtRenewed_ = false;
     std::uint64_t echoesSent_ = 0;
     int echoSequence_ = 0;
     bool isEchoDue_ = false;

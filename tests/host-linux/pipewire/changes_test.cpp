@@ -10,6 +10,7 @@ namespace {
 
 using test::AudioTest;
 using test::waitUntil;
+using namespace std::chrono_literals;
 
 /// Counts the notifications of one property while it lives.
 class Counter {
@@ -73,6 +74,25 @@ TEST_F(Changes, TheListAndTheDefaultFollowSinksThatComeAndGo) {
     EXPECT_EQ(hardware->addPropertyListenerBlock(second, {kAudioDevicePropertyStreams, 0, 0}, queue,
                                                  std::make_shared<const std::function<void()>>([] {})),
               kAudioHardwareBadObjectError);
+}
+
+/// The server tells a change of the store to nobody but a program that is just binding it, if there is one.
+TEST_F(Changes, ADefaultThatChangesWhileProgramsConnectIsSeenInTheEnd) {
+    constexpr int rounds = 40;
+    constexpr const char* connecting[] = {"connecting", "connecting as well", "connecting too"};
+    ASSERT_TRUE(session.loadNullSink("first", 48000));
+    ASSERT_TRUE(session.loadNullSink("second", 48000));
+    ASSERT_TRUE(waitUntil([&] { return observer().deviceByUID("second") != 0; }));
+    for (int round = 0; round < rounds; ++round) {
+        const std::string name = round % 2 == 0 ? "first" : "second";
+        for (const char* each : connecting)
+            session.spawn(each, {"sh", "-c", "while pw-metadata 0 default.audio.sink; do :; done"});
+        ASSERT_TRUE(session.setDefaultSink(name));
+        const auto isNamed = [&] { return observer().defaultOutput() == observer().deviceByUID(name); };
+        waitUntil(isNamed, 200ms);
+        for (const char* each : connecting) session.process(each).kill();
+        EXPECT_TRUE(waitUntil(isNamed, 2s)) << "round " << round;
+    }
 }
 
 TEST_F(Changes, StartAndStopAreToldForTheDeviceAndTheProcesses) {
