@@ -1,28 +1,46 @@
 #pragma once
 
-#include <QObject>
+#include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "base/run_loop.h"
+#include "platform/linux/desktop/due_tasks.h"
 
 namespace purlock::host_linux {
 
 /// The main run loop over Qt's event loop. Made on the main thread after the Qt application object, and alive
-/// as long. However much is posted before the loop's next turn, the loop is woken once for it.
+/// as long.
+///
+/// Waking Qt's loop costs far more than most tasks do. So it is woken once for whatever is posted before its
+/// next turn, what tasks post is run in the same turn, and all timers share one of Qt's. No task may run an
+/// event loop of its own: what is posted meanwhile would wait for its end.
 class QtRunLoop final : public RunLoop {
   public:
+    QtRunLoop();
+    ~QtRunLoop() override;
+
     void post(Task task) override;
     Cancellable postDelayed(std::chrono::milliseconds delay, Task task) override;
     Cancellable repeat(std::chrono::milliseconds interval, Task task) override;
 
   private:
-    void runPosted();
-    Cancellable startTimer(std::chrono::milliseconds interval, bool repeating, Task task);
+    class Receiver;
 
-    QObject context_;  // lives on the main thread, so that posted work does
+    void wake();
+    void timerFired();
+    void turn();
+    bool runPosted();
+    void setTimer();
+
+    const std::unique_ptr<Receiver> receiver_;
+    DueTasks waiting_;
+    std::optional<DueTasks::Moment> timerDue_;  // when Qt's timer fires, while it runs
+    bool isTurning_ = false;
     std::mutex mutex_;
-    std::vector<Task> posted_;  // guarded by mutex_; the loop has been woken when there is any
+    std::vector<Task> posted_;  // guarded by mutex_
+    bool isAwake_ = false;      // guarded by mutex_; a turn is due or under way
 };
 
 }  // namespace purlock::host_linux

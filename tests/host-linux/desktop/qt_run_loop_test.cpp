@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
@@ -96,6 +97,91 @@ TEST(QtRunLoop, ATaskMayDropItsOwnHandleAndUseWhatItOwns) {
     });
     EXPECT_TRUE(runUntil([&] { return seen == 7; }));
     EXPECT_TRUE(runUntil([&] { return owned.use_count() == 1; })) << "the task ends with its handle";
+}
+
+TEST(QtRunLoop, ATaskDroppedByAnEarlierOneOfTheSameMomentDoesNotRun) {
+    QtRunLoop loop;
+    Events events;
+    Cancellable second;
+    const Cancellable first = loop.postDelayed(5ms, [&] {
+        events.emplace_back("first");
+        second.cancel();
+    });
+    second = loop.postDelayed(5ms, [&] { events.emplace_back("second"); });
+    const Cancellable third = loop.postDelayed(5ms, [&] { events.emplace_back("third"); });
+    std::this_thread::sleep_for(10ms);  // all are due at one turn
+    EXPECT_TRUE(runUntil([&] { return events.size() == 2; }));
+    EXPECT_EQ(events, (Events{"first", "third"}));
+}
+
+TEST(QtRunLoop, ATaskThatWasLateForSeveralIntervalsRunsOnce) {
+    QtRunLoop loop;
+    int fired = 0;
+    const Cancellable handle = loop.repeat(40ms, [&] { ++fired; });
+    std::this_thread::sleep_for(150ms);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(fired, 1);
+    EXPECT_TRUE(runUntil([&] { return fired == 2; })) << "and goes on";
+}
+
+TEST(QtRunLoop, AnEarlierTaskThanTheNextOneIsNotLate) {
+    QtRunLoop loop;
+    Events events;
+    const Cancellable later = loop.postDelayed(60ms, [&] { events.emplace_back("later"); });
+    const Cancellable sooner = loop.postDelayed(10ms, [&] { events.emplace_back("sooner"); });
+    EXPECT_TRUE(runUntil([&] { return events.size() == 2; }));
+    EXPECT_EQ(events, (Events{"sooner", "later"}));
+}
+
+TEST(QtRunLoop, WhatADroppedTaskHeldEndsAtOnce) {
+    QtRunLoop loop;
+    auto owned = std::make_shared<int>(7);
+    Cancellable handle = loop.postDelayed(1h, [owned] {});
+    handle.cancel();
+    EXPECT_EQ(owned.use_count(), 1);
+}
+
+/// It ends on the loop's thread, though its handle was dropped elsewhere.
+TEST(QtRunLoop, WhatATaskHoldsNeverEndsOnAnotherThread) {
+    QtRunLoop loop;
+    std::thread::id ended;
+    std::shared_ptr<void> owned(nullptr, [&](void*) { ended = std::this_thread::get_id(); });
+    Cancellable handle = loop.postDelayed(20ms, [owned] {});
+    owned.reset();
+    std::thread([&] { handle.cancel(); }).join();
+    EXPECT_EQ(ended, std::thread::id());
+    EXPECT_TRUE(runUntil([&] { return ended == std::this_thread::get_id(); }));
+}
+
+/// Windows are drawn between turns.
+TEST(QtRunLoop, TasksThatPostThemselvesForEverLeaveOthersTheirTurn) {
+    QtRunLoop loop;
+    int rounds = 0;
+    std::function<void()> again = [&] {
+        ++rounds;
+        loop.post(again);
+    };
+    loop.post(again);
+    QCoreApplication::processEvents();
+    EXPECT_LT(rounds, 1000);
+    bool fired = false;
+    const Cancellable handle = loop.postDelayed(5ms, [&] { fired = true; });
+    EXPECT_TRUE(runUntil([&] { return fired; }));
+    EXPECT_GT(rounds, 20);
+    again = [] {};
+}
+
+TEST(QtRunLoop, ATimersTaskMayPostAndIsHeard) {
+    QtRunLoop loop;
+    Events events;
+    const Cancellable handle = loop.postDelayed(1ms, [&] {
+        loop.post([&] { events.emplace_back("posted"); });
+        events.emplace_back("fired");
+    });
+    EXPECT_TRUE(runUntil([&] { return events.size() == 2; }));
+    EXPECT_EQ(events, (Events{"fired", "posted"}));
+    loop.post([&] { events.emplace_back("later"); });
+    EXPECT_TRUE(runUntil([&] { return events.size() == 3; })) << "the loop is woken again";
 }
 
 TEST(QtRunLoop, WorkPostedToALoopThatIsGoneIsDropped) {
