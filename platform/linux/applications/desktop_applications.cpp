@@ -141,26 +141,33 @@ std::vector<std::pair<std::uint64_t, RunningApplication>> DesktopApplications::f
     return instances;
 }
 
-bool DesktopApplications::stillRuns(const std::pair<std::uint64_t, RunningApplication>& instance) const {
-    const auto status = processes_.status(instance.second.processIdentifier);
-    return status && status->startTime == instance.first;
+bool DesktopApplications::stillRun(KeptInstances& kept, Moment now) const {
+    if (now - kept.seen < roots_.trustedProcessTime) return true;
+    kept.seen = now;
+    return std::ranges::all_of(kept.instances, [this](const auto& instance) {
+        const auto status = processes_.status(instance.second.processIdentifier);
+        return status && status->startTime == instance.first;
+    });
 }
 
 std::optional<RunningApplication> DesktopApplications::runningApplicationWithProcessIdentifier(
     std::int32_t pid) {
     if (pid <= 0) return std::nullopt;
     const auto index = currentIndex();
-    const auto status = processes_.status(pid);
-    if (!status) return std::nullopt;
     const auto now = std::chrono::steady_clock::now();
     const std::lock_guard lock(kept_.mutex);
     forgetOld(index, now);
     const auto kept = kept_.processes.find(pid);
-    if (kept != kept_.processes.end() && kept->second.startTime == status->startTime) {
+    const bool isKept = kept != kept_.processes.end();
+    if (isKept && now - kept->second.seen < roots_.trustedProcessTime) return kept->second.application;
+    const auto status = processes_.status(pid);
+    if (!status) return std::nullopt;
+    if (isKept && kept->second.startTime == status->startTime) {
+        kept->second.seen = now;
         return kept->second.application;
     }
     auto application = findApplication(pid, *index);
-    kept_.processes.insert_or_assign(pid, KeptProcess{application, status->startTime, now});
+    kept_.processes.insert_or_assign(pid, KeptProcess{application, status->startTime, now, now});
     return application;
 }
 
@@ -171,12 +178,9 @@ std::vector<RunningApplication> DesktopApplications::runningApplicationsWithBund
     const std::lock_guard lock(kept_.mutex);
     forgetOld(index, now);
     auto kept = kept_.applications.find(bundleID);
-    if (kept == kept_.applications.end() ||
-        !std::ranges::all_of(kept->second.instances, [this](const auto& each) { return stillRuns(each); })) {
-        kept =
-            kept_.applications
-                .insert_or_assign(std::string(bundleID), KeptInstances{findInstances(bundleID, *index), now})
-                .first;
+    if (kept == kept_.applications.end() || !stillRun(kept->second, now)) {
+        KeptInstances found{findInstances(bundleID, *index), now, now};
+        kept = kept_.applications.insert_or_assign(std::string(bundleID), std::move(found)).first;
     }
     std::vector<RunningApplication> running;
     for (const auto& [startTime, application] : kept->second.instances) running.push_back(application);

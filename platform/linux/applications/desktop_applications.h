@@ -27,6 +27,10 @@ struct DesktopRoots {
     /// How long the desktop files that were read count as the present ones, before their folders are looked
     /// at.
     std::chrono::milliseconds keptIndexTime{3000};
+
+    /// How long a process that was seen counts as the one that has its number, before /proc is asked again.
+    /// Numbers of ended processes come up again only after thousands of others.
+    std::chrono::milliseconds trustedProcessTime{2000};
 };
 
 /// Processes and the desktop's applications.
@@ -73,10 +77,12 @@ class DesktopApplications final : public RunningApplications {
         std::optional<RunningApplication> application;
         std::uint64_t startTime = 0;
         Moment asked;
+        Moment seen;
     };
     struct KeptInstances {
         std::vector<std::pair<std::uint64_t, RunningApplication>> instances;  // each with its start time
         Moment asked;
+        Moment seen;
     };
     struct Kept {
         std::mutex mutex;
@@ -89,7 +95,7 @@ class DesktopApplications final : public RunningApplications {
     std::vector<std::pair<std::uint64_t, RunningApplication>> findInstances(std::string_view bundleID,
                                                                             const DesktopIndex& index) const;
     void forgetOld(const std::shared_ptr<const DesktopIndex>& index, Moment now);
-    bool stillRuns(const std::pair<std::uint64_t, RunningApplication>& instance) const;
+    bool stillRun(KeptInstances& kept, Moment now) const;
     std::shared_ptr<const DesktopIndex> currentIndex();
     void readAgain();
     std::optional<std::string> identify(std::int32_t pid, const DesktopIndex& index) const;

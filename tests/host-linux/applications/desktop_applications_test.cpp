@@ -60,7 +60,8 @@ class DesktopApplicationsTest : public ::testing::Test {
                 DesktopRoots{(machine_.path() / "proc").string(),
                              {(machine_.path() / "home").string(), (machine_.path() / "usr").string()},
                              "de_DE.UTF-8",
-                             keptIndexTime_});
+                             keptIndexTime_,
+                             trustedProcessTime_});
             queue_->run();
         }
         return *applications_;
@@ -77,7 +78,8 @@ class DesktopApplicationsTest : public ::testing::Test {
     const test::TemporaryFolder machine_;
     const std::shared_ptr<test::ManualSerialQueue> queue_ =
         std::make_shared<test::ManualSerialQueue>("desktop");
-    std::chrono::milliseconds keptIndexTime_{0};  // every question looks at the folders
+    std::chrono::milliseconds keptIndexTime_{0};       // every question looks at the folders
+    std::chrono::milliseconds trustedProcessTime_{0};  // and at the process
     std::unique_ptr<DesktopApplications> applications_;
 };
 
@@ -191,6 +193,24 @@ TEST_F(DesktopApplicationsTest, ForAWhileTheFoldersAreNotLookedAt) {
     add({.pid = 11, .program = "/usr/bin/player"});
     EXPECT_EQ(of(11), std::nullopt);
     EXPECT_EQ(queue_->run(), 0U);
+}
+
+TEST_F(DesktopApplicationsTest, AnotherProcessWithTheSameNumberIsToldApart) {
+    addDesktopFile("usr/applications/player.desktop", "Player", "player");
+    add({.pid = 10, .startTime = 100, .program = "/usr/bin/player"});
+    EXPECT_EQ(of(10), application(10, "player", "Player"));
+    std::filesystem::remove_all(machine_.path() / "proc/10");
+    add({.pid = 10, .startTime = 200, .program = "/usr/bin/other"});
+    EXPECT_EQ(of(10), std::nullopt);
+}
+
+TEST_F(DesktopApplicationsTest, ForAMomentAProcessThatWasSeenIsNotLookedAt) {
+    trustedProcessTime_ = std::chrono::hours(1);
+    addDesktopFile("usr/applications/player.desktop", "Player", "player");
+    add({.pid = 10, .program = "/usr/bin/player"});
+    EXPECT_EQ(of(10), application(10, "player", "Player"));
+    std::filesystem::remove_all(machine_.path() / "proc/10");
+    EXPECT_EQ(of(10), application(10, "player", "Player"));
 }
 
 TEST_F(DesktopApplicationsTest, ANewDesktopFileIsNoticedByTheNextQuestion) {
