@@ -15,8 +15,3 @@ if(PURLOCK_COVERAGE)
   target_compile_options(purlock_options INTERFACE --coverage -fprofile-update=atomic)
   target_link_options(purlock_options INTERFACE --coverage)
 endif()
-if(PURLOCK_FUZZERS)
-  # The rooms too tell the fuzzers which ways were taken, else they would grope in the dark.
-  target_compile_options(purlock_options INTERFACE -fsanitize=fuzzer-no-link)
-  target_link_options(purlock_options INTERFACE -fsanitize=fuzzer-no-link)
-endif()

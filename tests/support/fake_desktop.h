@@ -104,9 +104,9 @@ class FakeDesktop final : public Application,
     class Button final : public StatusButton {
       public:
         explicit Button(FakeDesktop& desktop) : desktop_(desktop) {}
-        void setImage(const SymbolImage& image) override {
-            desktop_.image = image;
-            desktop_.add("image ", image.name);
+        void setImage(const SymbolImage& symbol) override {
+            desktop_.image = symbol;
+            desktop_.add("image ", symbol.name);
         }
         void setAction(std::function<void()> onClick) override {
             desktop_.onClick_ = std::move(onClick);
@@ -135,8 +135,8 @@ class FakeDesktop final : public Application,
     class Panel final : public PanelWindow {
       public:
         explicit Panel(FakeDesktop& desktop) : desktop_(desktop) {}
-        void setContent(const View& content) override {
-            desktop_.content = content;
+        void setContent(const View& view) override {
+            desktop_.content = view;
             ++desktop_.contentsSet;
         }
         bool isVisible() const override { return desktop_.panelVisible; }

@@ -19,6 +19,9 @@ class ManualSerialQueue final : public SerialQueue {
     void async(Task task) override { tasks_.push_back(std::move(task)); }
     const std::string& label() const override { return label_; }
 
+    /// Forgets what is queued.
+    void drop() { std::exchange(tasks_, {}).clear(); }
+
     /// Runs what is queued, and what that queues; returns how many tasks ran.
     std::size_t run() {
         std::size_t count = 0;
@@ -42,6 +45,11 @@ class ManualSerialQueue final : public SerialQueue {
 /// Makes manual queues and keeps them, so that a test finds those that its subject made.
 class ManualQueues final : public SerialQueueFactory {
   public:
+    /// Work that a test leaves queued may own its queue.
+    ~ManualQueues() override {
+        for (const auto& queue : made_) queue->drop();
+    }
+
     std::shared_ptr<SerialQueue> makeSerialQueue(std::string label) override {
         made_.push_back(std::make_shared<ManualSerialQueue>(std::move(label)));
         return made_.back();

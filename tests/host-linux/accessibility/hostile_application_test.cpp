@@ -14,6 +14,7 @@
 #include "platform/linux/accessibility/atspi_tree.h"
 #include "source/accessibility_scraper.h"
 #include "tests/support/fake_accessibility_bus.h"
+#include "tests/support/sanitizers.h"
 
 namespace purlock::host_linux {
 namespace {
@@ -23,6 +24,10 @@ using test::FakeAccessibilityBus;
 using test::waitUntil;
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
+
+/// In milliseconds, far below what waiting for an application's answer would take, and far above what a busy
+/// machine adds to a walk that waits for nobody.
+constexpr double longestWait = 100;
 
 constexpr std::size_t hugeBytes = 60'000'000;  // the bus takes arrays of up to 64 MiB
 
@@ -100,6 +105,13 @@ class HostileApplication : public ::testing::Test {
 
     const char* name() const { return bus_->applicationName().c_str(); }
 
+    /// A sanitizer's allocator keeps what was freed, so that memory says nothing there.
+    static void expectModestMemory() {
+        if (!test::isSanitized) {
+            EXPECT_LT(residentMegabytes(), 100);
+        }
+    }
+
     std::unique_ptr<FakeAccessibilityBus> bus_;
     BusThread thread_;
     std::unique_ptr<AtSpiTree> tree_;
@@ -140,7 +152,7 @@ TEST_F(HostileApplication, SilenceGivesNothingAndDelaysNobody) {
     Walks walks(*tree_);
     walks.goOn(4s);
     EXPECT_EQ(walks.walk(), std::nullopt);
-    EXPECT_LT(walks.longestMilliseconds(), 20);
+    EXPECT_LT(walks.longestMilliseconds(), longestWait);
 }
 
 /// An application with a text of that size between two small ones, the second of which is the badge.
@@ -166,12 +178,13 @@ TEST_F(HostileApplication, HugeTextsStallNobodyAndLeaveMemoryAsItWas) {
     start(withText(bus_, hugeBytes));
     Walks walks(*tree_);
     walks.goOn(10s);
-    EXPECT_LT(walks.longestMilliseconds(), 20);
+    EXPECT_LT(walks.longestMilliseconds(), longestWait);
+    EXPECT_LT(walks.mostProcessorMilliseconds(), 20);
     bus_.reset();  // the sender's own copies
     malloc_trim(0);
     std::printf("longest walk: %.2f ms, resident afterwards: %ld MiB\n", walks.longestMilliseconds(),
                 residentMegabytes());
-    EXPECT_LT(residentMegabytes(), 100);
+    expectModestMemory();
 }
 
 /// Wrong types, one after the other; none may be taken for a tree, and the next good answer is.
@@ -361,7 +374,7 @@ TEST_F(HostileApplication, AStormStallsNobodyAndLeavesMemoryAsItWas) {
         static_cast<long>(stormTime().count()), storm.answers(), walks.longestMilliseconds(),
         walks.mostProcessorMilliseconds(), residentMegabytes(), inUse() - before);
     EXPECT_LT(walks.mostProcessorMilliseconds(), longestWalkInStorm);
-    EXPECT_LT(residentMegabytes(), 100);
+    expectModestMemory();
 }
 
 }  // namespace

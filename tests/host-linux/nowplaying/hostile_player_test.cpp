@@ -9,6 +9,7 @@
 #include "tests/host-linux/nowplaying/now_playing_session.h"
 #include "tests/host-linux/nowplaying/scripted_player.h"
 #include "tests/support/private_bus.h"
+#include "tests/support/sanitizers.h"
 
 namespace purlock::host_linux {
 namespace {
@@ -38,13 +39,9 @@ int duration() {
     return variable != nullptr ? std::atoi(variable) : 6;
 }
 
-/// Sanitizers make everything slower and keep freed memory. They also copy sd-bus's buffer for a message at
-/// each read of it, so that an enormous text of 100 MB takes a minute.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool isSanitized = true;
-#else
-constexpr bool isSanitized = false;
-#endif
+/// Beyond being slower, a sanitizer copies sd-bus's buffer for a message at each read of it, so that an
+/// enormous text of 100 MB takes a minute.
+using test::isSanitized;
 
 TEST(HostilePlayers, HarmNothingAndDelayNobody) {
     test::PrivateBus bus;

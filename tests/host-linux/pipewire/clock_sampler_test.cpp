@@ -44,9 +44,13 @@ class ClockSamplerTest : public testing::Test {
     template <typename Condition>
     bool runUntil(Condition condition, std::chrono::milliseconds time = 10s) {
         const Moment end = now() + time;
+// The calls are macros that compare an unsigned version with 0 or 1.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wsign-compare"
         pw_loop_enter(loop());
         while (!condition() && now() < end) pw_loop_iterate(loop(), 10);
         pw_loop_leave(loop());
+#pragma GCC diagnostic pop
         return condition();
     }
 

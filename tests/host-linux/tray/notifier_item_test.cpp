@@ -100,7 +100,7 @@ class NotifierItemTest : public TrayTest {
 
     void call(const char* method, int x, int y) {
         reader.run([&](sd_bus* connection) {
-            sd_bus_error error = SD_BUS_ERROR_NULL;
+            sd_bus_error error{};
             EXPECT_GE(sd_bus_call_method(connection, item().c_str(), itemPath, itemInterface, method, &error,
                                          nullptr, "ii", x, y),
                       0)
