@@ -35,12 +35,12 @@ class QtRunLoop final : public RunLoop {
     void setTimer();
 
     const std::unique_ptr<Receiver> receiver_;
-    DueTasks waiting_;
-    std::optional<DueTasks::Moment> timerDue_;  // when Qt's timer fires, while it runs
-    bool isTurning_ = false;
     std::mutex mutex_;
     std::vector<Task> posted_;  // guarded by mutex_
     bool isAwake_ = false;      // guarded by mutex_; a turn is due or under way
+    bool isTurning_ = false;
+    std::optional<DueTasks::Moment> timerDue_;  // when Qt's timer fires, while it runs
+    DueTasks waiting_;
 };
 
 }  // namespace purlock::host_linux

@@ -60,7 +60,7 @@ TEST(PanelEndurance, MemoryStaysFlat) {
         View view = states[static_cast<std::size_t>(i) % states.size()].view;
         if (i % 3 == 0) putTexts(view, i);
         surface.setContent(view);
-        if (i % 20 == 0) surface.setVisible(!surface.isVisible());
+        if (i % 10 == 0) surface.setVisible(!surface.isVisible());
         QApplication::processEvents();
     }
     const auto grown = static_cast<std::ptrdiff_t>(allocatedBytes() - halfway);
