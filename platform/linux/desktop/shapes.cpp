@@ -97,8 +97,8 @@ void CircleDrawing::paintEvent(QPaintEvent* /*event*/) {
         painter.drawEllipse(outline);
     }
     if (content_->stroke) {
-        // Inside the frame by half a line: half of a stroke on the outline would be cut off, here and, in a badge at the
-        // left edge of its row, at the edges of the boxes around it.
+        // Inside the frame by half a line: half of a stroke on the outline would be cut off, here and, in a
+        // badge at the left edge of its row, at the edges of the boxes around it.
         const double half = content_->stroke->width / 2;
         painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen(qtColor(content_->stroke->color), content_->stroke->width));
