@@ -94,6 +94,16 @@ void ChildProcess::signal(int number) const {
     if (pid_ > 0 && !exit_) ::kill(pid_, number);
 }
 
+void ChildProcess::pause() const {
+    signal(SIGSTOP);
+    siginfo_t stopped{};
+    if (pid_ > 0 && !exit_) ::waitid(P_PID, static_cast<id_t>(pid_), &stopped, WSTOPPED | WEXITED | WNOWAIT);
+}
+
+void ChildProcess::resume() const {
+    signal(SIGCONT);
+}
+
 void ChildProcess::kill() {
     if (!isRunning()) return;
     ::kill(pid_, SIGKILL);

@@ -44,6 +44,10 @@ class ChildProcess {
 
     void signal(int number) const;
 
+    /// Makes it hang; when this returns, all of its threads do. `resume` lets it go on.
+    void pause() const;
+    void resume() const;
+
     /// Kills it, stopped or not, and waits for its end.
     void kill();
 

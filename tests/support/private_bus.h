@@ -54,8 +54,8 @@ class PrivateBus {
     void kill() { daemon_.kill(); }
 
     /// Makes the daemon hang, and lets it go on.
-    void pause() { daemon_.signal(SIGSTOP); }
-    void resume() { daemon_.signal(SIGCONT); }
+    void pause() { daemon_.pause(); }
+    void resume() { daemon_.resume(); }
 
     pid_t pid() const { return daemon_.pid(); }
 

@@ -68,11 +68,11 @@ TEST_F(AtSpiTreeTest, AHungApplicationLosesItsBadgeWithinTheBound) {
     ASSERT_TRUE(becomesTrusted());
     ChildProcess window = session_.startProgram({"zenity", "--info", "--text=HI-RES LOSSLESS"});
     ASSERT_TRUE(showsBadge(window.pid(), "HI-RES LOSSLESS"));
-    window.signal(SIGSTOP);
+    window.pause();
     const auto start = std::chrono::steady_clock::now();
     EXPECT_TRUE(showsBadge(window.pid(), std::nullopt));
     EXPECT_LT(std::chrono::steady_clock::now() - start, AtSpiTree::oldestSnapshot + 500ms);
-    window.signal(SIGCONT);
+    window.resume();
     EXPECT_TRUE(showsBadge(window.pid(), "HI-RES LOSSLESS"));
 }
 

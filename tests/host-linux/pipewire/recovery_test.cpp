@@ -131,7 +131,7 @@ TEST_F(Recovery, ItIsThereWithinTwoSecondsOfTheServersReturn) {
 TEST_F(Recovery, AHungServerHoldsNobodyUpAndIsTakenForGone) {
     playTone();
     ASSERT_TRUE(waitUntil([&] { return isPlayingRight(); })) << session.logs();
-    session.process("pipewire").signal(SIGSTOP);
+    session.process("pipewire").pause();
     const auto slowest = [&] {
         const auto start = std::chrono::steady_clock::now();
         static_cast<void>(observer().devices());
@@ -140,7 +140,7 @@ TEST_F(Recovery, AHungServerHoldsNobodyUpAndIsTakenForGone) {
     EXPECT_LT(slowest(), 100ms);
     EXPECT_TRUE(waitUntil([&] { return observer().devices().empty(); }, 10s))
         << "readers ask whether it lives";
-    session.process("pipewire").signal(SIGCONT);
+    session.process("pipewire").resume();
     EXPECT_TRUE(waitUntil([&] { return !observer().devices().empty(); }, 2s));
 }
 

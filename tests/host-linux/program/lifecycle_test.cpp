@@ -65,7 +65,7 @@ TEST_F(Lifecycle, ASessionBusThatHangsHoldsNothingUp) {
     const test::VirtualDisplay display;  // only on a real one does the toolkit ask the bus
     session.setVariable("DISPLAY", display.name());
     ASSERT_TRUE(session.startBus()) << session.logs();
-    session.process("dbus-daemon").signal(SIGSTOP);
+    session.process("dbus-daemon").pause();
     session.spawn("purlock", {"env", "-u", "QT_QPA_PLATFORM", PURLOCK_PROGRAM});
     EXPECT_TRUE(program.awaitVerdict("noDevice"));
     program.process().signal(SIGTERM);

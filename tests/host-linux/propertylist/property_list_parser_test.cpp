@@ -342,7 +342,8 @@ TEST(PropertyListParser, AHostileListIsAbsentAndSoon) {
         const auto start = std::chrono::steady_clock::now();
         EXPECT_EQ(parsePropertyList(row.list), std::nullopt);
         const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-        EXPECT_LT(taken.count(), 0.5);  // seconds; some milliseconds without sanitizers
+        EXPECT_LT(taken.count(),
+                  5);  // seconds; some milliseconds without sanitizers, and on a machine at rest
     }
 }
 
