@@ -85,7 +85,7 @@ void measure(test::PrivateSession& session, const std::string& program, int roun
 
 int run(int rounds) {
     test::PrivateSession session;
-    if (!session.startBus() || !session.startAudio() || !session.loadNullSink("desk", 48000)) {
+    if (!session.startAudio() || !session.loadNullSink("desk", 48000)) {
         std::fprintf(stderr, "the private session did not start\n%s\n", session.logs().c_str());
         return EXIT_FAILURE;
     }

@@ -32,7 +32,7 @@ class PrivateSession {
     bool startAudioServer();     // pipewire
     bool startSessionManager();  // wireplumber, without hardware; needs the two above
     bool startPulseServer();     // pipewire-pulse
-    bool startAudio();           // all four
+    bool startAudio();           // all four; a bus that runs already stays
 
     /// A daemon or a program by the name that it was started under ("pipewire", "wireplumber",
     /// "pipewire-pulse").

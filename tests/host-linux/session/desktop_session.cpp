@@ -23,7 +23,8 @@ bool DesktopSession::start(Accessibility accessibility) {
 bool DesktopSession::startScreen() {
     display_.emplace("1280x1024x24");
     parts_.setVariable("DISPLAY", display_->name());
-    return display_->name() != ":";
+    parts_.spawn("openbox", {"openbox", "--sm-disable"});
+    return waitUntil([] { return windowManagerIsThere(); });
 }
 
 bool DesktopSession::startAccessibility() {
@@ -40,9 +41,8 @@ bool DesktopSession::startDevices() {
 
 bool DesktopSession::startTray() {
     writeFile(parts_.folder() + "/tint2rc", tint2Configuration);
-    if (!parts_.process("openbox").isRunning()) parts_.spawn("openbox", {"openbox", "--sm-disable"});
     parts_.spawn("tint2", {"tint2", "-c", parts_.folder() + "/tint2rc"});
-    return true;
+    return parts_.process("tint2").isRunning();
 }
 
 ChildProcess& DesktopSession::startProgram() {

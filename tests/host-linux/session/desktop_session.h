@@ -26,7 +26,7 @@ class DesktopSession {
     /// The daemons by name, the sound, the logs.
     PrivateSession& parts() { return parts_; }
 
-    bool startTray();  // tint2, at the top of the screen; the window manager comes first
+    bool startTray();  // tint2, at the top of the screen
     void killTray() { parts_.process("tint2").kill(); }
 
     ChildProcess& startProgram();

@@ -28,7 +28,6 @@ class NotifierTray : public SessionTest {
   protected:
     void SetUp() override {
         SessionTest::SetUp();
-        desktop.parts().spawn("openbox", {"openbox", "--sm-disable"});
         watcher.emplace(std::getenv("DBUS_SESSION_BUS_ADDRESS"), NotifierWatcher::Host::present);
         ASSERT_TRUE(waitUntil([&] { return watcher->ready(); }));
     }

@@ -42,6 +42,8 @@ class Screen {
         return std::nullopt;
     }
 
+    bool isManaged() { return !property(first().root, atom("_NET_SUPPORTING_WM_CHECK")).empty(); }
+
   private:
     xcb_atom_t atom(std::string_view name) {
         const auto cookie =
@@ -113,6 +115,11 @@ ScreenArea wholeScreen() {
     const Screen screen;
     if (!screen.isThere()) return {};
     return {0, 0, screen.first().width_in_pixels, screen.first().height_in_pixels};
+}
+
+bool windowManagerIsThere() {
+    Screen screen;
+    return screen.isThere() && screen.isManaged();
 }
 
 std::optional<ScreenArea> trayIconOnScreen() {

@@ -25,6 +25,8 @@ struct ScreenArea {
 
 ScreenArea wholeScreen();
 
+bool windowManagerIsThere();
+
 /// The window of the program that stands in a tray.
 std::optional<ScreenArea> trayIconOnScreen();
 
