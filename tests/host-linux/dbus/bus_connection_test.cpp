@@ -111,7 +111,8 @@ TEST_F(BusConnectionTest, WaitingForABusWakesHardlyAnybody) {
     std::this_thread::sleep_for(1600ms);  // tries after 0.1, 0.3, 0.7 and 1.5 s
     const long before = wakeUps();
     std::this_thread::sleep_for(1400ms);  // the next is after 3.1 s
-    EXPECT_LE(wakeUps() - before, 1) << "the one that asks";
+    // The one that asks; on a busy machine, one for each mutex that the asking thread has not left yet.
+    EXPECT_LE(wakeUps() - before, 4);
 }
 
 TEST(BusAddress, HoldsThePathOfASocket) {

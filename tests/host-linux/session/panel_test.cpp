@@ -101,6 +101,8 @@ TEST_F(Panel, TheLogGrowsWhileItsSwitchIsOn) {
 TEST_F(Panel, AClickOutsideClosesItUnlessItIsPinned) {
     startInTray();
     desktop.parts().spawn("neighbour", {"zenity", "--info", "--text=Somebody else's window"});
+    // Later, it would take the focus from the panel.
+    ASSERT_TRUE(waitUntil([] { return isOnScreen("zenity"); }));
     const ScreenArea outside{640, 740, 0, 0};  // below the panel, on what the window manager has put there
     ASSERT_NO_FATAL_FAILURE(openPanel());
     ASSERT_TRUE(clickOn("Pin (keep panel open)", "push button"));

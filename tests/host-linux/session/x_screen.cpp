@@ -30,21 +30,36 @@ class Screen {
     bool isThere() const { return xcb_connection_has_error(connection_) == 0; }
     const xcb_screen_t& first() const { return *xcb_setup_roots_iterator(xcb_get_setup(connection_)).data; }
 
-    /// The program's first window of this kind that can be seen, at or below `window`.
-    std::optional<ScreenArea> find(xcb_window_t window, Kind kind) {
-        if (isOurs(window) && isViewable(window) && kindOf(window) == kind) return area(window);
-        const auto children =
-            owned(xcb_query_tree_reply(connection_, xcb_query_tree(connection_, window), nullptr));
-        if (!children) return std::nullopt;
-        for (int i = 0; i < xcb_query_tree_children_length(children.get()); ++i) {
-            if (auto found = find(xcb_query_tree_children(children.get())[i], kind)) return found;
-        }
-        return std::nullopt;
+    /// The program's first window of this kind that can be seen.
+    std::optional<ScreenArea> find(Kind kind) {
+        const auto found = find(first().root, [&](xcb_window_t window) {
+            return isOf(window, "purlock") && isViewable(window) && kindOf(window) == kind;
+        });
+        return found ? area(*found) : std::nullopt;
+    }
+
+    bool shows(const std::string& instance) {
+        const auto found = find(
+            first().root, [&](xcb_window_t window) { return isOf(window, instance) && isViewable(window); });
+        return found.has_value();
     }
 
     bool isManaged() { return !property(first().root, atom("_NET_SUPPORTING_WM_CHECK")).empty(); }
 
   private:
+    /// The first window that is wanted, `window` or below it.
+    template <typename IsWanted>
+    std::optional<xcb_window_t> find(xcb_window_t window, const IsWanted& isWanted) {
+        if (isWanted(window)) return window;
+        const auto children =
+            owned(xcb_query_tree_reply(connection_, xcb_query_tree(connection_, window), nullptr));
+        if (!children) return std::nullopt;
+        for (int i = 0; i < xcb_query_tree_children_length(children.get()); ++i) {
+            if (auto found = find(xcb_query_tree_children(children.get())[i], isWanted)) return found;
+        }
+        return std::nullopt;
+    }
+
     xcb_atom_t atom(std::string_view name) {
         const auto cookie =
             xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data());
@@ -60,9 +75,8 @@ class Screen {
                 static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
     }
 
-    bool isOurs(xcb_window_t window) {
-        constexpr std::string_view instance("purlock\0", 8);
-        return property(window, XCB_ATOM_WM_CLASS).starts_with(instance);
+    bool isOf(xcb_window_t window, const std::string& instance) {
+        return property(window, XCB_ATOM_WM_CLASS).starts_with(instance + '\0');
     }
 
     /// The toolkit's windows speak a window manager's protocols; that in the tray does not. A window manager
@@ -106,7 +120,7 @@ class Screen {
 std::optional<ScreenArea> find(Kind kind) {
     Screen screen;
     if (!screen.isThere()) return std::nullopt;
-    return screen.find(screen.first().root, kind);
+    return screen.find(kind);
 }
 
 }  // namespace
@@ -128,6 +142,11 @@ std::optional<ScreenArea> trayIconOnScreen() {
 
 std::optional<ScreenArea> panelOnScreen() {
     return find(Kind::panel);
+}
+
+bool isOnScreen(const std::string& instance) {
+    Screen screen;
+    return screen.isThere() && screen.shows(instance);
 }
 
 std::optional<ScreenArea> menuOnScreen() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 
 namespace purlock::test {
 
@@ -32,6 +33,9 @@ std::optional<ScreenArea> trayIconOnScreen();
 
 /// The window of the program that a window manager looks after.
 std::optional<ScreenArea> panelOnScreen();
+
+/// Whether a window of another program, which calls itself `instance`, can be seen.
+bool isOnScreen(const std::string& instance);
 
 /// The menu that the program has opened.
 std::optional<ScreenArea> menuOnScreen();
