@@ -23,7 +23,7 @@ JsonValue formatJson(const std::optional<AudioFormat>& format) {
 JsonValue formatJsonWithBitRate(const std::optional<AudioFormat>& format) {
     if (!format) return {};
     JsonValue::Object object = formatObject(*format);
-    object.emplace("bitsPerSecond", format->bitsPerSecond());
+    object.insert({"bitsPerSecond", format->bitsPerSecond()});
     return object;
 }
 

@@ -1,5 +1,6 @@
 #include "base/json.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -41,6 +42,10 @@ class JsonWriter {
 
     bool writeHeld(double value) {
         if (!std::isfinite(value)) return false;
+        // Most are whole: rates, and products of them. Zero has a sign.
+        constexpr double exactlyWhole = 9007199254740992.0;  // 2^53
+        if (std::abs(value) < exactlyWhole && value == std::trunc(value) && value != 0)
+            return writeHeld(static_cast<std::int64_t>(value));
         constexpr int significantDigits = 17;
         std::array<char, 32> buffer;
         const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
@@ -60,9 +65,9 @@ class JsonWriter {
 
     bool writeHeld(const JsonValue::Object& object) {
         return writeContainer('{', '}', object, [this](const auto& member) {
-            writeText(member.first);
+            writeText(member.key);
             out_ += pretty_ ? " : " : ":";
-            return write(member.second);
+            return write(member.value);
         });
     }
 
@@ -90,20 +95,33 @@ class JsonWriter {
         out_.append(2 * level_, ' ');
     }
 
+    /// Whether `byte` stands for itself in a text.
+    static bool isPlain(char byte) {
+        return byte >= 0x20 && byte < 0x7F && byte != '"' && byte != '\\' && byte != '/';
+    }
+
     void writeText(std::string_view text) {
         out_ += '"';
         while (!text.empty()) {
-            const DecodedCodePoint decoded = decodeFirst(text);
-            if (!decoded.valid) {
-                out_ += "\xEF\xBF\xBD";
-            } else if (decoded.length > 1) {
-                out_ += text.substr(0, decoded.length);
-            } else {
-                writeAscii(text.front());
-            }
-            text.remove_prefix(decoded.length);
+            const auto plain = std::find_if_not(text.begin(), text.end(), isPlain);
+            out_.append(text.begin(), plain);
+            text.remove_prefix(static_cast<std::size_t>(plain - text.begin()));
+            if (!text.empty()) text.remove_prefix(writeFirst(text));
         }
         out_ += '"';
+    }
+
+    /// Writes the first code point of `text` and returns its length.
+    std::size_t writeFirst(std::string_view text) {
+        const DecodedCodePoint decoded = decodeFirst(text);
+        if (!decoded.valid) {
+            out_ += "\xEF\xBF\xBD";
+        } else if (decoded.length > 1) {
+            out_ += text.substr(0, decoded.length);
+        } else {
+            writeAscii(text.front());
+        }
+        return decoded.length;
     }
 
     void writeAscii(char character) {
@@ -151,6 +169,20 @@ class JsonWriter {
 };
 
 }  // namespace
+
+JsonValue::Object::Object(std::initializer_list<JsonMember> members) {
+    members_.reserve(members.size());
+    for (const JsonMember& member : members) insert({member.key, std::move(member.value)});
+}
+
+void JsonValue::Object::insert(JsonMember member) {
+    const auto place = std::ranges::upper_bound(members_, member.key, {}, &JsonMember::key);
+    members_.insert(place, std::move(member));
+}
+
+bool JsonValue::Object::empty() const {
+    return members_.empty();
+}
 
 std::optional<std::string> jsonText(const JsonValue& value, JsonLayout layout) {
     JsonWriter writer(layout);

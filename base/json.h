@@ -1,8 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
-#include <map>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,11 +11,31 @@
 
 namespace purlock {
 
-/// A JSON value to be written. Objects keep their members sorted by key, in byte order.
+struct JsonMember;
+
+/// A JSON value to be written.
 class JsonValue {
   public:
     using Array = std::vector<JsonValue>;
-    using Object = std::map<std::string, JsonValue, std::less<>>;
+
+    /// Keeps its members sorted by key, in byte order. Keys are those of the program's own records, each
+    /// given once.
+    class Object {
+      public:
+        Object() = default;
+
+        /// Takes the values out of the list.
+        Object(std::initializer_list<JsonMember> members);
+
+        void insert(JsonMember member);
+
+        bool empty() const;
+        auto begin() const { return members_.begin(); }
+        auto end() const { return members_.end(); }
+
+      private:
+        std::vector<JsonMember> members_;
+    };
 
     JsonValue() = default;                                             // null
     JsonValue(bool value) : value_(value) {}                           // NOLINT(google-explicit-constructor)
@@ -34,6 +53,11 @@ class JsonValue {
 
   private:
     Storage value_;
+};
+
+struct JsonMember {
+    std::string key;
+    mutable JsonValue value;  // what stands in an initializer list can be copied only, unless it is mutable
 };
 
 enum class JsonLayout { compact, pretty };
