@@ -17,53 +17,70 @@ class WorkerPool::Workers {
         : maximumThreads_(maximumThreads), onThreadStart_(std::move(onThreadStart)) {}
 
     void add(const std::shared_ptr<Tasks>& tasks, SerialQueue::Task task) {
+        Worker* idle = nullptr;
         {
             const std::lock_guard lock(mutex_);
             if (stopped_) return;
             tasks->waiting.push_back(std::move(task));
             if (std::exchange(tasks->scheduled, true)) return;
             ready_.push_back(tasks);
-            if (idle_ < ready_.size()) {
-                if (threads_.size() < maximumThreads_) threads_.emplace_back([this] { run(); });
+            if (idle_.empty()) {
+                if (workers_.size() < maximumThreads_) start();
                 return;
             }
+            // The one that has worked last: its stack is still in the processor's caches.
+            idle = idle_.back();
+            idle_.pop_back();
+            idle->isWoken = true;
         }
-        wake_.notify_one();  // without the mutex, which the woken thread would else wait for
+        idle->wake.notify_one();  // without the mutex, which the woken thread would else wait for
     }
 
     void finish() {
         {
             const std::lock_guard lock(mutex_);
             finishing_ = true;
+            for (Worker* idle : std::exchange(idle_, {})) {
+                idle->isWoken = true;
+                idle->wake.notify_one();
+            }
         }
-        wake_.notify_all();
         // A task may still hand in work that starts another thread, so the list can grow while it is joined.
         for (std::size_t joined = 0;; ++joined) {
             std::thread thread;
             {
                 const std::lock_guard lock(mutex_);
-                if (joined == threads_.size()) {
+                if (joined == workers_.size()) {
                     stopped_ = true;
                     return;
                 }
-                thread = std::move(threads_[joined]);  // already joined if this is not the first time
+                thread = std::move(workers_[joined].thread);  // already joined if this is not the first time
             }
             if (thread.joinable()) thread.join();
         }
     }
 
   private:
-    void run() {
+    struct Worker {
+        std::thread thread;
+        std::condition_variable wake;
+        bool isWoken = false;
+    };
+
+    void start() {
+        Worker& worker = workers_.emplace_back();
+        worker.thread = std::thread([this, &worker] { run(worker); });
+    }
+
+    void run(Worker& self) {
         if (onThreadStart_) onThreadStart_();
         std::unique_lock lock(mutex_);
         for (;;) {
-            while (ready_.empty()) {
-                if (finishing_) return;
-                ++idle_;
-                wake_.wait(lock);
-                --idle_;
-            }
-            runOne(lock);
+            while (!ready_.empty()) runOne(lock);
+            if (finishing_) return;
+            self.isWoken = false;
+            idle_.push_back(&self);
+            self.wake.wait(lock, [&self] { return self.isWoken; });
         }
     }
 
@@ -86,10 +103,9 @@ class WorkerPool::Workers {
     const std::size_t maximumThreads_;
     const std::function<void()> onThreadStart_;
     std::mutex mutex_;
-    std::condition_variable wake_;
     std::deque<std::shared_ptr<Tasks>> ready_;
-    std::vector<std::thread> threads_;
-    std::size_t idle_ = 0;
+    std::deque<Worker> workers_;
+    std::vector<Worker*> idle_;  // the last to become so at the end
     bool finishing_ = false;
     bool stopped_ = false;
 };

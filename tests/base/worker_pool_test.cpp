@@ -85,6 +85,27 @@ TEST(WorkerPool, OneQueueNeedsOneThreadAndNoWorkNone) {
     EXPECT_EQ(started, 1);
 }
 
+TEST(WorkerPool, TheThreadThatWorkedLastWorksNext) {
+    WorkerPool pool(2);
+    const auto queue = pool.makeSerialQueue("q");
+    const auto other = pool.makeSerialQueue("other");
+    const auto runOn = [](SerialQueue& on) {
+        std::promise<std::thread::id> ran;
+        on.async([&] { ran.set_value(std::this_thread::get_id()); });
+        return ran.get_future().get();
+    };
+    std::promise<void> release;
+    queue->async([&] { release.get_future().wait(); });
+    const std::thread::id second = runOn(*other);
+    release.set_value();
+    ASSERT_NE(runOn(*queue), second);
+
+    int changes = 0;
+    std::thread::id last = runOn(*queue);
+    for (int round = 0; round < 200; ++round) changes += std::exchange(last, runOn(*queue)) != last ? 1 : 0;
+    EXPECT_LE(changes, 2);  // while the other thread was still becoming idle
+}
+
 TEST(WorkerPool, NeverStartsMoreThreadsThanAllowed) {
     std::atomic<int> started = 0;
     std::atomic<int> ran = 0;
