@@ -1,5 +1,6 @@
 #include "platform/linux/pipewire/client_identity.h"
 
+#include <algorithm>
 #include <set>
 
 namespace purlock::host_linux {
@@ -15,14 +16,22 @@ std::optional<std::string> named(const std::string& text) {
 
 }  // namespace
 
+/// A process may be seen before its control group says whose it is: one without a name is asked for a few
+/// times.
+bool ClientIdentities::Known::isInDoubt() const {
+    return questions < (identity.bundleID ? 1 : 4);
+}
+
+bool ClientIdentities::isAnyInDoubt() const {
+    return std::any_of(known_.begin(), known_.end(),
+                       [](const auto& each) { return each.second.isInDoubt(); });
+}
+
 const ClientIdentity& ClientIdentities::identityOf(const ClientRecord& client, const NodeProperties& stream) {
     Known& known = known_[client.serial];
     if (known.properties != client.properties || known.streamApplication != stream.application)
         known.questions = 0;
-    // A process may be seen before its control group says whose it is: one without a name is asked for a few
-    // times.
-    const int mostQuestions = known.identity.bundleID ? 1 : 4;
-    if (known.questions >= mostQuestions) return known.identity;
+    if (!known.isInDoubt()) return known.identity;
     known = {client.properties, stream.application, find(client.properties, stream), known.questions + 1};
     return known.identity;
 }

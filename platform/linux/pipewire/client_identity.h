@@ -29,6 +29,9 @@ class ClientIdentities {
     /// `stream` is one of the client's nodes. What is known of a client is kept until its properties change.
     const ClientIdentity& identityOf(const ClientRecord& client, const NodeProperties& stream);
 
+    /// Whether some client's application was not to be told yet, but may be when it is asked for again.
+    bool isAnyInDoubt() const;
+
     /// The application behind any process; not kept.
     std::optional<std::string> bundleIDOfProcess(std::int32_t process);
 
@@ -42,6 +45,8 @@ class ClientIdentities {
         std::string streamApplication;
         ClientIdentity identity;
         int questions = 0;
+
+        bool isInDoubt() const;
     };
 
     ClientIdentity find(const ClientProperties& client, const NodeProperties& stream);

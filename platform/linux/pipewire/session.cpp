@@ -102,6 +102,7 @@ void Session::globalRemoved(std::uint32_t id) {
 
 void Session::changed() {
     hasChanged_ = true;
+    isUnsettled_ = true;
     requestEcho();
 }
 
@@ -118,11 +119,12 @@ void Session::echoed(int sequence) {
     isEchoDue_ = false;
     silence_.disarm();
     hasAnswered_ = true;
-    isSilent_ = false;
+    const bool wasSilent = std::exchange(isSilent_, false);
     objects_.commit(echoesSent_);
     // What came after the question may belong to what comes after the answer.
-    if (hasChanged_) requestEcho();
-    observers_.settled();
+    const bool isMoreToCome = hasChanged_;
+    if (isMoreToCome) requestEcho();
+    if (std::exchange(isUnsettled_, isMoreToCome) || wasSilent) observers_.settled();
 }
 
 void Session::failed(std::uint32_t id, int result) {

@@ -25,7 +25,7 @@ namespace purlock::host_linux {
 class Session final : private BoundObjects::Owner {
   public:
     struct Observers {
-        std::function<void()> settled;  // the mirror is consistent and may have changed
+        std::function<void()> settled;  // the mirror is consistent and has changed, or the server is back
         std::function<void()> clocksChanged;
         std::function<void()> silent;  // the server owes an answer for too long
         std::function<void()> lost;    // the connection is broken
@@ -91,7 +91,8 @@ class Session final : private BoundObjects::Owner {
     std::uint64_t echoesSent_ = 0;
     int echoSequence_ = 0;
     bool isEchoDue_ = false;
-    bool hasChanged_ = false;
+    bool hasChanged_ = false;   // since the echo was asked for
+    bool isUnsettled_ = false;  // something changed, and `settled` has not been called since
     bool hasAnswered_ = false;
     bool isSilent_ = false;
 };

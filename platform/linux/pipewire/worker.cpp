@@ -134,13 +134,18 @@ void PipeWireHardware::Worker::sampleClocksIfChanged() {
 
 void PipeWireHardware::Worker::publish() {
     auto next = std::make_shared<const Answers>();
-    const bool isResponding = session_ && session_->isResponding();
-    if (isResponding) {
+    if (session_ && session_->isResponding()) {
         next = std::make_shared<const Answers>(
             buildAnswers(session_->graph(), hardware_->sight(), connection_, identities_, ids_));
     }
     const auto before = answers.get();
     answers.set(next);
+    planCheckUp();
+    listeners.notify(next->changesSince(*before));
+}
+
+void PipeWireHardware::Worker::planCheckUp() {
+    const bool isResponding = session_ && session_->isResponding();
     const bool plays = isResponding && isAnyRunning(session_->graph());
     const bool isTaken = isResponding && hardware_->isAnyTaken();
     if (!plays && !isTaken) {
@@ -148,7 +153,6 @@ void PipeWireHardware::Worker::publish() {
     } else if (nextCheckUp_ == never) {
         nextCheckUp_ = steadyNow() + (isTaken ? hardwareCheckUp : serverCheckUp) / 1ns;
     }
-    listeners.notify(next->changesSince(*before));
 }
 
 void PipeWireHardware::Worker::noticeRead() {
@@ -163,8 +167,11 @@ void PipeWireHardware::Worker::checkUp() {
     if (!session_) return;
     session_->check();
     if (isAnyRunning(session_->graph()) && glances_.isDue()) session_->glanceAtClocks();
-    if (hardware_->isAnyTaken()) hardware_->look();
-    publish();
+    if (hardware_->look() || identities_.isAnyInDoubt()) {
+        publish();
+    } else {
+        planCheckUp();
+    }
 }
 
 }  // namespace purlock::host_linux

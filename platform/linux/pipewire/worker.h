@@ -44,6 +44,7 @@ class PipeWireHardware::Worker {
     void endSession();
     void settled();
     void publish();
+    void planCheckUp();
     void sampleClocksIfChanged();
     void checkUp();
 
