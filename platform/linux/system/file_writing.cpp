@@ -30,26 +30,31 @@ bool writeAll(int descriptor, std::string_view text) {
 
 /// A complete nameless file in `folder`, given the name `temporary` at the end. Returns false where the file
 /// system has no nameless files, or when it cannot be written.
-bool writeNameless(const fs::path& folder, const fs::path& temporary, std::string_view text) {
+bool writeNameless(const std::string& folder, const std::string& temporary, std::string_view text) {
     const FileDescriptor file(::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, ownerOnly));
     if (!file || !writeAll(file.get(), text)) return false;
     const std::string self = "/proc/self/fd/" + std::to_string(file.get());
+    const auto link = [&] {
+        return ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, temporary.c_str(), AT_SYMLINK_FOLLOW) == 0;
+    };
+    if (link()) return true;
+    if (errno != EEXIST) return false;
     ::unlink(temporary.c_str());  // left by a crash between the two last steps
-    return ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, temporary.c_str(), AT_SYMLINK_FOLLOW) == 0;
+    return link();
 }
 
-bool writeNamed(const fs::path& temporary, std::string_view text) {
+bool writeNamed(const std::string& temporary, std::string_view text) {
     const FileDescriptor file(
         ::open(temporary.c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_NOFOLLOW | O_CLOEXEC, ownerOnly));
     return file && writeAll(file.get(), text);
 }
 
-bool moveOver(const fs::path& from, const fs::path& to) {
+bool moveOver(const std::string& from, const std::string& to) {
     return ::rename(from.c_str(), to.c_str()) == 0;
 }
 
 /// Only with a regular file, for a folder would change its name. Not every file system can.
-bool exchange(const fs::path& from, const fs::path& to) {
+bool exchange(const std::string& from, const std::string& to) {
     struct stat target {};
     if (::lstat(to.c_str(), &target) != 0 || !S_ISREG(target.st_mode)) return false;
     if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_EXCHANGE) != 0) return false;
@@ -59,10 +64,11 @@ bool exchange(const fs::path& from, const fs::path& to) {
 
 /// Writes a temporary file and has `finish` give it the place of `file`.
 template <typename Finish>
-bool replaceBy(Finish finish, const fs::path& file, std::string_view text) {
-    fs::path temporary = file;
-    temporary.replace_filename("." + file.filename().string() + ".new");
-    const bool written = writeNameless(file.parent_path(), temporary, text) || writeNamed(temporary, text);
+bool replaceBy(Finish finish, const std::string& file, std::string_view text) {
+    const std::size_t name = file.rfind('/') + 1;  // 0 where there is no slash
+    const std::string folder = name == 0 ? "." : file.substr(0, name);
+    const std::string temporary = file.substr(0, name) + "." + file.substr(name) + ".new";
+    const bool written = writeNameless(folder, temporary, text) || writeNamed(temporary, text);
     if (written && finish(temporary, file)) return true;
     ::unlink(temporary.c_str());
     return false;
@@ -83,13 +89,13 @@ bool appendWhole(int descriptor, std::string_view bytes) {
 }  // namespace
 
 bool replaceFile(const fs::path& file, std::string_view text) {
-    return replaceBy(moveOver, file, text);
+    return replaceBy(moveOver, file.native(), text);
 }
 
 bool replaceTransientFile(const fs::path& file, std::string_view text) {
-    return replaceBy(
-        [](const fs::path& from, const fs::path& to) { return exchange(from, to) || moveOver(from, to); },
-        file, text);
+    return replaceBy([](const std::string& from,
+                        const std::string& to) { return exchange(from, to) || moveOver(from, to); },
+                     file.native(), text);
 }
 
 bool appendToFile(const fs::path& file, std::string_view bytes) {

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <memory>
 #include <string_view>
@@ -66,15 +67,13 @@ std::optional<std::string> readFile(const std::string& path, std::size_t limit) 
     const FileDescriptor file(open(path.c_str(), readFlags));
     if (!file || !isRegularFile(file.get())) return std::nullopt;
     // The kernel's files give their size as 0, or as a page, so the size is not asked for.
-    constexpr std::size_t chunk = 4096;
+    std::array<char, 4096> chunk;
     std::string text;
     while (text.size() < limit) {
-        const std::size_t before = text.size();
-        text.resize(std::min(before + chunk, limit));
-        const auto count = readSome(file.get(), text.data() + before, text.size() - before);
+        const auto count = readSome(file.get(), chunk.data(), std::min(chunk.size(), limit - text.size()));
         if (!count) return std::nullopt;
-        text.resize(before + *count);
         if (*count == 0) break;
+        text.append(chunk.data(), *count);
     }
     return text;
 }
