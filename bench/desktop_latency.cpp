@@ -217,7 +217,7 @@ class Measurement {
     }
 
     void printMemory(const char* what) {
-        pause(std::chrono::seconds(3));
+        pause(std::chrono::seconds(4));
         const auto memory = bench::memoryOf(desktop_.program().pid()).value_or(bench::ProcessMemory{});
         std::printf("%-44s %8ld %8ld\n", what, memory.resident, memory.anonymous);
     }

@@ -31,7 +31,7 @@ using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
 constexpr std::chrono::seconds longestStart{10};
-constexpr std::chrono::seconds settling{2};  // until memory is read
+constexpr std::chrono::seconds settling{4};  // until memory is read
 
 struct Start {
     Milliseconds icon{0};

@@ -1,6 +1,5 @@
 #include "platform/linux/desktop/display.h"
 
-#include <QApplication>
 #include <QPalette>
 #include <QStyleFactory>
 #include <QToolTip>
@@ -38,18 +37,40 @@ void printNews(QtMsgType type, const QMessageLogContext& context, const QString&
     if (!isNoNews(message)) printMessage(type, context, message);
 }
 
+/// Sets a variable of the environment that is not set, until the end of the scope.
+class TemporaryVariable {
+  public:
+    TemporaryVariable(const char* name, const char* value)
+        : name_(name), isOurs_(!qEnvironmentVariableIsSet(name)) {
+        if (isOurs_) qputenv(name_, value);
+    }
+    ~TemporaryVariable() {
+        if (isOurs_) qunsetenv(name_);
+    }
+    TemporaryVariable(const TemporaryVariable&) = delete;
+    TemporaryVariable& operator=(const TemporaryVariable&) = delete;
+
+  private:
+    const char* const name_;
+    const bool isOurs_;
+};
+
+const char* preferredPlatforms() {
+    const bool x = !qEnvironmentVariableIsEmpty("DISPLAY");
+    const bool wayland = !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+    return x && wayland ? "xcb;wayland" : x ? "xcb" : wayland ? "wayland" : "offscreen";
+}
+
 }  // namespace
 
 void quietenToolkit() {
     printMessage = qInstallMessageHandler(printNews);
 }
 
-void chooseDisplay() {
-    if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) return;
-    const bool x = !qEnvironmentVariableIsEmpty("DISPLAY");
-    const bool wayland = !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
-    const char* platforms = x && wayland ? "xcb;wayland" : x ? "xcb" : wayland ? "wayland" : "offscreen";
-    qputenv("QT_QPA_PLATFORM", platforms);
+std::unique_ptr<QApplication> startToolkit(int& argc, char** argv) {
+    const TemporaryVariable platform("QT_QPA_PLATFORM", preferredPlatforms());
+    const TemporaryVariable eventLoop("QT_NO_GLIB", "1");
+    return std::make_unique<QApplication>(argc, argv);
 }
 
 void applyDarkLook() {

@@ -1,12 +1,18 @@
 #pragma once
 
+#include <QApplication>
+#include <memory>
+
 namespace purlock::host_linux {
 
-/// Decides on which display the program shows itself, unless the user has (QT_QPA_PLATFORM): on X where there
-/// is one, also under Wayland, for only there a window can be put under an icon; on Wayland otherwise; and on
-/// none at all where there is neither, so that the two files are written there too. Before the Qt application
-/// object is made.
-void chooseDisplay();
+/// The toolkit, on the display that the user has chosen (QT_QPA_PLATFORM), else on X where there is one, also
+/// under Wayland, for only there a window can be put under an icon; on Wayland otherwise; and on none at all
+/// where there is neither, so that the two files are written there too. It waits for events by its own means
+/// rather than GLib's, which take longer and more memory. What it is told by the environment for that is gone
+/// from there when this returns, so that programs that are started from here are not told the same.
+///
+/// Once, in the main thread; the arguments have to outlive it.
+std::unique_ptr<QApplication> startToolkit(int& argc, char** argv);
 
 /// Keeps from the console what the toolkit says of a machine without a screen or a session, which is no news
 /// to whoever starts the program there. Everything else is printed as ever. First of all.

@@ -1,5 +1,6 @@
 #include "platform/linux/desktop/panel_surface.h"
 
+#include <QBackingStore>
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QKeyEvent>
@@ -34,6 +35,10 @@ void PanelSurface::setContent(const View& content) {
     root_->move(0, 0);
     root_->show();
     if (isVisible()) settleLayout();
+}
+
+void PanelSurface::releaseDrawing() {
+    if (QBackingStore* const drawing = backingStore()) drawing->resize(QSize(1, 1));
 }
 
 void PanelSurface::resizeEvent(QResizeEvent* event) {

@@ -17,6 +17,9 @@ class PanelSurface final : public QWidget {
     /// whatever its own frame: on a low screen the window is lower, and the content scrolls in it.
     void setContent(const View& content);
 
+    /// Gives back the picture of the window, which is made anew when it is next shown.
+    void releaseDrawing();
+
   protected:
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;

@@ -2,11 +2,14 @@
 
 #include <QGuiApplication>
 #include <QScreen>
+#include <QTimer>
+#include <chrono>
 #include <utility>
 
 #include "platform/linux/desktop/panel_placement.h"
 #include "platform/linux/desktop/panel_surface.h"
 #include "platform/linux/desktop/x_window_states.h"
+#include "platform/linux/system/unused_memory.h"
 
 namespace purlock::host_linux {
 
@@ -38,7 +41,12 @@ Rect availableArea(const std::optional<Rect>& icon) {
 class QtPanelWindow final : public PanelWindow {
   public:
     QtPanelWindow(const PanelStyle& style, PanelWindowEvents events, QtPanelWindows::IconFrame iconFrame)
-        : events_(std::move(events)), iconFrame_(std::move(iconFrame)), frame_(style.contentRect) {}
+        : events_(std::move(events)), iconFrame_(std::move(iconFrame)), frame_(style.contentRect) {
+        tidyUp_.setSingleShot(true);
+        tidyUp_.setInterval(untilTidyUp);
+        QObject::connect(&tidyUp_, &QTimer::timeout, [] { giveBackUnusedMemory(); });
+        tidyUp_.start();  // the start of the program is over then
+    }
 
     void setContent(const View& content) override { surface().setContent(content); }
 
@@ -52,6 +60,7 @@ class QtPanelWindow final : public PanelWindow {
     }
 
     void makeKeyAndOrderFront() override {
+        tidyUp_.stop();
         const QRect place = onScreen();
         surface().setFixedSize(place.size());
         surface().move(place.topLeft());
@@ -62,10 +71,16 @@ class QtPanelWindow final : public PanelWindow {
     }
 
     void orderOut() override {
-        if (surface_) surface_->hide();
+        if (!surface_) return;
+        surface_->hide();
+        surface_->releaseDrawing();
+        tidyUp_.start();
     }
 
   private:
+    /// Not at once: a panel that was closed is often opened again.
+    static constexpr std::chrono::seconds untilTidyUp{2};
+
     PanelSurface& surface() {
         if (!surface_) {
             surface_ = std::make_unique<PanelSurface>(events_);
@@ -85,6 +100,7 @@ class QtPanelWindow final : public PanelWindow {
     const QtPanelWindows::IconFrame iconFrame_;
     Rect frame_;
     std::unique_ptr<PanelSurface> surface_;
+    QTimer tidyUp_;
 };
 
 }  // namespace

@@ -65,13 +65,12 @@ int main(int argc, char** argv) {
     const InstanceLock lock(lockFile());
     if (lock.outcome() == InstanceLock::Outcome::heldByAnother) return activateTheOther();
     quietenToolkit();
-    chooseDisplay();
     const std::string sessionBus = sessionBusAddress();
     keepToolkitFromSilentBus(sessionBus);
     QApplication::setApplicationName("Purlock");
     QApplication::setDesktopFileName("org.purlock.Purlock");
     QApplication::setQuitOnLastWindowClosed(false);
-    const QApplication application(argc, argv);
+    const auto application = startToolkit(argc, argv);
     applyDarkLook();
     return run(sessionBus);
 }

@@ -1,6 +1,10 @@
+#include <unistd.h>
+
 #include <cstdio>
+#include <fstream>
 
 #include "tests/host-linux/session/session_test.h"
+#include "tests/support/sanitizers.h"
 
 namespace purlock::test {
 namespace {
@@ -129,6 +133,32 @@ TEST_F(Panel, ClosesByItsIconByEscapeAndByAnotherStart) {
     EXPECT_TRUE(panelComes());
     EXPECT_EQ(desktop.parts().run({PURLOCK_PROGRAM}).exitStatus, 0);
     EXPECT_TRUE(panelGoes());
+}
+
+/// MiB of files and of its own.
+double residentMemory(pid_t process) {
+    std::ifstream file("/proc/" + std::to_string(process) + "/statm");
+    double whole = 0;
+    double resident = 0;
+    file >> whole >> resident;
+    return resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1 << 20);
+}
+
+/// Well below what it holds while the panel is open, and within what a small program may hold.
+TEST_F(Panel, GivesBackMemoryOnceItIsClosed) {
+    constexpr double most = 32;
+    startInTray();
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    ASSERT_TRUE(shows("Show log"));
+    const double open = residentMemory(desktop.program().pid());
+    ASSERT_TRUE(desktop.press("Escape"));
+    ASSERT_TRUE(panelGoes());
+    EXPECT_TRUE(waitUntil([&] {
+        const double hidden = residentMemory(desktop.program().pid());
+        return hidden < open * 0.75 && (isSanitized || hidden < most);
+    }));
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    EXPECT_TRUE(shows("Show log"));
 }
 
 TEST_F(Panel, QuitEndsTheProgram) {
