@@ -64,7 +64,7 @@ class JsonWriter {
     }
 
     bool writeHeld(const JsonValue::Object& object) {
-        return writeContainer('{', '}', object, [this](const auto& member) {
+        return writeContainer('{', '}', object.members(), [this](const JsonMember& member) {
             writeText(member.key);
             out_ += pretty_ ? " : " : ":";
             return write(member.value);
@@ -170,6 +170,14 @@ class JsonWriter {
 
 }  // namespace
 
+// Here, where a member is a complete type.
+JsonValue::Object::Object() = default;
+JsonValue::Object::Object(const Object& other) = default;
+JsonValue::Object::Object(Object&& other) noexcept = default;
+JsonValue::Object& JsonValue::Object::operator=(const Object& other) = default;
+JsonValue::Object& JsonValue::Object::operator=(Object&& other) noexcept = default;
+JsonValue::Object::~Object() = default;
+
 JsonValue::Object::Object(std::initializer_list<JsonMember> members) {
     members_.reserve(members.size());
     for (const JsonMember& member : members) insert({member.key, std::move(member.value)});
@@ -178,10 +186,6 @@ JsonValue::Object::Object(std::initializer_list<JsonMember> members) {
 void JsonValue::Object::insert(JsonMember member) {
     const auto place = std::ranges::upper_bound(members_, member.key, {}, &JsonMember::key);
     members_.insert(place, std::move(member));
-}
-
-bool JsonValue::Object::empty() const {
-    return members_.empty();
 }
 
 std::optional<std::string> jsonText(const JsonValue& value, JsonLayout layout) {

@@ -22,16 +22,20 @@ class JsonValue {
     /// given once.
     class Object {
       public:
-        Object() = default;
+        Object();
 
         /// Takes the values out of the list.
         Object(std::initializer_list<JsonMember> members);
 
+        Object(const Object& other);
+        Object(Object&& other) noexcept;
+        Object& operator=(const Object& other);
+        Object& operator=(Object&& other) noexcept;
+        ~Object();
+
         void insert(JsonMember member);
 
-        bool empty() const;
-        auto begin() const { return members_.begin(); }
-        auto end() const { return members_.end(); }
+        const std::vector<JsonMember>& members() const { return members_; }
 
       private:
         std::vector<JsonMember> members_;
