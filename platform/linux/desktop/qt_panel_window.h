@@ -12,8 +12,10 @@ namespace purlock::host_linux {
 /// Makes the panel's window with Qt Widgets: without a frame, above other windows, always dark.
 ///
 /// The widgets are made when the panel is first shown, so that a program whose panel nobody opens stays
-/// small. The window does not hide when the program loses the focus: on Linux that is what a click outside
-/// is, and a pinned panel stays. Owned by the host, which outlives what it makes; main thread only.
+/// small; soon after the start and after each time that the panel was hidden, the program gives back what it
+/// does not need while hidden. The window does not hide when the program loses the focus: on Linux that is
+/// what a click outside is, and a pinned panel stays. Owned by the host, which outlives what it makes; main
+/// thread only.
 class QtPanelWindows final : public PanelWindows {
   public:
     using IconFrame = std::function<std::optional<Rect>()>;
