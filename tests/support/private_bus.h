@@ -6,6 +6,7 @@
 #include <string>
 #include <system_error>
 
+#include "tests/support/can_connect.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/wait_until.h"
@@ -47,7 +48,7 @@ class PrivateBus {
         daemon_ = ChildProcess({"dbus-daemon", "--nofork", "--nopidfile", "--nosyslog",
                                 "--config-file=" + (folder_.path() / "bus.conf").string()},
                                {"PATH=/usr/bin:/bin", "HOME=/nonexistent"});
-        return waitUntil([this] { return std::filesystem::exists(socket()); });
+        return waitUntil([this] { return canConnect(socket()); });
     }
 
     /// As a crash would end it: the socket's file stays behind.

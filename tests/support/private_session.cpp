@@ -1,18 +1,17 @@
 #include "tests/support/private_session.h"
 
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <numbers>
 #include <utility>
+
+#include "tests/support/can_connect.h"
 
 namespace purlock::test {
 
@@ -57,17 +56,6 @@ constexpr const char* managerFragment = R"(wireplumber.profiles = {
   }
 }
 )";
-
-bool canConnect(const std::string& path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path) return false;
-    std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const bool connected = ::connect(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-    ::close(descriptor);
-    return connected;
-}
 
 void appendLittleEndian(std::string& bytes, std::uint32_t value, int count) {
     for (int i = 0; i < count; ++i) bytes.push_back(static_cast<char>(value >> (8 * i) & 0xFF));

@@ -84,14 +84,14 @@ TEST_F(BusConnectionTest, ABusThatAppearsLaterIsFoundAtOnce) {
     const auto root = folder.path();
     const auto connection = connect(busAddressOfPath((root / "run" / "dbus" / "bus").string()));
     PrivateBus bus;
-    // By now the next try is more than a second away.
-    EXPECT_FALSE(waitUntil([&] { return connected_ > 0; }, 2s));
+    // By now the next try is more than two seconds away.
+    EXPECT_FALSE(waitUntil([&] { return connected_ > 0; }, 3500ms));
     std::filesystem::create_directory(root / "run");
     EXPECT_FALSE(waitUntil([&] { return connected_ > 0; }, 50ms));
     const auto start = std::chrono::steady_clock::now();
     std::filesystem::create_directory_symlink(bus.folder().path(), root / "run" / "dbus");
     EXPECT_TRUE(waitUntil([&] { return connected_ == 1; }));
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 500ms);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);
 }
 
 /// Waiting costs a try now and then, at growing distances.
