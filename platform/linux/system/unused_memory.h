@@ -7,7 +7,7 @@ namespace purlock::host_linux {
 /// from where each comes back when it is next needed; that takes microseconds.
 ///
 /// To be called when something large has ended, such as the program's start: until the system runs short of
-/// memory, it leaves a program everything that it has ever touched. Any thread; about a millisecond.
+/// memory, it leaves a program everything that it has ever touched. Takes a few milliseconds; any thread.
 void giveBackUnusedMemory();
 
 }  // namespace purlock::host_linux
