@@ -1,5 +1,8 @@
 #pragma once
 
+// First: the profiler's header of PipeWire 1.4 does not include all that it uses.
+#include <pipewire/pipewire.h>
+
 #include <pipewire/extensions/profiler.h>
 
 #include <cstdint>

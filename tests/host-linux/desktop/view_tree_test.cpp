@@ -45,7 +45,7 @@ struct Fixture {
     void show(const View& view) {
         surface.setContent(view);
         surface.show();
-        QApplication::setActiveWindow(&surface);
+        surface.activateWindow();
         QApplication::processEvents();
     }
 
