@@ -54,7 +54,7 @@ class TreeBuilder {
 
     std::optional<CachedTree> build() {
         const auto root = places_.find(applicationElementPath);
-        if (root == places_.end() || children_[root->second].empty()) return std::nullopt;
+        if (root == places_.end() || children_[root->second].empty() || lacksElements()) return std::nullopt;
         std::vector<std::size_t> level{root->second};
         placed_[root->second] = true;
         add(root->second);
@@ -81,6 +81,15 @@ class TreeBuilder {
             const auto child = places_.find(path);
             if (child != places_.end()) children_[item].push_back(child->second);
         }
+    }
+
+    bool lacksElements() const {
+        constexpr std::string_view bridgedPaths = "/org/a11y/atspi/accessible/";  // and the root of GTK 4
+        for (std::size_t i = 0; i < items_.size(); ++i) {
+            if (items_[i].path.starts_with(bridgedPaths) || places_.at(items_[i].path) != i) continue;
+            if (items_[i].childCount > static_cast<std::int64_t>(children_[i].size())) return true;
+        }
+        return false;
     }
 
     std::vector<std::size_t> addChildren(const std::vector<std::size_t>& level, std::uint32_t first,
@@ -129,6 +138,8 @@ std::optional<CacheItem> parseCacheItem(const BusValue& item, std::string_view b
     std::size_t interfaces = 4;
     if (const auto index = place->integer()) {
         result.index = *index;
+        const BusValue* count = item.at(4);
+        if (count != nullptr) result.childCount = count->integer().value_or(0);
         interfaces = 5;
     } else if (const BusValue::List* children = place->list()) {
         for (const BusValue& child : *children) {

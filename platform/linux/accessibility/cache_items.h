@@ -22,8 +22,9 @@ struct CacheItem {
     std::vector<std::string> children;  // in the older form, which lists them instead of the index
     std::string name;
     std::string description;
-    bool hasText = false;    // implements org.a11y.atspi.Text
-    bool isVisible = false;  // its states hold VISIBLE or SHOWING
+    bool hasText = false;         // implements org.a11y.atspi.Text
+    bool isVisible = false;       // its states hold VISIBLE or SHOWING
+    std::int64_t childCount = 0;  // as the newer form tells it
 
     bool operator==(const CacheItem&) const = default;
 };
@@ -49,7 +50,9 @@ struct CachedTree {
 
 /// The tree below the application's element, breadth first: children in order, each element once at its first
 /// place, and of the application's windows those that are visible. Absent when the items hold no application
-/// with children: the toolkit lists nothing useful. Pure; any thread.
+/// with children, or when GTK 4 has left some out: it lists only what somebody has asked for by its parent.
+/// The bridge of GTK 3 lists everything but what it counts without having it as an element, such as the cells
+/// of tables. Pure; any thread.
 std::optional<CachedTree> buildTree(const std::vector<CacheItem>& items, const SnapshotLimits& limits);
 
 }  // namespace purlock::host_linux
