@@ -19,7 +19,7 @@ namespace {
 // colour, another size, another place, a missing word: seen from a little distance, where a text is a grey
 // line, these are all that is left.
 constexpr int distance = 6;            // device pixels that become one
-constexpr int largestDifference = 56;  // of 255, at one place
+constexpr int largestDifference = 80;  // of 255, at one place
 constexpr double meanDifference = 1.5;
 
 QImage fromADistance(const QImage& picture) {

@@ -27,6 +27,7 @@ int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     qInstallMessageHandler(report);
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("LC_ALL", "C.UTF-8");
     const QApplication application(argc, argv);
     purlock::test::usePictureFont();
     return RUN_ALL_TESTS();
