@@ -84,6 +84,9 @@ TEST(HostilePlayers, HarmNothingAndDelayNobody) {
         },
         isSanitized ? 90s : 30s));
 
+    // An enormous message may still be on its way.
+    constexpr long mostKept = 1024;
+    session.turnUntil([&] { return isSanitized || allocatedKiB() - usedBefore < mostKept; });
     const long grown = residentKiB("VmRSS") - before;
     const long kept = allocatedKiB() - usedBefore;
     const double longestTurn = std::chrono::duration<double, std::milli>(session.longestTurn()).count();
@@ -94,7 +97,7 @@ TEST(HostilePlayers, HarmNothingAndDelayNobody) {
         seconds.c_str(), kept, grown, residentKiB("VmHWM"), longestTurn, fetches, session.publications());
     EXPECT_GT(session.publications(), fetches);
     if (isSanitized) return;
-    EXPECT_LT(kept, 1024);
+    EXPECT_LT(kept, mostKept);
     EXPECT_LT(grown, 64 * 1024);
     EXPECT_LT(longestTurn, 20.0);
 }

@@ -125,6 +125,7 @@ TEST_F(Answers, ACombinedSinkIsAnAggregateAndPassesSoundOn) {
     })) << session.logs();
     EXPECT_EQ(observer().processes().size(), 1U) << "what passes sound on is no application";
     expectAsDumped("both");
+    EXPECT_EQ(observer().physicalRate(observer().deviceByUID("both")), 48000);
 }
 
 }  // namespace
