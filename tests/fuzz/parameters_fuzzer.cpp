@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto pod = host_linux::PodView::take(bytes);
     if (!pod) return 0;
     if (const auto format = host_linux::soundFormatFromPod(*pod, 48000)) {
-        fuzz::promise(format->sampleRate > 0 && format->channels > 0 && format->layout.bits > 0);
+        fuzz::promise(format->sampleRate >= 0 && format->channels > 0 && format->layout.bits > 0);
         const auto description = host_linux::streamDescription(*format);
         fuzz::promise(description.channelsPerFrame == format->channels);
     }

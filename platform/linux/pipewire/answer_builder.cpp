@@ -125,7 +125,7 @@ class AnswerBuilder {
         const NodeRecord& node = graph_.nodes.at(serial);
         Process::Stream stream;
         stream.isRunning = node.state == NodeState::running;
-        if (node.format) stream.rate = node.format->sampleRate;
+        if (node.format && node.format->sampleRate > 0) stream.rate = node.format->sampleRate;
         stream.sinks = routes_.sinksFrom(serial);
         if (stream.isRunning) process.answers.isRunningOutput = 1;
         for (const std::uint64_t sink : stream.sinks) addDevice(process.answers, deviceID(sink));
@@ -188,7 +188,8 @@ class AnswerBuilder {
         answers.isRunning = isRunning(node) ? 1 : 0;
         if (!hasOutput(properties.role)) return answers;
         answers.streams = {ids_.idFor({ObjectKind::stream, connection_, serial})};
-        if (const auto physical = physicalFormat(node)) {
+        if (auto physical = physicalFormat(node)) {
+            if (physical->sampleRate == 0) physical->sampleRate = clockRate(node, playingRate(serial));
             answers.physicalFormat = streamDescription(*physical);
             answers.virtualFormat = virtualFormat(serial, node, *physical);
         }

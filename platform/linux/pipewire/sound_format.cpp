@@ -127,14 +127,18 @@ std::optional<std::int32_t> chosenRate(const std::vector<PodView::Property>& pro
     return preferredInteger(properties, SPA_FORMAT_AUDIO_rate);
 }
 
+std::optional<SoundFormat> withChannels(SoundFormat format, std::optional<std::int32_t> channels) {
+    if (!channels || *channels <= 0 || static_cast<std::uint32_t>(*channels) > mostChannels)
+        return std::nullopt;
+    format.channels = static_cast<std::uint32_t>(*channels);
+    return format;
+}
+
 std::optional<SoundFormat> checked(SoundFormat format, std::optional<std::int32_t> rate,
                                    std::optional<std::int32_t> channels) {
     if (!rate || *rate <= 0 || *rate > highestRate) return std::nullopt;
-    if (!channels || *channels <= 0 || static_cast<std::uint32_t>(*channels) > mostChannels)
-        return std::nullopt;
     format.sampleRate = *rate;
-    format.channels = static_cast<std::uint32_t>(*channels);
-    return format;
+    return withChannels(format, channels);
 }
 
 std::uint32_t encodedFormatID(std::uint32_t codec) {
@@ -197,6 +201,7 @@ std::optional<SoundFormat> soundFormatFromPod(const PodView& pod, std::uint32_t 
         if (row == nullptr) return std::nullopt;
         format.layout = row->layout;
         format.isPlanar = row->isPlanar;
+        if (!valueOf(properties, SPA_FORMAT_AUDIO_rate)) return withChannels(format, channels);
         return checked(format, chosenRate(properties, rate), channels);
     }
     if (subtype == SPA_MEDIA_SUBTYPE_iec958) {

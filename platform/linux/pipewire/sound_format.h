@@ -20,7 +20,7 @@ struct SoundFormat {
     SoundKind kind = SoundKind::pcm;
     SampleLayout layout;
     bool isPlanar = false;  // one buffer for each channel
-    double sampleRate = 0;  // Hz; of DSD, bits per second and channel
+    double sampleRate = 0;  // Hz; of DSD, bits per second and channel; 0 when it is that of the graph's clock
     std::uint32_t channels = 0;
     std::uint32_t codec = 0;  // of an encoded stream: SPA_AUDIO_IEC958_CODEC_*
 
@@ -28,7 +28,8 @@ struct SoundFormat {
 };
 
 /// A Format or EnumFormat parameter. Where it leaves a choice, the preferred value is taken; of the rates,
-/// `rate` (Hz) if it is offered. Absent for video, for a mixer-side format, and for one without a known
+/// `rate` (Hz) if it is offered. Sinks that follow the graph's clock need not name one: from PipeWire 1.4 on,
+/// combined sinks do not. Absent for video, for a mixer-side format, and for one without a known
 /// sample format.
 std::optional<SoundFormat> soundFormatFromPod(const PodView& pod, std::uint32_t rate);
 

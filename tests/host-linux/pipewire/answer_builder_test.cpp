@@ -167,6 +167,32 @@ TEST_F(AnswerBuilderTest, AForcedRateIsThatOfAClockThatStandsStill) {
     }
 }
 
+TEST_F(AnswerBuilderTest, ADeviceWithoutARateOfItsOwnRunsAtTheClocks) {
+    struct Case {
+        const char* name;
+        std::optional<double> clock;
+        std::optional<double> stream;
+        double expectedVirtual;
+        double expectedPhysical;
+    };
+    const Case cases[] = {
+        {"nothing plays", {}, {}, 48000, 48000},
+        {"the stream has the clock's rate", 44100, 44100, 44100, 44100},
+        {"the stream differs", 48000, 44100, 44100, 48000},
+        {"the stream names none", 44100, 0, 44100, 44100},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.name);
+        graph = {};
+        NodeRecord& sink = addSink(10, "both", 0);
+        sink.clockRate = row.clock;
+        if (row.stream) addStream(20, *row.stream, NodeState::running, 10);
+        const Answers answers = build();
+        EXPECT_EQ(virtualRate(answers.devices()[0]), row.expectedVirtual);
+        EXPECT_EQ(answers.devices()[0].physicalFormat->sampleRate, row.expectedPhysical);
+    }
+}
+
 TEST_F(AnswerBuilderTest, WhatPassesThroughIsFedUnchanged) {
     NodeRecord& sink = addSink(10, "sink", 48000);
     for (const SoundKind kind : {SoundKind::encoded, SoundKind::dsd}) {
