@@ -31,7 +31,8 @@ QtMessageHandler printMessage = nullptr;  // the toolkit's own
 bool isNoNews(const QString& message) {
     return message.startsWith(QStringLiteral("QStandardPaths: XDG_RUNTIME_DIR not set")) ||
            message.startsWith(QStringLiteral("This plugin does not support ")) ||
-           message.startsWith(QStringLiteral("Detected locale "));  // of a service; it helps itself
+           message.startsWith(QStringLiteral("Detected locale ")) ||
+           message.startsWith(QStringLiteral("Could not find accessible on path"));
 }
 
 void printNews(QtMsgType type, const QMessageLogContext& context, const QString& message) {

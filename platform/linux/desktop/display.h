@@ -14,8 +14,9 @@ namespace purlock::host_linux {
 /// Once, in the main thread; the arguments have to outlive it.
 std::unique_ptr<QApplication> startToolkit(int& argc, char** argv);
 
-/// Keeps from the console what the toolkit says of a machine without a screen or a session, which is no news
-/// to whoever starts the program there. Everything else is printed as ever. First of all.
+/// Keeps from the console what the toolkit says of a machine without a screen, a session or a locale, which
+/// is no news to whoever starts the program there, and of a screen reader that asks for what is no longer
+/// shown. Everything else is printed as ever. First of all.
 void quietenToolkit();
 
 /// Makes menus and tool tips as dark as the panel, whatever the desktop's colours are. Once, after the Qt
