@@ -4,8 +4,7 @@ target_compile_options(purlock_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast
   -Woverloaded-virtual -Wformat=2 -Wimplicit-fallthrough -Wundef -Wswitch-enum)
 if(PURLOCK_WERROR)
-  # Newer versions of libraries warn of what has no replacement yet in those of Debian 12.
-  target_compile_options(purlock_options INTERFACE -Werror -Wno-error=deprecated-declarations)
+  target_compile_options(purlock_options INTERFACE -Werror)
 endif()
 if(PURLOCK_SANITIZERS)
   target_compile_options(purlock_options INTERFACE

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -78,41 +79,54 @@ TEST_F(BusConnectionTest, ABusThatAppearsLaterIsFound) {
     EXPECT_TRUE(waitUntil([&] { return connected_ == 1; }, 2s));
 }
 
+// A busy machine delays anything now and then: what these two judge is the best of a few rounds.
+constexpr int mostRounds = 3;
+
 /// Folders, links and the socket itself: each step on the way is noticed when it is made, not at a next try.
 TEST_F(BusConnectionTest, ABusThatAppearsLaterIsFoundAtOnce) {
-    test::TemporaryFolder folder;
-    const auto root = folder.path();
-    const auto connection = connect(busAddressOfPath((root / "run" / "dbus" / "bus").string()));
+    constexpr auto atOnce = 500ms;
     PrivateBus bus;
-    // By now the next try is more than two seconds away.
-    EXPECT_FALSE(waitUntil([&] { return connected_ > 0; }, 3500ms));
-    std::filesystem::create_directory(root / "run");
-    EXPECT_FALSE(waitUntil([&] { return connected_ > 0; }, 50ms));
-    const auto start = std::chrono::steady_clock::now();
-    std::filesystem::create_directory_symlink(bus.folder().path(), root / "run" / "dbus");
-    EXPECT_TRUE(waitUntil([&] { return connected_ == 1; }));
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);
+    auto fastest = std::chrono::steady_clock::duration::max();
+    for (int round = 0; round < mostRounds && fastest >= atOnce; ++round) {
+        test::TemporaryFolder folder;
+        const auto root = folder.path();
+        connected_ = 0;
+        const auto connection = connect(busAddressOfPath((root / "run" / "dbus" / "bus").string()));
+        // By now the next try is more than a second away.
+        EXPECT_FALSE(waitUntil([&] { return connected_ > 0; }, 2s));
+        std::filesystem::create_directory(root / "run");
+        EXPECT_FALSE(waitUntil([&] { return connected_ > 0; }, 50ms));
+        const auto start = std::chrono::steady_clock::now();
+        std::filesystem::create_directory_symlink(bus.folder().path(), root / "run" / "dbus");
+        ASSERT_TRUE(waitUntil([&] { return connected_ == 1; }));
+        fastest = std::min(fastest, std::chrono::steady_clock::now() - start);
+    }
+    EXPECT_LT(fastest, atOnce);
 }
 
 /// Waiting costs a try now and then, at growing distances.
 TEST_F(BusConnectionTest, WaitingForABusWakesHardlyAnybody) {
-    test::TemporaryFolder folder;
-    const auto connection = connect(busAddressOfPath((folder.path() / "bus").string()));
-    const auto wakeUps = [&] {
-        std::atomic<long> count = -1;
-        connection->post([&](BusConnection&) {
-            rusage use{};
-            getrusage(RUSAGE_THREAD, &use);
-            count = use.ru_nvcsw;
-        });
-        EXPECT_TRUE(waitUntil([&] { return count >= 0; }));
-        return count.load();
-    };
-    std::this_thread::sleep_for(1600ms);  // tries after 0.1, 0.3, 0.7 and 1.5 s
-    const long before = wakeUps();
-    std::this_thread::sleep_for(1400ms);  // the next is after 3.1 s
-    // The one that asks; on a busy machine, one for each mutex that the asking thread has not left yet.
-    EXPECT_LE(wakeUps() - before, 4);
+    constexpr long theOneThatAsks = 1;
+    long fewest = std::numeric_limits<long>::max();
+    for (int round = 0; round < mostRounds && fewest > theOneThatAsks; ++round) {
+        test::TemporaryFolder folder;
+        const auto connection = connect(busAddressOfPath((folder.path() / "bus").string()));
+        const auto wakeUps = [&] {
+            std::atomic<long> count = -1;
+            connection->post([&](BusConnection&) {
+                rusage use{};
+                getrusage(RUSAGE_THREAD, &use);
+                count = use.ru_nvcsw;
+            });
+            EXPECT_TRUE(waitUntil([&] { return count >= 0; }));
+            return count.load();
+        };
+        std::this_thread::sleep_for(1600ms);  // tries after 0.1, 0.3, 0.7 and 1.5 s
+        const long before = wakeUps();
+        std::this_thread::sleep_for(1400ms);  // the next is after 3.1 s
+        fewest = std::min(fewest, wakeUps() - before);
+    }
+    EXPECT_LE(fewest, theOneThatAsks);
 }
 
 TEST(BusAddress, HoldsThePathOfASocket) {
