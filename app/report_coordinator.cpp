@@ -72,7 +72,7 @@ void ReportCoordinator::recompute(const std::optional<DeviceState>& state,
     if (state) process = ProcessAudio::currentSourceFor(state->deviceID, seams_.processAudio);
     const SourceApp app = sourceAppFromBundleID(sourceBundleID(np, process));
     const auto claim = Introspectors::claimFor(app, seams_.introspection);
-    auto report = CauseEngine::evaluate(state, np, process, claim);
+    auto report = CauseEngine::evaluate(state, np, process, claim, seams_.words);
     objectWillChange_.fire();
     report_ = std::move(report);
     objectWillChange_.fire();

@@ -9,6 +9,7 @@
 #include "base/published.h"
 #include "base/run_loop.h"
 #include "core/report.h"
+#include "core/system_words.h"
 #include "source/introspection.h"
 #include "source/now_playing_monitor.h"
 
@@ -20,6 +21,7 @@ struct ReportCoordinatorSeams {
     const Clock& clock;
     ProcessAudioSeams processAudio;
     IntrospectionSeams introspection;
+    SystemWords words = {};
 };
 
 /// Where the inputs meet the cause engine: whenever the device's state or what plays is published and 80 ms

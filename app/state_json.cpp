@@ -13,6 +13,54 @@ JsonValue::Object formatObject(const AudioFormat& format) {
             {"sampleRate", format.sampleRate}};
 }
 
+JsonValue::Array textList(const std::vector<std::string>& texts) {
+    return {texts.begin(), texts.end()};
+}
+
+JsonValue::Object alterationObject(const Alteration& alteration) {
+    using Object = JsonValue::Object;
+    return std::visit(
+        Overloaded{
+            [](const alteration::StreamVolume& stream) -> Object {
+                return {
+                    {"application", stream.application}, {"kind", "streamVolume"}, {"volume", stream.volume}};
+            },
+            [](const alteration::StreamMute& stream) -> Object {
+                return {{"application", stream.application}, {"kind", "streamMute"}};
+            },
+            [](const alteration::Channels& channels) -> Object {
+                return {{"application", channels.application},
+                        {"from", channels.from},
+                        {"kind", "channels"},
+                        {"to", channels.to}};
+            },
+            [](const alteration::Filter& filter) -> Object {
+                return {{"kind", "filter"}, {"name", filter.name}};
+            },
+            [](const alteration::Mixed& mixed) -> Object {
+                return {{"applications", textList(mixed.applications)}, {"kind", "mixed"}};
+            },
+            [](const alteration::DeviceVolume& device) -> Object {
+                return {{"device", device.device}, {"kind", "deviceVolume"}, {"volume", device.volume}};
+            },
+            [](const alteration::DeviceMute& device) -> Object {
+                return {{"device", device.device}, {"kind", "deviceMute"}};
+            },
+            [](const alteration::Clock& clock) -> Object {
+                return {{"device", clock.device}, {"kind", "clock"}, {"leader", clock.leader}};
+            },
+            [](const alteration::Dither& dither) -> Object {
+                return {{"device", dither.device}, {"kind", "dither"}};
+            },
+            [](const alteration::Elsewhere& elsewhere) -> Object {
+                return {{"application", elsewhere.application},
+                        {"device", elsewhere.device},
+                        {"kind", "elsewhere"}};
+            },
+        },
+        alteration);
+}
+
 }  // namespace
 
 JsonValue formatJson(const std::optional<AudioFormat>& format) {
@@ -33,6 +81,7 @@ std::string_view verdictName(const Verdict& verdict) {
                           [](const verdict::BitPerfect&) { return "bitPerfect"; },
                           [](const verdict::Resampling&) { return "resampling"; },
                           [](const verdict::Unknown&) { return "unknown"; },
+                          [](const verdict::Altered&) { return "altered"; },
                       },
                       verdict);
 }
@@ -43,8 +92,15 @@ std::string_view verdictHeadline(const Verdict& verdict) {
                           [](const verdict::BitPerfect&) { return "Bit-perfect"; },
                           [](const verdict::Resampling&) { return "Resampling"; },
                           [](const verdict::Unknown&) { return "No device"; },
+                          [](const verdict::Altered&) { return "Altered"; },
                       },
                       verdict);
+}
+
+JsonValue alterationsJson(const MixerWork& work) {
+    JsonValue::Array list;
+    for (const Alteration& alteration : work.alterations) list.emplace_back(alterationObject(alteration));
+    return list;
 }
 
 }  // namespace purlock

@@ -16,10 +16,13 @@ JsonValue formatJson(const std::optional<AudioFormat>& format);
 /// The same with "bitsPerSecond".
 JsonValue formatJsonWithBitRate(const std::optional<AudioFormat>& format);
 
-/// "idle", "bitPerfect", "resampling", "unknown".
+/// "idle", "bitPerfect", "resampling", "unknown", "altered".
 std::string_view verdictName(const Verdict& verdict);
 
-/// The words that the user reads: "Idle", "Bit-perfect", "Resampling", "No device".
+/// The words that the user reads: "Idle", "Bit-perfect", "Resampling", "No device", "Altered".
 std::string_view verdictHeadline(const Verdict& verdict);
+
+/// A list of objects, each with the "kind" of an alteration and its details.
+JsonValue alterationsJson(const MixerWork& work);
 
 }  // namespace purlock

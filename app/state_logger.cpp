@@ -17,13 +17,15 @@ std::string formatSignature(const std::optional<AudioFormat>& format) {
 }
 
 JsonValue recordOf(const DeviceState& state, WallTime time) {
-    return JsonValue::Object{{"device", state.name},
+    JsonValue::Object record{{"device", state.name},
                              {"isRunning", state.isRunning},
                              {"physical", formatJson(state.physicalFormat)},
                              {"timestamp", iso8601Text(time)},
                              {"uid", state.uid},
                              {"verdict", verdictName(deviceVerdict(state))},
                              {"virtual", formatJson(state.virtualFormat)}};
+    if (state.mixerWork) record.insert({"alterations", alterationsJson(*state.mixerWork)});
+    return record;
 }
 
 void appendLine(ApplicationFiles& files, const std::filesystem::path& file, const JsonValue& record) {
@@ -48,8 +50,12 @@ StateLogger::StateLogger(ApplicationFiles& files, SerialQueueFactory& queues, co
       logURL_(purlockFolder(files) / "log.jsonl") {}
 
 std::string StateLogger::signature(const DeviceState& state) {
-    return joined({state.uid, "|", state.isRunning ? "true" : "false", "|",
-                   formatSignature(state.virtualFormat), "|", formatSignature(state.physicalFormat)});
+    std::string text =
+        joined({state.uid, "|", state.isRunning ? "true" : "false", "|", formatSignature(state.virtualFormat),
+                "|", formatSignature(state.physicalFormat)});
+    if (!state.mixerWork) return text;
+    const auto alterations = jsonText(alterationsJson(*state.mixerWork), JsonLayout::compact);
+    return joined({text, "|", alterations.value_or("-")});
 }
 
 void StateLogger::record(const DeviceState& state) {

@@ -25,6 +25,7 @@ std::optional<AudioFormat> judgedFormat(const Verdict& verdict) {
             [](const verdict::BitPerfect& perfect) { return std::optional(perfect.format); },
             [](const verdict::Resampling& resampling) { return std::optional(resampling.physicalFormat); },
             [](const verdict::Unknown&) { return std::optional<AudioFormat>(); },
+            [](const verdict::Altered& altered) { return std::optional(altered.format); },
         },
         verdict);
 }
@@ -44,11 +45,14 @@ JsonValue noDeviceJson() {
 }
 
 JsonValue snapshotOf(const std::optional<DeviceState>& state, WallTime time) {
-    return JsonValue::Object{{"device", state ? deviceJson(*state) : JsonValue()},
-                             {"physical", state ? formatJsonWithBitRate(state->physicalFormat) : JsonValue()},
-                             {"timestamp", iso8601Text(time)},
-                             {"verdict", state ? verdictJson(*state) : noDeviceJson()},
-                             {"virtual", state ? formatJsonWithBitRate(state->virtualFormat) : JsonValue()}};
+    JsonValue::Object snapshot{
+        {"device", state ? deviceJson(*state) : JsonValue()},
+        {"physical", state ? formatJsonWithBitRate(state->physicalFormat) : JsonValue()},
+        {"timestamp", iso8601Text(time)},
+        {"verdict", state ? verdictJson(*state) : noDeviceJson()},
+        {"virtual", state ? formatJsonWithBitRate(state->virtualFormat) : JsonValue()}};
+    if (state && state->mixerWork) snapshot.insert({"alterations", alterationsJson(*state->mixerWork)});
+    return snapshot;
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "base/four_char_code.h"
 #include "base/serial_queue.h"
+#include "core/mixer_work.h"
 
 namespace purlock {
 
@@ -47,17 +48,14 @@ struct StreamDescription {
 };
 static_assert(sizeof(StreamDescription) == 40);
 
-/// The audio hardware layer: objects with properties that can be read and watched, as CoreAudio's HAL has
-/// them.
-///
-/// Owned by the host, which outlives its users. Every call may come from any thread, answers at once, and
+/// The properties of the hardware layer's objects. Every call may come from any thread, answers at once, and
 /// fails with a status when the object has vanished.
-class AudioHardware {
+class AudioProperties {
   public:
-    AudioHardware() = default;
-    virtual ~AudioHardware() = default;
-    AudioHardware(const AudioHardware&) = delete;
-    AudioHardware& operator=(const AudioHardware&) = delete;
+    AudioProperties() = default;
+    virtual ~AudioProperties() = default;
+    AudioProperties(const AudioProperties&) = delete;
+    AudioProperties& operator=(const AudioProperties&) = delete;
 
     /// The size in bytes that the property's value has now.
     virtual HardwareStatus getPropertyDataSize(AudioObjectID object, const PropertyAddress& address,
@@ -72,6 +70,18 @@ class AudioHardware {
     virtual HardwareStatus getPropertyText(AudioObjectID object, const PropertyAddress& address,
                                            std::optional<std::string>& text) = 0;
 
+    /// What the mixer does to the samples on their way to a device; absent where the layer cannot know.
+    virtual std::optional<MixerWork> mixerWork(AudioObjectID /*device*/) { return std::nullopt; }
+
+    /// The properties as one reader is to read them from its first read to its last: all of one moment where
+    /// the layer can hold one still, else the layer itself, which must then outlive the reader.
+    virtual std::shared_ptr<AudioProperties> picture() { return {std::shared_ptr<void>(), this}; }
+};
+
+/// The audio hardware layer: objects with properties that can be read and watched, as CoreAudio's HAL has
+/// them. Owned by the host, which outlives its users. Any thread.
+class AudioHardware : public AudioProperties {
+  public:
     /// Has `block` run on `queue` after every change of the property, until the same object, address, queue
     /// and block are removed. The layer keeps the block and the queue until then. A notification that was
     /// under way when the listener was removed may still arrive.

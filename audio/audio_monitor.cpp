@@ -12,16 +12,16 @@ namespace purlock {
 
 namespace {
 
-std::string nameOf(AudioHardware& hardware, AudioObjectID device) {
+std::string nameOf(AudioProperties& hardware, AudioObjectID device) {
     return readText(hardware, device, kAudioObjectPropertyName).value_or("Unknown");
 }
 
-std::string uidOf(AudioHardware& hardware, AudioObjectID device) {
+std::string uidOf(AudioProperties& hardware, AudioObjectID device) {
     return readText(hardware, device, kAudioDevicePropertyDeviceUID).value_or("");
 }
 
 /// Having output streams is the only test of being an output device, whatever else it is.
-bool hasOutputStreams(AudioHardware& hardware, AudioObjectID device) {
+bool hasOutputStreams(AudioProperties& hardware, AudioObjectID device) {
     return readSize(hardware, device, kAudioDevicePropertyStreams, kAudioObjectPropertyScopeOutput)
                .value_or(0) != 0;
 }
@@ -31,7 +31,8 @@ bool hasOutputStreams(AudioHardware& hardware, AudioObjectID device) {
 AudioMonitor::AudioMonitor(const AudioMonitorSeams& seams, std::shared_ptr<DevicePin> settings)
     : seams_(seams),
       queue_(seams.queues.makeSerialQueue(std::string(applicationIdentifier) + ".purlock.audiomonitor")),
-      settings_(std::move(settings)) {}
+      settings_(std::move(settings)),
+      pinnedUID_(settings_->pinnedDeviceUID().value()) {}
 
 AudioMonitor::~AudioMonitor() {
     uninstall(systemListeners_);
@@ -64,7 +65,8 @@ void AudioMonitor::followPin() {
 
 void AudioMonitor::refreshDevices() {
     const std::lock_guard lock(refreshing_);
-    AudioHardware& hardware = seams_.hardware;
+    const auto picture = seams_.hardware.picture();
+    AudioProperties& hardware = *picture;
     const auto objects = readObjects(hardware, kAudioObjectSystemObject, kAudioHardwarePropertyDevices,
                                      kAudioObjectPropertyScopeGlobal);
     if (!objects) return;
@@ -80,13 +82,14 @@ void AudioMonitor::refreshDevices() {
 
 void AudioMonitor::refreshState() {
     const std::lock_guard lock(refreshing_);
-    const AudioObjectID device = chosenDevice();
+    const auto picture = seams_.hardware.picture();
+    const AudioObjectID device = chosenDevice(*picture);
     if (device == 0) {
         // The last device's listeners stay: it may come back under the same id.
         publishState(std::nullopt);
         return;
     }
-    Observation observation = observe(device);
+    Observation observation = observe(*picture, device);
     followDevice(device, observation.stream);
     publishState(std::move(observation.state));
 }
@@ -108,17 +111,16 @@ std::optional<AudioObjectID> AudioMonitor::listedDevice(std::string_view uid) co
 
 /// The pinned device if it is there, else the system's default, else 0. A pinned device that is absent falls
 /// back in silence; the panel tells the user.
-AudioObjectID AudioMonitor::chosenDevice() const {
+AudioObjectID AudioMonitor::chosenDevice(AudioProperties& hardware) const {
     if (pinnedUID_ && !pinnedUID_->empty()) {
         if (const auto pinned = listedDevice(*pinnedUID_)) return *pinned;
     }
     AudioObjectID device = 0;
-    readValue(seams_.hardware, kAudioObjectSystemObject, kAudioHardwarePropertyDefaultOutputDevice, device);
+    readValue(hardware, kAudioObjectSystemObject, kAudioHardwarePropertyDefaultOutputDevice, device);
     return device;
 }
 
-AudioMonitor::Observation AudioMonitor::observe(AudioObjectID device) const {
-    AudioHardware& hardware = seams_.hardware;
+AudioMonitor::Observation AudioMonitor::observe(AudioProperties& hardware, AudioObjectID device) const {
     Observation observed;
     DeviceState& state = observed.state;
     state.deviceID = device;
@@ -137,7 +139,9 @@ AudioMonitor::Observation AudioMonitor::observe(AudioObjectID device) const {
     if (state.transportType == DeviceTransport::bluetooth) {
         state.bluetoothInfo = BluetoothDevices::infoMatchingName(state.name, seams_.bluetooth);
     }
-    if (ProcessAudio::currentSourceFor(device, seams_.processAudio())) state.isRunning = true;
+    if (ProcessAudio::currentSourceFor(device, {hardware, seams_.applications, seams_.operatingSystem}))
+        state.isRunning = true;
+    state.mixerWork = hardware.mixerWork(device);
     return observed;
 }
 

@@ -40,8 +40,6 @@ struct AudioMonitorSeams {
     OperatingSystem& operatingSystem;
     RunLoop& mainLoop;
     SerialQueueFactory& queues;
-
-    ProcessAudioSeams processAudio() const { return {hardware, applications, operatingSystem}; }
 };
 
 /// Watches the audio hardware layer: which output devices there are, and the state of the one that is judged
@@ -70,7 +68,8 @@ class AudioMonitor : public std::enable_shared_from_this<AudioMonitor> {
     /// thread.
     void refreshDevices();
 
-    /// Reads everything about the chosen device in one pass and publishes it, equal or not. Any thread.
+    /// Reads everything about the chosen device in one pass over one picture of the layer and publishes it,
+    /// equal or not. Any thread.
     void refreshState();
 
     /// The first device of the list last read whose UID is exactly `uid`. Any thread.
@@ -103,8 +102,8 @@ class AudioMonitor : public std::enable_shared_from_this<AudioMonitor> {
 
     // All of these with refreshing_ held.
     std::optional<AudioObjectID> listedDevice(std::string_view uid) const;
-    AudioObjectID chosenDevice() const;
-    Observation observe(AudioObjectID device) const;
+    AudioObjectID chosenDevice(AudioProperties& hardware) const;
+    Observation observe(AudioProperties& hardware, AudioObjectID device) const;
     void followDevice(AudioObjectID device, std::optional<AudioObjectID> stream);
     void installListener(AudioObjectID objectID, std::uint32_t selector, std::uint32_t scope,
                          Listeners& store, Action action);

@@ -11,7 +11,7 @@ namespace {
 
 constexpr OperatingSystemVersion firstWithProcessObjects{14, 2, 0};
 
-RawProcess readProcess(AudioHardware& hardware, AudioObjectID object) {
+RawProcess readProcess(AudioProperties& hardware, AudioObjectID object) {
     std::uint32_t pid = 0;
     readValue(hardware, object, kAudioProcessPropertyPID, pid);  // a failed read leaves 0
     auto bundleID = readText(hardware, object, kAudioProcessPropertyBundleID);
@@ -20,7 +20,7 @@ RawProcess readProcess(AudioHardware& hardware, AudioObjectID object) {
             readFlag(hardware, object, kAudioProcessPropertyIsRunningOutput)};
 }
 
-bool outputsTo(AudioHardware& hardware, const RawProcess& process, AudioObjectID device) {
+bool outputsTo(AudioProperties& hardware, const RawProcess& process, AudioObjectID device) {
     const auto devices = readObjects(hardware, process.objectID, kAudioProcessPropertyDevices,
                                      kAudioObjectPropertyScopeOutput);
     return devices && std::ranges::find(*devices, device) != devices->end();
@@ -34,7 +34,7 @@ std::optional<std::string> applicationName(const RawProcess& process, RunningApp
 
 }  // namespace
 
-std::vector<RawProcess> audioProcesses(AudioHardware& hardware) {
+std::vector<RawProcess> audioProcesses(AudioProperties& hardware) {
     const auto objects =
         readObjects(hardware, kAudioObjectSystemObject, kAudioHardwarePropertyProcessObjectList,
                     kAudioObjectPropertyScopeGlobal);
@@ -47,9 +47,10 @@ std::vector<RawProcess> audioProcesses(AudioHardware& hardware) {
 
 std::optional<AudioProcessInfo> currentSourceFor(AudioObjectID device, const ProcessAudioSeams& seams) {
     if (seams.operatingSystem.version() < firstWithProcessObjects) return std::nullopt;
-    const std::vector<RawProcess> processes = audioProcesses(seams.hardware);
+    const auto picture = seams.hardware.picture();
+    const std::vector<RawProcess> processes = audioProcesses(*picture);
     auto source = std::ranges::find_if(processes, [&](const RawProcess& process) {
-        return process.isRunningOutput && outputsTo(seams.hardware, process, device);
+        return process.isRunningOutput && outputsTo(*picture, process, device);
     });
     if (source == processes.end()) source = std::ranges::find_if(processes, &RawProcess::isRunningOutput);
     if (source == processes.end()) return std::nullopt;

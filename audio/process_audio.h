@@ -14,7 +14,7 @@ namespace purlock {
 
 /// What the per-process lookups ask.
 struct ProcessAudioSeams {
-    AudioHardware& hardware;
+    AudioProperties& hardware;
     RunningApplications& applications;
     OperatingSystem& operatingSystem;
 };
@@ -33,7 +33,7 @@ struct RawProcess {
 };
 
 /// Every process object, producing output or not, in the layer's order; empty when they cannot be read.
-std::vector<RawProcess> audioProcesses(AudioHardware& hardware);
+std::vector<RawProcess> audioProcesses(AudioProperties& hardware);
 
 /// The process that is the source of what `device` plays: the first that produces output on it, else the
 /// first that produces output anywhere, for some answer is preferred to none. Absent when none does, and on

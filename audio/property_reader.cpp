@@ -19,7 +19,7 @@ constexpr std::size_t mostObjects = 65536;
 
 }  // namespace
 
-std::optional<std::uint32_t> readSize(AudioHardware& hardware, AudioObjectID object, std::uint32_t selector,
+std::optional<std::uint32_t> readSize(AudioProperties& hardware, AudioObjectID object, std::uint32_t selector,
                                       std::uint32_t scope) {
     std::uint32_t size = 0;
     if (hardware.getPropertyDataSize(object, mainAddress(selector, scope), size) != noErr)
@@ -27,7 +27,7 @@ std::optional<std::uint32_t> readSize(AudioHardware& hardware, AudioObjectID obj
     return size;
 }
 
-std::optional<std::vector<AudioObjectID>> readObjects(AudioHardware& hardware, AudioObjectID object,
+std::optional<std::vector<AudioObjectID>> readObjects(AudioProperties& hardware, AudioObjectID object,
                                                       std::uint32_t selector, std::uint32_t scope) {
     const auto announced = readSize(hardware, object, selector, scope);
     if (!announced) return std::nullopt;
@@ -42,29 +42,29 @@ std::optional<std::vector<AudioObjectID>> readObjects(AudioHardware& hardware, A
     return objects;
 }
 
-std::optional<std::string> readText(AudioHardware& hardware, AudioObjectID object, std::uint32_t selector) {
+std::optional<std::string> readText(AudioProperties& hardware, AudioObjectID object, std::uint32_t selector) {
     std::optional<std::string> text;
     if (hardware.getPropertyText(object, globalAddress(selector), text) != noErr) return std::nullopt;
     return text;
 }
 
-HardwareStatus readValue(AudioHardware& hardware, AudioObjectID object, std::uint32_t selector,
+HardwareStatus readValue(AudioProperties& hardware, AudioObjectID object, std::uint32_t selector,
                          std::uint32_t& value) {
     std::uint32_t size = sizeof value;
     return hardware.getPropertyData(object, globalAddress(selector), size, &value);
 }
 
-bool readFlag(AudioHardware& hardware, AudioObjectID object, std::uint32_t selector) {
+bool readFlag(AudioProperties& hardware, AudioObjectID object, std::uint32_t selector) {
     std::uint32_t value = 0;
     return readValue(hardware, object, selector, value) == noErr && value != 0;
 }
 
-std::vector<AudioObjectID> outputStreams(AudioHardware& hardware, AudioObjectID device) {
+std::vector<AudioObjectID> outputStreams(AudioProperties& hardware, AudioObjectID device) {
     return readObjects(hardware, device, kAudioDevicePropertyStreams, kAudioObjectPropertyScopeOutput)
         .value_or(std::vector<AudioObjectID>{});
 }
 
-std::optional<AudioFormat> streamFormat(AudioHardware& hardware, AudioObjectID stream,
+std::optional<AudioFormat> streamFormat(AudioProperties& hardware, AudioObjectID stream,
                                         std::uint32_t selector) {
     StreamDescription description;
     std::uint32_t size = sizeof description;

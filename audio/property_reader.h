@@ -15,29 +15,29 @@ namespace purlock {
 // as it goes.
 
 /// The size of the value in bytes; absent when the layer refuses.
-std::optional<std::uint32_t> readSize(AudioHardware& hardware, AudioObjectID object, std::uint32_t selector,
+std::optional<std::uint32_t> readSize(AudioProperties& hardware, AudioObjectID object, std::uint32_t selector,
                                       std::uint32_t scope);
 
 /// A list of object ids, in the layer's order; absent when either read fails or the size is beyond all
 /// reason.
-std::optional<std::vector<AudioObjectID>> readObjects(AudioHardware& hardware, AudioObjectID object,
+std::optional<std::vector<AudioObjectID>> readObjects(AudioProperties& hardware, AudioObjectID object,
                                                       std::uint32_t selector, std::uint32_t scope);
 
 /// A text of the global scope; absent when the read fails or there is none.
-std::optional<std::string> readText(AudioHardware& hardware, AudioObjectID object, std::uint32_t selector);
+std::optional<std::string> readText(AudioProperties& hardware, AudioObjectID object, std::uint32_t selector);
 
 /// A 32-bit value of the global scope. `value` keeps what it holds unless the layer writes it.
-HardwareStatus readValue(AudioHardware& hardware, AudioObjectID object, std::uint32_t selector,
+HardwareStatus readValue(AudioProperties& hardware, AudioObjectID object, std::uint32_t selector,
                          std::uint32_t& value);
 
 /// A 32-bit flag of the global scope: true only when the read succeeds and the value is not 0.
-bool readFlag(AudioHardware& hardware, AudioObjectID object, std::uint32_t selector);
+bool readFlag(AudioProperties& hardware, AudioObjectID object, std::uint32_t selector);
 
 /// The device's output streams; empty when they cannot be read.
-std::vector<AudioObjectID> outputStreams(AudioHardware& hardware, AudioObjectID device);
+std::vector<AudioObjectID> outputStreams(AudioProperties& hardware, AudioObjectID device);
 
 /// A stream's format, taken as the layer gives it; absent when the read fails.
-std::optional<AudioFormat> streamFormat(AudioHardware& hardware, AudioObjectID stream,
+std::optional<AudioFormat> streamFormat(AudioProperties& hardware, AudioObjectID stream,
                                         std::uint32_t selector);
 
 }  // namespace purlock

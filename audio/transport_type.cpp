@@ -4,7 +4,7 @@
 
 namespace purlock {
 
-DeviceTransport transportType(AudioHardware& hardware, AudioObjectID device) {
+DeviceTransport transportType(AudioProperties& hardware, AudioObjectID device) {
     std::uint32_t code = 0;
     if (readValue(hardware, device, kAudioDevicePropertyTransportType, code) != noErr)
         return DeviceTransport::unknown;

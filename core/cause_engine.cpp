@@ -128,7 +128,7 @@ void append(std::vector<Diagnostic>& list, std::vector<Diagnostic> more) {
 SignalPathReport evaluate(const std::optional<DeviceState>& deviceState,
                           const std::optional<NowPlayingInfo>& nowPlaying,
                           const std::optional<AudioProcessInfo>& process,
-                          const std::optional<SourceClaim>& sourceClaim) {
+                          const std::optional<SourceClaim>& sourceClaim, const SystemWords& words) {
     const std::optional<AudioFormat> none;
     const auto& virtualFormat = deviceState ? deviceState->virtualFormat : none;
     const auto& physicalFormat = deviceState ? deviceState->physicalFormat : none;
@@ -145,6 +145,7 @@ SignalPathReport evaluate(const std::optional<DeviceState>& deviceState,
     append(report.diagnostics, sourceVsHALDiagnostics(sourceClaim, virtualFormat));
     append(report.diagnostics, halResamplingDiagnostics(virtualFormat, physicalFormat, sourceClaim));
     append(report.diagnostics, transportCapDiagnostics(transport, physicalFormat, sourceClaim));
+    if (deviceState) append(report.diagnostics, alterationDiagnostics(deviceState->mixerWork, words));
 
     report.verdict = deviceVerdict(deviceState);
     return report;

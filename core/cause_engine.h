@@ -9,6 +9,7 @@
 #include "core/playback.h"
 #include "core/report.h"
 #include "core/source_claim.h"
+#include "core/system_words.h"
 
 namespace purlock {
 
@@ -17,12 +18,12 @@ namespace purlock {
 /// fewer findings.
 namespace CauseEngine {
 
-/// Five stages from the source to the device, the findings of the three functions below in their order, the
-/// verdict.
+/// Five stages from the source to the device, the findings of the four functions below in their order, the
+/// verdict. `words` speak of the system.
 SignalPathReport evaluate(const std::optional<DeviceState>& deviceState,
                           const std::optional<NowPlayingInfo>& nowPlaying,
                           const std::optional<AudioProcessInfo>& process,
-                          const std::optional<SourceClaim>& sourceClaim);
+                          const std::optional<SourceClaim>& sourceClaim, const SystemWords& words = {});
 
 /// "44.1 kHz", and "999 Hz" below 1000.
 std::string formatRate(double rate);
@@ -45,6 +46,11 @@ std::vector<Diagnostic> halResamplingDiagnostics(const std::optional<AudioFormat
 std::vector<Diagnostic> transportCapDiagnostics(DeviceTransport transport,
                                                 const std::optional<AudioFormat>& physicalFormat,
                                                 const std::optional<SourceClaim>& source);
+
+/// What else the mixer does to the samples: one finding for each alteration, in their order; none where the
+/// host cannot know.
+std::vector<Diagnostic> alterationDiagnostics(const std::optional<MixerWork>& work,
+                                              const SystemWords& words = {});
 
 }  // namespace CauseEngine
 

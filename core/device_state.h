@@ -7,6 +7,7 @@
 
 #include "core/audio_format.h"
 #include "core/device_transport.h"
+#include "core/mixer_work.h"
 
 namespace purlock {
 
@@ -46,6 +47,9 @@ struct DeviceState {
     DeviceTransport transportType = DeviceTransport::unknown;
     std::optional<USBDeviceInfo> usbInfo;
     std::optional<BluetoothDeviceInfo> bluetoothInfo;
+
+    /// What the mixer does to the samples besides converting them; absent on a host that cannot know.
+    std::optional<MixerWork> mixerWork;
 
     bool operator==(const DeviceState&) const = default;
 };

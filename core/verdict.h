@@ -35,11 +35,20 @@ struct Unknown {
     bool operator==(const Unknown&) const = default;
 };
 
+/// The device is running and its two formats match, but the mixer is known to change the samples in another
+/// way; `format` is the virtual one.
+struct Altered {
+    AudioFormat format;
+    bool operator==(const Altered&) const = default;
+};
+
 }  // namespace verdict
 
-using Verdict = std::variant<verdict::Idle, verdict::BitPerfect, verdict::Resampling, verdict::Unknown>;
+using Verdict =
+    std::variant<verdict::Idle, verdict::BitPerfect, verdict::Resampling, verdict::Unknown, verdict::Altered>;
 
-/// What the device alone says, whatever plays: channel count, flags and format identifier do not count. The
+/// What the device alone says, whatever plays: channel count, flags and format identifier do not count, and
+/// what else the mixer does counts where the host knows it. The
 /// status icon, the log and the snapshot show this one; the report's verdict is the same rule.
 Verdict deviceVerdict(const std::optional<DeviceState>& state);
 

@@ -178,6 +178,11 @@ std::string verdictDetail(const Verdict& verdict) {
                                      resampling.physicalFormat.summary() + ". See findings below.";
                           },
                           [](const verdict::Unknown&) { return std::string("No output device detected."); },
+                          [](const verdict::Altered&) {
+                              return std::string(
+                                  "The mixer changes the samples on their way to the device. "
+                                  "See findings below.");
+                          },
                       },
                       verdict);
 }

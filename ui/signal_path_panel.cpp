@@ -203,6 +203,7 @@ View VerdictBadge::body() const {
                                        [](const verdict::BitPerfect&) { return accentGreen; },
                                        [](const verdict::Resampling&) { return accentAmber; },
                                        [](const verdict::Unknown&) { return gray(0.5); },
+                                       [](const verdict::Altered&) { return accentAmber; },
                                    },
                                    verdict);
     return row(defaultSpacing, {disc(10, color), line(std::string(verdictHeadline(verdict)),

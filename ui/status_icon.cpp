@@ -28,6 +28,9 @@ Icon icon(const Verdict& verdict) {
                           [](const verdict::Unknown&) {
                               return Icon{"questionmark.circle", true};
                           },
+                          [](const verdict::Altered&) {
+                              return Icon{"slider.horizontal.3", false};
+                          },
                       },
                       verdict);
 }

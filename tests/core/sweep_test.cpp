@@ -161,6 +161,7 @@ std::string text(const Verdict& verdict) {
                                      v.physicalFormat.summary();
                           },
                           [](const verdict::Unknown&) { return std::string("unknown"); },
+                          [](const verdict::Altered& altered) { return "altered " + altered.format.summary(); },
                       },
                       verdict);
 }

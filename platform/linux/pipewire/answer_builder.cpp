@@ -8,7 +8,10 @@
 #include <vector>
 
 #include "base/text.h"
+#include "platform/linux/pipewire/alterations.h"
+#include "platform/linux/pipewire/node_names.h"
 #include "platform/linux/pipewire/routes.h"
+#include "platform/linux/pipewire/sound_path.h"
 #include "platform/linux/pipewire/transport_rule.h"
 
 namespace purlock::host_linux {
@@ -29,11 +32,6 @@ const PcmView* pcmOf(const NodeRecord& node, const HardwareSight& hardware) {
     return found == hardware.pcms.end() ? nullptr : &found->second;
 }
 
-std::string nameOf(const NodeProperties& node) {
-    if (!node.description.empty()) return node.description;
-    return node.nick.empty() ? node.name : node.nick;
-}
-
 /// The part of a USB card's long name that the device itself wrote: "<vendor> <product>".
 std::string_view describedByDevice(std::string_view longName) {
     const auto end = longName.find(" at usb-");
@@ -49,25 +47,33 @@ std::string uidOf(const NodeProperties& node, std::uint32_t transport, const Dev
     return joined({node.name, ":", device->vendorName, ":", hidesProduct ? described : device->productName});
 }
 
-/// A process while the answers are made: its streams, by what is asked of them.
-struct Process {
-    struct Stream {
-        bool isRunning = false;
-        std::optional<double> rate;
-        std::vector<std::uint64_t> sinks;  // serials
+/// A running stream on its way to one end of its sound.
+struct Playing {
+    std::uint64_t stream = 0;
+    Routes::Path serials;
+    PlayingPath path;
 
-        bool reaches(std::uint64_t sink) const {
-            return std::find(sinks.begin(), sinks.end(), sink) != sinks.end();
-        }
-    };
-    ProcessAnswers answers;
-    std::vector<Stream> streams;
-
-    bool reaches(std::uint64_t sink) const {
-        return std::any_of(streams.begin(), streams.end(),
-                           [sink](const Stream& each) { return each.reaches(sink); });
+    bool passes(std::uint64_t node) const {
+        return std::find(serials.begin() + 1, serials.end(), node) != serials.end();
     }
 };
+
+/// The formats of a device's stream, and the alterations between the applications and its hardware.
+struct Judgement {
+    std::optional<SoundFormat> physical;
+    std::optional<StreamDescription> virtualFormat;
+    MixerWork work;
+};
+
+void addOnce(std::vector<Alteration>& list, std::vector<Alteration> more) {
+    for (Alteration& each : more) {
+        if (std::find(list.begin(), list.end(), each) == list.end()) list.push_back(std::move(each));
+    }
+}
+
+bool areEqual(const SoundFormat& left, const SoundFormat& right) {
+    return left.sampleRate == right.sampleRate && left.layout.bits == right.layout.bits;
+}
 
 class AnswerBuilder {
   public:
@@ -83,9 +89,7 @@ class AnswerBuilder {
             if (isDevice(node.properties.role) && !node.isArriving)
                 devices.push_back(deviceAnswers(serial, node));
         }
-        std::vector<ProcessAnswers> processes;
-        for (Process& process : processes_) processes.push_back(std::move(process.answers));
-        Answers answers(std::move(devices), defaultOutput(), std::move(processes));
+        Answers answers(std::move(devices), defaultOutput(), std::move(processes_));
         ids_.sweep();
         return answers;
     }
@@ -111,25 +115,29 @@ class AnswerBuilder {
     }
 
     void addClient(const ClientRecord& client, const std::vector<std::uint64_t>& streams) {
-        Process process;
-        process.answers.id = ids_.idFor({ObjectKind::process, connection_, client.serial});
+        ProcessAnswers process;
+        process.id = ids_.idFor({ObjectKind::process, connection_, client.serial});
         const auto& first = graph_.nodes.at(streams.front()).properties;
         const ClientIdentity& identity = identities_.identityOf(client, first);
-        process.answers.processIdentifier = identity.processIdentifier;
-        process.answers.bundleID = identity.bundleID;
+        process.processIdentifier = identity.processIdentifier;
+        process.bundleID = identity.bundleID;
         for (const std::uint64_t serial : streams) addStream(process, serial);
         processes_.push_back(std::move(process));
     }
 
-    void addStream(Process& process, std::uint64_t serial) {
+    /// A stream that reaches no sink is not heard: it does not play.
+    void addStream(ProcessAnswers& process, std::uint64_t serial) {
         const NodeRecord& node = graph_.nodes.at(serial);
-        Process::Stream stream;
-        stream.isRunning = node.state == NodeState::running;
-        if (node.format && node.format->sampleRate > 0) stream.rate = node.format->sampleRate;
-        stream.sinks = routes_.sinksFrom(serial);
-        if (stream.isRunning) process.answers.isRunningOutput = 1;
-        for (const std::uint64_t sink : stream.sinks) addDevice(process.answers, deviceID(sink));
-        process.streams.push_back(std::move(stream));
+        const std::vector<std::uint64_t> sinks = routes_.sinksFrom(serial);
+        for (const std::uint64_t sink : sinks) addDevice(process, deviceID(sink));
+        if (node.state != NodeState::running || sinks.empty()) return;
+        process.isRunningOutput = 1;
+        const std::string application = applicationNameOf(node.properties, graph_);
+        for (Routes::Path& serials : routes_.pathsFrom(serial)) {
+            PlayingPath path{{}, application};
+            for (const std::uint64_t each : serials) path.nodes.push_back(&graph_.nodes.at(each));
+            playing_.push_back({serial, std::move(serials), std::move(path)});
+        }
     }
 
     static void addDevice(ProcessAnswers& process, AudioObjectID device) {
@@ -140,30 +148,23 @@ class AnswerBuilder {
     void addHardwareOwners() {
         for (const auto& [serial, node] : graph_.nodes) {
             const PcmView* const pcm = pcmOf(node, hardware_);
-            if (pcm == nullptr || !isTakenByAnother(*pcm)) continue;
-            Process process;
-            const std::int32_t owner = pcm->owner->processIdentifier;
-            process.answers.id =
-                ids_.idFor({ObjectKind::hardwareOwner, connection_, static_cast<std::uint64_t>(owner)});
-            process.answers.processIdentifier = owner;
-            process.answers.bundleID = identities_.bundleIDOfProcess(owner);
-            process.answers.isRunningOutput = 1;
-            process.answers.devices = {deviceID(serial)};
-            Process::Stream stream{true, std::nullopt, {serial}};
-            if (pcm->parameters) stream.rate = pcm->parameters->sampleRate;
-            process.streams.push_back(std::move(stream));
-            addOwner(std::move(process));
+            if (pcm != nullptr && isTakenByAnother(*pcm)) addOwner(*pcm->owner, deviceID(serial));
         }
     }
 
     /// One object for an owner, however many PCMs it has open.
-    void addOwner(Process process) {
-        for (Process& each : processes_) {
-            if (each.answers.id != process.answers.id) continue;
-            addDevice(each.answers, process.answers.devices.front());
-            each.streams.push_back(std::move(process.streams.front()));
-            return;
+    void addOwner(const PcmOwner& owner, AudioObjectID device) {
+        const AudioObjectID id = ids_.idFor(
+            {ObjectKind::hardwareOwner, connection_, static_cast<std::uint64_t>(owner.processIdentifier)});
+        for (ProcessAnswers& each : processes_) {
+            if (each.id == id) return addDevice(each, device);
         }
+        ProcessAnswers process;
+        process.id = id;
+        process.processIdentifier = owner.processIdentifier;
+        process.bundleID = identities_.bundleIDOfProcess(owner.processIdentifier);
+        process.isRunningOutput = 1;
+        process.devices = {device};
         processes_.push_back(std::move(process));
     }
 
@@ -185,54 +186,144 @@ class AnswerBuilder {
         answers.name = nameOf(properties);
         answers.transport = transportType(properties, facts);
         answers.uid = uidOf(properties, answers.transport, facts.device);
-        answers.isRunning = isRunning(node) ? 1 : 0;
         if (!hasOutput(properties.role)) return answers;
+        answers.isRunning = isRunning(serial, node) ? 1 : 0;
         answers.streams = {ids_.idFor({ObjectKind::stream, connection_, serial})};
-        if (auto physical = physicalFormat(node)) {
-            if (physical->sampleRate == 0) physical->sampleRate = clockRate(node, playingRate(serial));
-            answers.physicalFormat = streamDescription(*physical);
-            answers.virtualFormat = virtualFormat(serial, node, *physical);
-        }
+        Judgement judgement = judge(serial, node);
+        if (judgement.physical) answers.physicalFormat = streamDescription(*judgement.physical);
+        answers.virtualFormat = judgement.virtualFormat;
+        answers.mixerWork = std::move(judgement.work);
         return answers;
     }
 
-    bool isRunning(const NodeRecord& node) const {
-        if (node.state == NodeState::running) return true;
+    bool isPlayedTo(std::uint64_t sink) const {
+        return std::any_of(playing_.begin(), playing_.end(),
+                           [sink](const Playing& each) { return each.passes(sink); });
+    }
+
+    /// Recorders, level meters and filters keep a node running too, but they play nothing.
+    bool isRunning(std::uint64_t serial, const NodeRecord& node) const {
+        if (node.state == NodeState::running && isPlayedTo(serial)) return true;
         const PcmView* const pcm = pcmOf(node, hardware_);
-        return pcm != nullptr &&
+        return pcm != nullptr && isTakenByAnother(*pcm) &&
                (pcm->status.state == PcmState::running || pcm->status.state == PcmState::draining);
     }
 
-    std::optional<SoundFormat> physicalFormat(const NodeRecord& node) const {
+    // Formats
+
+    std::optional<SoundFormat> physicalFormat(std::uint64_t serial) const {
+        const NodeRecord& node = graph_.nodes.at(serial);
         const PcmView* const pcm = pcmOf(node, hardware_);
         const bool isPassedThrough = node.format && node.format->kind == SoundKind::encoded;
         // What is passed through has the shape of PCM to the hardware; the server knows what it is.
         if (pcm != nullptr && pcm->parameters && !isPassedThrough)
             return soundFormatFromHardware(*pcm->parameters);
-        return node.format ? node.format : node.preferred;
+        auto format = node.format ? node.format : node.lastFormat ? node.lastFormat : node.preferred;
+        if (format && format->sampleRate == 0) format->sampleRate = clockRate(serial);
+        return format;
     }
 
-    StreamDescription virtualFormat(std::uint64_t serial, const NodeRecord& node,
-                                    const SoundFormat& physical) const {
+    Judgement judge(std::uint64_t serial, const NodeRecord& node) const {
         const PcmView* const pcm = pcmOf(node, hardware_);
-        const bool isFedUnchanged =
-            physical.kind != SoundKind::pcm || (pcm != nullptr && isTakenByAnother(*pcm));
-        if (isFedUnchanged) return streamDescription(physical);
-        return mixerDescription(virtualRate(serial, node, physical.sampleRate), physical.channels);
+        if (pcm != nullptr && isTakenByAnother(*pcm)) return judgeTaken(serial, *pcm);
+        Judgement judgement = judgeConverted(serial);
+        if (!judgement.physical) judgement = judgeIdle(serial, node);
+        if (!judgement.virtualFormat && judgement.physical)
+            judgement.virtualFormat = streamDescription(*judgement.physical);
+        judgement.work = mixerWork(serial, node);
+        return judgement;
     }
 
-    /// The rate on the near side of the conversion that is nearest to the device.
-    double virtualRate(std::uint64_t serial, const NodeRecord& node, double deviceRate) const {
-        const auto playing = playingRate(serial);
-        const double clock = clockRate(node, playing);
-        return clock != deviceRate ? clock : playing.value_or(clock);
+    /// What another sound server does to the samples of its clients, it tells nobody here.
+    Judgement judgeTaken(std::uint64_t serial, const PcmView& pcm) const {
+        Judgement judgement;
+        judgement.physical = physicalFormat(serial);
+        if (judgement.physical && !isSoundServer(*pcm.owner))
+            judgement.virtualFormat = streamDescription(*judgement.physical);
+        return judgement;
     }
 
-    double clockRate(const NodeRecord& node, std::optional<double> playing) const {
+    /// The hardware at the end of the first path on which something is lost; nothing when no path loses.
+    Judgement judgeConverted(std::uint64_t serial) const {
+        Judgement judgement;
+        for (const Playing& each : playing_) {
+            if (!each.passes(serial)) continue;
+            const std::uint64_t end = each.serials.back();
+            const auto physical = physicalFormat(end);
+            if (!physical || isFedUnchanged(*physical)) continue;
+            const PathLoss loss = lossOnPath(each.path.nodes, *physical, clockRate(end));
+            if (!loss.isAny()) continue;
+            SoundFormat near = *physical;
+            if (loss.layout) {
+                near.kind = SoundKind::pcm;
+                near.layout = *loss.layout;
+            }
+            near.sampleRate = loss.rate.value_or(physical->sampleRate);
+            judgement.physical = physical;
+            judgement.virtualFormat = streamDescription(near);
+            break;
+        }
+        return judgement;
+    }
+
+    /// Of several devices behind a sink, the first that runs otherwise than the sink itself.
+    Judgement judgeIdle(std::uint64_t serial, const NodeRecord& node) const {
+        const auto ends = routes_.endsOf(serial);
+        Judgement judgement;
+        judgement.physical = physicalFormat(ends.front());
+        if (!node.format) return judgement;
+        for (const std::uint64_t end : ends) {
+            const auto physical = physicalFormat(end);
+            if (!physical || areEqual(*physical, *node.format)) continue;
+            judgement.physical = physical;
+            break;
+        }
+        return judgement;
+    }
+
+    static bool isFedUnchanged(const SoundFormat& physical) {
+        return physical.kind == SoundKind::encoded || physical.kind == SoundKind::dsd;
+    }
+
+    // Alterations
+
+    MixerWork mixerWork(std::uint64_t serial, const NodeRecord& node) const {
+        const auto first = std::find_if(playing_.begin(), playing_.end(),
+                                        [serial](const Playing& each) { return each.passes(serial); });
+        MixerWork work;
+        if (first == playing_.end()) {
+            addElsewhere(work, node);
+            return work;
+        }
+        std::vector<PlayingPath> others;
+        for (const Playing& each : playing_) {
+            if (each.stream != first->stream) others.push_back(each.path);
+        }
+        for (const Playing& each : playing_) {
+            if (each.stream != first->stream || !each.passes(serial)) continue;
+            const auto physical = physicalFormat(each.serials.back());
+            if (physical && isFedUnchanged(*physical)) continue;
+            addOnce(work.alterations, alterationsOnPath(each.path, others, graph_));
+        }
+        return work;
+    }
+
+    void addElsewhere(MixerWork& work, const NodeRecord& node) const {
+        if (playing_.empty()) return;
+        const Playing& other = playing_.front();
+        work.alterations.push_back(alteration::Elsewhere{
+            other.path.application, nameOf(other.path.nodes.back()->properties), nameOf(node.properties)});
+    }
+
+    // Clocks
+
+    double clockRate(std::uint64_t serial) const {
+        const NodeRecord& node = graph_.nodes.at(serial);
         const ServerSettings& settings = graph_.settings;
         const bool runs = node.state == NodeState::running;
         // A clock that stands still does not follow a rate that is forced meanwhile.
         if (node.clockRate && (runs || settings.forcedRate == 0)) return *node.clockRate;
+        const auto playing = playingRate(serial);
         if (settings.forcedRate != 0 || !playing || !runs) return settings.defaultRate();
         const auto& allowed = settings.allowedRates;
         const bool follows =
@@ -240,28 +331,13 @@ class AnswerBuilder {
         return follows ? *playing : settings.defaultRate();
     }
 
-    /// The process that counts as a device's source: the first that plays and has the device among its own,
-    /// else the first that plays at all.
-    const Process* sourceOf(std::uint64_t sink) const {
-        const Process* anyPlaying = nullptr;
-        for (const Process& process : processes_) {
-            if (process.answers.isRunningOutput == 0) continue;
-            if (process.reaches(sink)) return &process;
-            if (anyPlaying == nullptr) anyPlaying = &process;
-        }
-        return anyPlaying;
-    }
-
+    /// The rate of the first stream that plays to a sink.
     std::optional<double> playingRate(std::uint64_t sink) const {
-        const Process* const source = sourceOf(sink);
-        if (source == nullptr) return std::nullopt;
-        const Process::Stream* anyPlaying = nullptr;
-        for (const Process::Stream& stream : source->streams) {
-            if (!stream.isRunning) continue;
-            if (stream.reaches(sink)) return stream.rate;
-            if (anyPlaying == nullptr) anyPlaying = &stream;
+        for (const Playing& each : playing_) {
+            const auto& format = each.path.nodes.front()->format;
+            if (each.passes(sink) && format && format->sampleRate > 0) return format->sampleRate;
         }
-        return anyPlaying == nullptr ? std::nullopt : anyPlaying->rate;
+        return std::nullopt;
     }
 
     AudioObjectID defaultOutput() {
@@ -283,7 +359,8 @@ class AnswerBuilder {
     ClientIdentities& identities_;
     ObjectIDs& ids_;
     const Routes routes_{graph_};
-    std::vector<Process> processes_;
+    std::vector<ProcessAnswers> processes_;
+    std::vector<Playing> playing_;  // in the order of the processes
 };
 
 }  // namespace
@@ -293,6 +370,13 @@ bool isTakenByAnother(const PcmView& pcm) {
     if (!pcm.owner || pcm.status.state == PcmState::closed) return false;
     return std::none_of(server.begin(), server.end(),
                         [&pcm](std::string_view command) { return pcm.owner->command == command; });
+}
+
+bool isSoundServer(const PcmOwner& owner) {
+    constexpr std::array servers = {"pulseaudio", "jackd", "jackdbus", "roard",  "esd",
+                                    "arts",       "artsd", "nasd",     "sndiod", "cras"};
+    return std::any_of(servers.begin(), servers.end(),
+                       [&owner](std::string_view command) { return owner.command == command; });
 }
 
 Answers buildAnswers(const AudioGraph& graph, const HardwareSight& hardware, std::uint64_t connection,

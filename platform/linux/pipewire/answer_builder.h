@@ -29,4 +29,7 @@ Answers buildAnswers(const AudioGraph& graph, const HardwareSight& hardware, std
 /// Whether a PCM is open in a process that is not part of the audio server.
 bool isTakenByAnother(const PcmView& pcm);
 
+/// Whether a program is a sound server, which mixes and converts for others.
+bool isSoundServer(const PcmOwner& owner);
+
 }  // namespace purlock::host_linux

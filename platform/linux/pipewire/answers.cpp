@@ -155,6 +155,12 @@ Answers::Text Answers::text(AudioObjectID object, const PropertyAddress& address
     return {kAudioHardwareUnknownPropertyError, nullptr};
 }
 
+std::optional<MixerWork> Answers::mixerWork(AudioObjectID device) const {
+    const Place place = find(device);
+    if (place.kind != Kind::device) return std::nullopt;
+    return devices_[place.index].mixerWork;
+}
+
 void Answers::addChanges(std::vector<Change>& changes, const Answers& before, AudioObjectID object,
                          std::span<const std::uint32_t> selectors) const {
     if (!before.holds(object)) return;
@@ -174,8 +180,14 @@ std::vector<Answers::Change> Answers::changesSince(const Answers& before) const 
     addChanges(changes, before, kAudioObjectSystemObject, systemSelectors);
     for (const DeviceAnswers& device : devices_) {
         addChanges(changes, before, device.id, deviceSelectors);
-        for (const AudioObjectID stream : device.streams)
+        for (const AudioObjectID stream : device.streams) {
+            const Change virtualFormat{stream, kAudioStreamPropertyVirtualFormat};
             addChanges(changes, before, stream, streamSelectors);
+            // The mixer's work has no property of its own: it tells how the virtual format is treated.
+            if (before.holds(stream) && mixerWork(device.id) != before.mixerWork(device.id) &&
+                std::find(changes.begin(), changes.end(), virtualFormat) == changes.end())
+                changes.push_back(virtualFormat);
+        }
     }
     for (const ProcessAnswers& process : processes_)
         addChanges(changes, before, process.id, processSelectors);

@@ -22,6 +22,7 @@ struct DeviceAnswers {
     std::uint32_t isRunning = 0;
     std::optional<StreamDescription> virtualFormat;
     std::optional<StreamDescription> physicalFormat;
+    MixerWork mixerWork;
 };
 
 struct ProcessAnswers {
@@ -52,6 +53,9 @@ class Answers {
         const std::string* text = nullptr;  // null for a null reference
     };
     Text text(AudioObjectID object, const PropertyAddress& address) const;
+
+    /// Absent when there is no such device.
+    std::optional<MixerWork> mixerWork(AudioObjectID device) const;
 
     bool holds(AudioObjectID object) const { return find(object).kind != Kind::none; }
 

@@ -11,7 +11,8 @@
 
 namespace purlock::host_linux {
 
-/// One node, bound: its state, its dictionary, the format that it runs with and those that it offers.
+/// One node, bound: its state, its dictionary, the format that it runs with, those that it offers, and what
+/// its converter does.
 ///
 /// A parameter has no event for its disappearance: the node tells that it has changed, and it is then listed
 /// anew. The old value stays until the new list is whole.
@@ -25,7 +26,7 @@ class BoundObjects::Node {
     /// The default rate may have changed, and with it what the node would be opened with.
     void choosePreferred();
 
-    /// Whether the rate is news.
+    /// Whether the rate, or whose clock it is, is news.
     bool sawClock(const GraphClock& clock);
 
     std::uint64_t serial() const { return serial_; }
@@ -45,8 +46,9 @@ class BoundObjects::Node {
 
     void informed(const pw_node_info& info);
     void told(int sequence, std::uint32_t id, const spa_pod* pod);
-    void list(Parameter& parameter, std::uint32_t flags);
-    void chooseFormat();
+    bool list(Parameter& parameter, std::uint32_t flags);
+    void take(const Parameter& parameter);
+    bool setState(NodeRecord& node, NodeState state);
     NodeRecord* record();
 
     static const pw_node_events events;
@@ -55,8 +57,7 @@ class BoundObjects::Node {
     const std::uint64_t serial_;
     Proxy proxy_;
     Listener listener_;
-    Parameter format_;
-    Parameter offered_;
+    std::array<Parameter, 4> parameters_;
     bool isInformed_ = false;
     SeenClock clock_;
 };

@@ -13,6 +13,7 @@ namespace {
 
 /// More objects of one kind than any real session has; a client that makes more is not followed any further.
 constexpr std::size_t mostObjects = 8192;
+constexpr std::size_t mostPorts = 4 * mostObjects;
 
 /// Numbers for objects of servers that give no serials; above any that a server gives.
 constexpr std::uint64_t firstInventedSerial = std::uint64_t{1} << 48;
@@ -104,6 +105,7 @@ bool BoundObjects::add(std::uint32_t id, const char* type, std::uint32_t, const 
     if (kind == PW_TYPE_INTERFACE_Device) return addDevice(id, properties);
     if (kind == PW_TYPE_INTERFACE_Client) return addClient(id, properties);
     if (kind == PW_TYPE_INTERFACE_Link) return addLink(id, properties);
+    if (kind == PW_TYPE_INTERFACE_Port) return addPort(id, properties);
     if (kind == PW_TYPE_INTERFACE_Metadata) return addMetadata(id, properties);
     return false;
 }
@@ -146,6 +148,14 @@ bool BoundObjects::addLink(std::uint32_t id, const spa_dict* properties) {
     return true;
 }
 
+/// Of a port nothing but its dictionary is of interest, and the registry tells that.
+bool BoundObjects::addPort(std::uint32_t id, const spa_dict* properties) {
+    auto port = portRecord(properties);
+    if (!port || !nodes_.contains(port->node) || owner_.mirror().ports.size() >= mostPorts) return false;
+    owner_.mirror().ports[id] = std::move(*port);
+    return true;
+}
+
 bool BoundObjects::addMetadata(std::uint32_t id, const spa_dict* properties) {
     const std::string name = dictionaryText(properties, "metadata.name");
     if (name != "default" && name != "settings") return false;
@@ -162,7 +172,7 @@ bool BoundObjects::remove(std::uint32_t id) {
         nodes_.erase(node);
         return true;
     }
-    std::size_t removed = mirror.links.erase(id);
+    std::size_t removed = mirror.links.erase(id) + mirror.ports.erase(id);
     if (devices_.erase(id) > 0) removed += mirror.devices.erase(id);
     if (clients_.erase(id) > 0) removed += mirror.clients.erase(id);
     if (const auto store = metadata_.find(id); store != metadata_.end()) {

@@ -70,6 +70,7 @@ class BoundObjects {
     bool addDevice(std::uint32_t id, const spa_dict* properties);
     bool addClient(std::uint32_t id, const spa_dict* properties);
     bool addLink(std::uint32_t id, const spa_dict* properties);
+    bool addPort(std::uint32_t id, const spa_dict* properties);
     bool addMetadata(std::uint32_t id, const spa_dict* properties);
     std::uint64_t serialOf(const spa_dict* properties);
 

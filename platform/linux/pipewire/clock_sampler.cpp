@@ -49,6 +49,11 @@ void ClockSampler::glance() {
     isGlance_ = true;
 }
 
+void ClockSampler::sampleAnew() {
+    listening_.reset();
+    sample();
+}
+
 void ClockSampler::end() {
     wanted_ = false;
     end_.disarm();

@@ -38,7 +38,13 @@ class ClockSampler {
     /// Listens until the next report, and no longer than `sample` does.
     void glance();
 
+    /// Has what is listened to report at once what has happened since.
+    void sampleAnew();
+
     bool isSampling() const { return listening_.has_value(); }
+
+    /// Whether the server has a profiler.
+    bool isAbleTo() const { return profiler_.has_value(); }
 
   private:
     /// Ends the listening before the proxy.

@@ -50,14 +50,18 @@ bool isClass(std::string_view mediaClass, std::string_view wanted) {
     return mediaClass.size() == wanted.size() || mediaClass[wanted.size()] == '/';
 }
 
+/// A JACK client is one node with ports both ways and no class.
+bool isJackClient(const spa_dict* dictionary) {
+    return rawText(dictionary, "media.class").empty() && rawText(dictionary, "client.api") == "jack";
+}
+
 NodeRole roleFromDictionary(const spa_dict* dictionary) {
     const std::string_view mediaClass = rawText(dictionary, "media.class");
     if (isClass(mediaClass, "Audio/Sink")) return NodeRole::sink;
     if (isClass(mediaClass, "Audio/Duplex")) return NodeRole::duplex;
     if (isClass(mediaClass, "Audio/Source")) return NodeRole::source;
     if (isClass(mediaClass, "Stream/Output/Audio")) return NodeRole::outputStream;
-    // A JACK client is one node with ports both ways and no class.
-    if (mediaClass.empty() && rawText(dictionary, "client.api") == "jack") return NodeRole::outputStream;
+    if (isJackClient(dictionary)) return NodeRole::outputStream;
     return NodeRole::other;
 }
 
@@ -121,6 +125,7 @@ NodeProperties nodeProperties(const spa_dict* dictionary) {
     node.factory = dictionaryText(dictionary, "factory.name");
     node.linkGroup = dictionaryText(dictionary, "node.link-group");
     node.application = firstText(dictionary, {"pipewire.access.portal.app_id", "application.id"});
+    node.applicationName = dictionaryText(dictionary, "application.name");
     node.profile = dictionaryText(dictionary, "device.profile.name");
     node.deviceApi = dictionaryText(dictionary, "device.api");
     node.deviceBus = dictionaryText(dictionary, "device.bus");
@@ -136,7 +141,10 @@ NodeProperties nodeProperties(const spa_dict* dictionary) {
     node.device = number<std::uint32_t>(dictionary, "device.id");
     node.client = number<std::uint32_t>(dictionary, "client.id");
     node.requestedRate = rateFromFraction(rawText(dictionary, "node.rate"));
+    node.forcedRate = number<std::uint32_t>(dictionary, "node.force-rate");
     node.pcm = pcmAddress(dictionary);
+    node.isRouted = !rawText(dictionary, "card.profile.device").empty();
+    node.isJack = isJackClient(dictionary);
     return node;
 }
 
@@ -148,6 +156,7 @@ DeviceProperties deviceProperties(const spa_dict* dictionary) {
     device.productName = dictionaryText(dictionary, "device.product.name");
     device.cardLongName = firstText(dictionary, {"api.alsa.card.longname", "alsa.long_card_name"});
     device.cardDriver = firstText(dictionary, {"alsa.driver_name", "api.alsa.card.driver"});
+    device.formFactor = dictionaryText(dictionary, "device.form-factor");
     return device;
 }
 
@@ -155,6 +164,7 @@ ClientProperties clientProperties(const spa_dict* dictionary) {
     ClientProperties client;
     client.api = dictionaryText(dictionary, "client.api");
     client.application = dictionaryText(dictionary, "application.id");
+    client.applicationName = dictionaryText(dictionary, "application.name");
     client.access = dictionaryText(dictionary, "pipewire.access");
     client.portalApplication = dictionaryText(dictionary, "pipewire.access.portal.app_id");
     client.host = dictionaryText(dictionary, "application.process.host");
@@ -168,7 +178,15 @@ std::optional<LinkRecord> linkRecord(const spa_dict* dictionary) {
     const auto output = number<std::uint32_t>(dictionary, "link.output.node");
     const auto input = number<std::uint32_t>(dictionary, "link.input.node");
     if (!output || !input) return std::nullopt;
-    return LinkRecord{*output, *input};
+    return LinkRecord{*output, *input, number<std::uint32_t>(dictionary, "link.output.port").value_or(0),
+                      number<std::uint32_t>(dictionary, "link.input.port").value_or(0)};
+}
+
+std::optional<PortRecord> portRecord(const spa_dict* dictionary) {
+    const auto node = number<std::uint32_t>(dictionary, "node.id");
+    if (!node) return std::nullopt;
+    return PortRecord{*node, number<std::uint32_t>(dictionary, "port.id").value_or(0),
+                      dictionaryText(dictionary, "audio.channel")};
 }
 
 }  // namespace purlock::host_linux

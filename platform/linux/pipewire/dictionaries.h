@@ -20,6 +20,9 @@ ClientProperties clientProperties(const spa_dict* dictionary);
 /// Absent when it does not name both of its ends.
 std::optional<LinkRecord> linkRecord(const spa_dict* dictionary);
 
+/// Absent when it does not name its node.
+std::optional<PortRecord> portRecord(const spa_dict* dictionary);
+
 /// One text, or an empty one.
 std::string dictionaryText(const spa_dict* dictionary, std::string_view key);
 

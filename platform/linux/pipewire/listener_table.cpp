@@ -31,7 +31,13 @@ void ListenerTable::notify(std::span<const Answers::Change> changes) {
         const std::lock_guard lock(mutex_);
         for (const Answers::Change& change : changes) {
             const auto place = entries_.find({change.object, change.selector});
-            if (place != entries_.end()) due.insert(due.end(), place->second.begin(), place->second.end());
+            if (place == entries_.end()) continue;
+            const std::size_t told = due.size();
+            for (const Entry& entry : place->second) {
+                const auto isSameQueue = [&](const Entry& other) { return other.queue == entry.queue; };
+                if (std::none_of(due.begin(), due.begin() + static_cast<std::ptrdiff_t>(told), isSameQueue))
+                    due.push_back(entry);
+            }
         }
     }
     for (const Entry& entry : due) {

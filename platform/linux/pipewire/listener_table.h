@@ -23,8 +23,10 @@ class ListenerTable {
     bool remove(AudioObjectID object, const PropertyAddress& address,
                 const std::shared_ptr<SerialQueue>& queue, const ListenerBlock& block);
 
-    /// Hands the blocks of the changed properties to their queues, in the order of the changes. A device's
-    /// streams are the same in the output and in the global scope, so a listener hears of a change in either.
+    /// Hands the blocks of properties that changed in one moment to their queues. Who shares a queue reads
+    /// everything again when told of anything, so of a queue's listeners only those of its first changed
+    /// property are told: a change of several properties is told once. A device's streams are the same in the
+    /// output and in the global scope, so a listener hears of a change in either.
     void notify(std::span<const Answers::Change> changes);
 
     std::size_t size() const;

@@ -36,6 +36,11 @@ class PipeWireHardware final : public AudioHardware {
                                    void* data) override;
     HardwareStatus getPropertyText(AudioObjectID object, const PropertyAddress& address,
                                    std::optional<std::string>& text) override;
+    std::optional<MixerWork> mixerWork(AudioObjectID device) override;
+
+    /// Reads from the picture as it is at this moment, however long they take.
+    std::shared_ptr<AudioProperties> picture() override;
+
     HardwareStatus addPropertyListenerBlock(AudioObjectID object, const PropertyAddress& address,
                                             const std::shared_ptr<SerialQueue>& queue,
                                             const ListenerBlock& block) override;

@@ -47,6 +47,34 @@ std::optional<std::int64_t> PodView::longInteger() const {
     return type_ == SPA_TYPE_Long ? read<std::int64_t>() : std::nullopt;
 }
 
+std::optional<bool> PodView::boolean() const {
+    const auto value = type_ == SPA_TYPE_Bool ? read<std::int32_t>() : std::nullopt;
+    return value ? std::optional(*value != 0) : std::nullopt;
+}
+
+std::optional<float> PodView::real() const {
+    return type_ == SPA_TYPE_Float ? read<float>() : std::nullopt;
+}
+
+std::optional<std::string_view> PodView::text() const {
+    if (type_ != SPA_TYPE_String) return std::nullopt;
+    const auto* const characters = reinterpret_cast<const char*>(body_.data());
+    return std::string_view(characters, ::strnlen(characters, body_.size()));
+}
+
+std::vector<PodView> PodView::elements() const {
+    std::vector<PodView> found;
+    if (type_ != SPA_TYPE_Array) return found;
+    const auto child = read<spa_pod>();
+    if (!child || child->size == 0) return found;
+    Bytes rest = body_.subspan(sizeof(spa_pod));
+    while (rest.size() >= child->size && found.size() < mostValues) {
+        found.push_back(PodView(child->type, rest.first(child->size)));
+        rest = rest.subspan(child->size);
+    }
+    return found;
+}
+
 std::optional<PodView::Fraction> PodView::fraction() const {
     return type_ == SPA_TYPE_Fraction ? read<Fraction>() : std::nullopt;
 }

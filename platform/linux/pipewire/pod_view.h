@@ -27,11 +27,17 @@ class PodView {
     std::optional<std::uint32_t> id() const;
     std::optional<std::int32_t> integer() const;
     std::optional<std::int64_t> longInteger() const;
+    std::optional<bool> boolean() const;
+    std::optional<float> real() const;
+    std::optional<std::string_view> text() const;
     struct Fraction {
         std::uint32_t numerator;
         std::uint32_t denominator;
     };
     std::optional<Fraction> fraction() const;
+
+    /// The values of an array, in order; none for anything else.
+    std::vector<PodView> elements() const;
 
     /// The values of a struct, in order; none for anything else.
     std::vector<PodView> members() const;

@@ -34,8 +34,9 @@ struct NodeProperties {
     std::string profile;      // device.profile.name
     std::string deviceApi;
     std::string deviceBus;
-    std::string pcmNames;    // the names of an ALSA PCM, one a line
-    std::string driverName;  // the kernel's driver of an ALSA card
+    std::string pcmNames;         // the names of an ALSA PCM, one a line
+    std::string driverName;       // the kernel's driver of an ALSA card
+    std::string applicationName;  // application.name
     bool hasRaopKeys = false;
     bool hasBluezKeys = false;
     std::int32_t sessionPriority = 0;
@@ -43,21 +44,42 @@ struct NodeProperties {
     std::optional<std::uint32_t> device;
     std::optional<std::uint32_t> client;
     std::optional<std::uint32_t> requestedRate;  // node.rate, Hz
+    std::optional<std::uint32_t> forcedRate;     // node.force-rate, Hz
     std::optional<PcmAddress> pcm;               // of ALSA hardware
+    bool isRouted = false;  // its device sets its volume, in the hardware as far as that can
+    bool isJack = false;    // a client of the JACK library: ports of 32-bit float, no format
 
     bool operator==(const NodeProperties&) const = default;
 };
 
 enum class NodeState { creating, suspended, idle, running, error };
 
+/// What a node's converter does to the samples besides converting them: the `Props` parameter.
+struct MixerProperties {
+    bool isMuted = false;
+    bool isSoftMuted = false;
+    double volume = 1;  // a factor on top of either list
+    std::vector<float> channelVolumes;
+    std::vector<float> softVolumes;  // what is left to be done in software where the device does the rest
+    bool dithers = false;
+    bool hasControls = false;  // a second parameter lists controls of its own: the node is a filter
+
+    bool operator==(const MixerProperties&) const = default;
+};
+
 struct NodeRecord {
     std::uint32_t id = 0;
     NodeProperties properties;
     NodeState state = NodeState::creating;
-    bool isArriving = false;               // named by the server, which has not told all of it yet
-    std::optional<SoundFormat> format;     // negotiated; absent while suspended
-    std::optional<SoundFormat> preferred;  // what it would be opened with
-    std::optional<double> clockRate;       // Hz, of the graph that drives it, as last seen in this run
+    bool isArriving = false;                // named by the server, which has not told all of it yet
+    std::optional<SoundFormat> format;      // negotiated; absent while suspended
+    std::optional<SoundFormat> lastFormat;  // of its last run, while it still offers the same formats
+    std::optional<SoundFormat> preferred;   // what it would be opened with
+    std::optional<double> clockRate;        // Hz, of the graph that drives it, as last seen in this run
+    std::optional<std::uint32_t> driver;    // id of the node whose clock that is
+    std::int64_t clockTime = 0;             // of the last cycle that was seen: the monotonic clock, ns
+    MixerProperties mixing;
+    std::vector<std::uint32_t> portPositions;  // SPA_AUDIO_CHANNEL_*, one a port; empty when not told
 };
 
 struct DeviceProperties {
@@ -68,6 +90,7 @@ struct DeviceProperties {
     std::string
         cardLongName;  // ALSA's own: for USB "<vendor> <product> at usb-...", as the device spells them
     std::string cardDriver;
+    std::string formFactor;  // device.form-factor
 
     bool operator==(const DeviceProperties&) const = default;
 };
@@ -75,6 +98,7 @@ struct DeviceProperties {
 struct ClientProperties {
     std::string api;                // "pipewire-pulse" for a client of the PulseAudio server, "jack"
     std::string application;        // application.id
+    std::string applicationName;    // application.name
     std::string access;             // how the server lets it in
     std::string portalApplication;  // the identifier under which a sandbox's portal vouches for it
     std::string host;               // application.process.host
@@ -93,6 +117,16 @@ struct ClientRecord {
 struct LinkRecord {
     std::uint32_t outputNode = 0;
     std::uint32_t inputNode = 0;
+    std::uint32_t outputPort = 0;  // ids of ports; 0 when not told
+    std::uint32_t inputPort = 0;
+};
+
+struct PortRecord {
+    std::uint32_t node = 0;
+    std::uint32_t number = 0;  // among the node's ports of its direction
+    std::string channel;       // "FL"; empty or "UNK" when it has no place
+
+    bool operator==(const PortRecord&) const = default;
 };
 
 /// The `settings` metadata.
@@ -113,6 +147,7 @@ struct AudioGraph {
     std::map<std::uint32_t, DeviceProperties> devices;  // the rest by id
     std::map<std::uint32_t, ClientRecord> clients;
     std::map<std::uint32_t, LinkRecord> links;
+    std::map<std::uint32_t, PortRecord> ports;
     ServerSettings settings;
     std::optional<std::string> defaultSinkName;
 };

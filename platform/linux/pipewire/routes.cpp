@@ -1,5 +1,6 @@
 #include "platform/linux/pipewire/routes.h"
 
+#include <algorithm>
 #include <set>
 
 namespace purlock::host_linux {
@@ -56,19 +57,61 @@ std::vector<std::uint64_t> Routes::nextFrom(const NodeRecord& node) const {
     return next;
 }
 
-std::vector<std::uint64_t> Routes::sinksFrom(std::uint64_t serial) const {
-    std::vector<std::uint64_t> sinks;
+std::vector<Routes::Reached> Routes::reachedFrom(std::uint64_t serial) const {
     std::set<std::uint64_t> seen = {serial};
-    std::vector<std::uint64_t> queue = {serial};
-    for (std::size_t i = 0; i < queue.size(); ++i) {
-        const auto node = graph_.nodes.find(queue[i]);
+    std::vector<Reached> reached = {{serial, 0}};
+    for (std::size_t i = 0; i < reached.size(); ++i) {
+        const auto node = graph_.nodes.find(reached[i].serial);
         if (node == graph_.nodes.end()) continue;
-        if (i > 0 && takesSound(node->second.properties.role)) sinks.push_back(queue[i]);
         for (const std::uint64_t next : nextFrom(node->second)) {
-            if (seen.insert(next).second) queue.push_back(next);
+            if (seen.insert(next).second) reached.push_back({next, i});
         }
     }
+    return reached;
+}
+
+std::vector<std::uint64_t> Routes::sinksFrom(std::uint64_t serial) const {
+    std::vector<std::uint64_t> sinks;
+    for (const Reached& each : reachedFrom(serial)) {
+        if (each.serial != serial && isSink(each.serial)) sinks.push_back(each.serial);
+    }
     return sinks;
+}
+
+std::vector<Routes::Path> Routes::pathsFrom(std::uint64_t serial) const {
+    const std::vector<Reached> reached = reachedFrom(serial);
+    std::vector<Path> paths;
+    for (std::size_t i = 1; i < reached.size(); ++i) {
+        if (!isSink(reached[i].serial) || handsOn(reached[i].serial)) continue;
+        Path path;
+        for (std::size_t at = i; at != 0; at = reached[at].from) path.push_back(reached[at].serial);
+        path.push_back(serial);
+        std::reverse(path.begin(), path.end());
+        paths.push_back(std::move(path));
+    }
+    return paths;
+}
+
+std::vector<std::uint64_t> Routes::endsOf(std::uint64_t sink) const {
+    std::vector<std::uint64_t> ends;
+    if (handsOn(sink)) {
+        for (const std::uint64_t each : sinksFrom(sink)) {
+            if (!handsOn(each)) ends.push_back(each);
+        }
+    }
+    if (ends.empty()) ends.push_back(sink);
+    return ends;
+}
+
+bool Routes::isSink(std::uint64_t serial) const {
+    const auto node = graph_.nodes.find(serial);
+    return node != graph_.nodes.end() && takesSound(node->second.properties.role);
+}
+
+/// Hardware plays what it gets, whoever listens to its monitor.
+bool Routes::handsOn(std::uint64_t sink) const {
+    const NodeProperties& properties = graph_.nodes.at(sink).properties;
+    return !properties.pcm && !properties.device && !sinksFrom(sink).empty();
 }
 
 }  // namespace purlock::host_linux

@@ -19,6 +19,15 @@ class Routes {
     /// The serials of the sinks that a node's sound reaches, nearest first.
     std::vector<std::uint64_t> sinksFrom(std::uint64_t serial) const;
 
+    /// The serials of the nodes from one node to a sink behind which there is no other: both ends included.
+    using Path = std::vector<std::uint64_t>;
+
+    /// The shortest path to each sink at which a node's sound ends, nearest first.
+    std::vector<Path> pathsFrom(std::uint64_t serial) const;
+
+    /// The sinks at which the sound of a sink ends: itself, unless it hands its sound on.
+    std::vector<std::uint64_t> endsOf(std::uint64_t sink) const;
+
     /// Whether a stream only passes on what another node of its group has taken in: it is no application's
     /// own.
     bool isRelay(const NodeRecord& stream) const;
@@ -32,6 +41,14 @@ class Routes {
         bool hasInput = false;
     };
 
+    /// A node that sound reaches, and the place in the same list of the one that it comes from.
+    struct Reached {
+        std::uint64_t serial = 0;
+        std::size_t from = 0;
+    };
+    std::vector<Reached> reachedFrom(std::uint64_t serial) const;
+    bool isSink(std::uint64_t serial) const;
+    bool handsOn(std::uint64_t sink) const;
     std::vector<std::uint64_t> nextFrom(const NodeRecord& node) const;
     const Group* groupOf(const NodeRecord& node) const;
 

@@ -45,8 +45,14 @@ class Session final : private BoundObjects::Owner {
     /// Has the server prove that it lives.
     void check() { requestEcho(); }
 
+    /// Whether the server tells the graphs' clocks.
+    bool knowsClocks() const { return clocks_.isAbleTo(); }
+
     /// Something changed that may change the graphs' clocks.
     void sampleClocks() { clocks_.sample(); }
+
+    /// What they are at this moment, although they were just told.
+    void sampleClocksAnew() { clocks_.sampleAnew(); }
 
     /// Whether something did all the same.
     void glanceAtClocks() { clocks_.glance(); }

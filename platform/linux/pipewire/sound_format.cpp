@@ -168,6 +168,8 @@ std::uint32_t formatID(const SoundFormat& format) {
     switch (format.kind) {
         case SoundKind::pcm:
             return formatLinearPCM;
+        case SoundKind::companded:
+            return format.codec == SPA_AUDIO_FORMAT_ALAW ? fourCharCode("alaw") : fourCharCode("ulaw");
         case SoundKind::encoded:
             return encodedFormatID(format.codec);
         case SoundKind::dsd:
@@ -177,7 +179,7 @@ std::uint32_t formatID(const SoundFormat& format) {
 }
 
 std::uint32_t formatFlags(const SoundFormat& format) {
-    if (format.kind == SoundKind::encoded) return formatFlagIsPacked;
+    if (format.kind == SoundKind::encoded || format.kind == SoundKind::companded) return formatFlagIsPacked;
     std::uint32_t flags = 0;
     if (format.layout.isFloat) flags |= formatFlagIsFloat;
     if (format.layout.isSigned) flags |= formatFlagIsSignedInteger;
@@ -192,15 +194,24 @@ std::uint32_t formatFlags(const SoundFormat& format) {
 
 std::optional<SoundFormat> soundFormatFromPod(const PodView& pod, std::uint32_t rate) {
     const auto properties = pod.properties(SPA_TYPE_OBJECT_Format);
+    constexpr SampleLayout companded = {8, 8, !isFloat, !isSigned};
     if (preferredID(properties, SPA_FORMAT_mediaType) != SPA_MEDIA_TYPE_audio) return std::nullopt;
     const auto subtype = preferredID(properties, SPA_FORMAT_mediaSubtype);
     const auto channels = preferredInteger(properties, SPA_FORMAT_AUDIO_channels);
     SoundFormat format;
     if (subtype == SPA_MEDIA_SUBTYPE_raw) {
-        const FormatRow* const row = findRow(preferredID(properties, SPA_FORMAT_AUDIO_format).value_or(0));
-        if (row == nullptr) return std::nullopt;
-        format.layout = row->layout;
-        format.isPlanar = row->isPlanar;
+        const std::uint32_t sample = preferredID(properties, SPA_FORMAT_AUDIO_format).value_or(0);
+        if (sample == SPA_AUDIO_FORMAT_ALAW || sample == SPA_AUDIO_FORMAT_ULAW) {
+            format.kind = SoundKind::companded;
+            format.layout = companded;
+            format.codec = sample;
+        } else if (const FormatRow* const row = findRow(sample)) {
+            format.layout = row->layout;
+            format.isPlanar = row->isPlanar;
+        } else {
+            return std::nullopt;
+        }
+        format.positions = positionsFromPod(pod);
         if (!valueOf(properties, SPA_FORMAT_AUDIO_rate)) return withChannels(format, channels);
         return checked(format, chosenRate(properties, rate), channels);
     }
@@ -245,12 +256,25 @@ StreamDescription streamDescription(const SoundFormat& format) {
     return description;
 }
 
-StreamDescription mixerDescription(double sampleRate, std::uint32_t channels) {
-    SoundFormat format;
-    format.layout = {32, 32, isFloat, !isSigned, nativeIsBigEndian};
-    format.sampleRate = sampleRate;
-    format.channels = channels;
-    return streamDescription(format);
+SampleLayout mixerLayout() {
+    return {32, 32, isFloat, !isSigned, nativeIsBigEndian};
+}
+
+std::uint32_t keptBits(const SoundFormat& format) {
+    constexpr std::uint32_t heldByFloat = 24;
+    if (format.kind == SoundKind::companded) return 0;
+    return std::min(format.layout.bits, heldByFloat);
+}
+
+std::vector<std::uint32_t> positionsFromPod(const PodView& format) {
+    std::vector<std::uint32_t> positions;
+    const auto value = valueOf(format.properties(SPA_TYPE_OBJECT_Format), SPA_FORMAT_AUDIO_position);
+    if (!value) return positions;
+    for (const PodView& element : value->elements()) {
+        if (positions.size() == mostChannels) break;
+        positions.push_back(element.id().value_or(SPA_AUDIO_CHANNEL_UNKNOWN));
+    }
+    return positions;
 }
 
 }  // namespace purlock::host_linux

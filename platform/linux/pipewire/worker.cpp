@@ -8,6 +8,8 @@
 #include <limits>
 #include <utility>
 
+#include "platform/linux/pipewire/transition.h"
+
 namespace purlock::host_linux {
 
 namespace {
@@ -17,6 +19,15 @@ using namespace std::chrono_literals;
 constexpr std::chrono::milliseconds firstDelay = 25ms;
 constexpr std::chrono::milliseconds longestDelay = 30s;      // while the socket's folder is watched
 constexpr std::chrono::milliseconds longestBlindDelay = 1s;  // while it cannot be
+constexpr std::chrono::milliseconds quietTime = 25ms;
+constexpr std::chrono::nanoseconds longestBurst = 100ms;
+constexpr std::chrono::nanoseconds longestTransition = 1300ms;
+
+// After a change a graph runs some cycles at its old rate. The profiler reports at once when it is first
+// listened to, and then only once a second.
+constexpr std::chrono::nanoseconds clockSettles = 120ms;
+constexpr std::chrono::nanoseconds askAnewAfter = 150ms;
+
 constexpr std::chrono::nanoseconds serverCheckUp = 2s;
 constexpr std::chrono::nanoseconds hardwareCheckUp = 300ms;
 constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
@@ -69,6 +80,7 @@ PipeWireHardware::Worker::Worker(RunningApplications& applications, const Places
                                                 places.soundDevices, [this] { publish(); });
     socket_ = std::make_unique<SocketWatch>(loop_, [this] { serverAppeared(); });
     reconnect_ = std::make_unique<LoopTimer>(loop_, [this] { connect(); });
+    quiet_ = std::make_unique<LoopTimer>(loop_, [this] { publishIfSettled(); });
     sessionEnds_ = std::make_unique<LoopEvent>(loop_, [this] { endSession(); });
     checkUp_ = std::make_unique<LoopEvent>(loop_, [this] { checkUp(); });
     reconnect_->arm(0ms);
@@ -83,7 +95,7 @@ PipeWireHardware::Worker::~Worker() {
 void PipeWireHardware::Worker::connect() {
     if (session_) return;
     session_ = Session::connect(context_.get(), {.settled = [this] { settled(); },
-                                                 .clocksChanged = [this] { publish(); },
+                                                 .clocksChanged = [this] { publishWhenQuiet(); },
                                                  .silent = [this] { publish(); },
                                                  .lost = [this] { sessionEnds_->signal(); }});
     if (session_) {
@@ -121,18 +133,46 @@ void PipeWireHardware::Worker::settled() {
     hardware_->follow(session_->graph());
     identities_.retain(session_->graph());
     sampleClocksIfChanged();
-    publish();
+    publishWhenQuiet();
+}
+
+/// The server tells one change in many steps, a few milliseconds apart; they are told on as one.
+void PipeWireHardware::Worker::publishWhenQuiet() {
+    if (!unpublishedSince_) unpublishedSince_ = steadyNow();
+    if (steadyNow() - *unpublishedSince_ < longestBurst / 1ns) {
+        quiet_->arm(quietTime);
+    } else {
+        publishIfSettled();
+    }
+}
+
+void PipeWireHardware::Worker::publishIfSettled() {
+    const std::int64_t now = steadyNow();
+    const bool isPatient = unpublishedSince_ && now - *unpublishedSince_ < longestTransition / 1ns;
+    const auto transition = isPatient && session_ ? transitionOf(session_->graph(), session_->knowsClocks(),
+                                                                 clockChangedAt_ + clockSettles / 1ns)
+                                                  : Transition::none;
+    if (transition == Transition::none) return publish();
+    const std::int64_t lastNews = std::max(clockChangedAt_, clockAskedAt_);
+    if (transition == Transition::clock && now - lastNews > askAnewAfter / 1ns) {
+        clockAskedAt_ = now;
+        session_->sampleClocksAnew();
+    }
+    quiet_->arm(quietTime);
 }
 
 void PipeWireHardware::Worker::sampleClocksIfChanged() {
     std::string influences = clockInfluences(session_->graph());
     if (influences == clockInfluences_) return;
     clockInfluences_ = std::move(influences);
+    clockChangedAt_ = steadyNow();
     glances_.begin();
     if (isAnyRunning(session_->graph())) session_->sampleClocks();
 }
 
 void PipeWireHardware::Worker::publish() {
+    unpublishedSince_.reset();
+    quiet_->disarm();
     auto next = std::make_shared<const Answers>();
     if (session_ && session_->isResponding()) {
         next = std::make_shared<const Answers>(

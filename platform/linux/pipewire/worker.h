@@ -43,6 +43,8 @@ class PipeWireHardware::Worker {
     void serverAppeared();
     void endSession();
     void settled();
+    void publishWhenQuiet();
+    void publishIfSettled();
     void publish();
     void planCheckUp();
     void sampleClocksIfChanged();
@@ -57,11 +59,15 @@ class PipeWireHardware::Worker {
     std::unique_ptr<HardwareWatch> hardware_;
     std::unique_ptr<SocketWatch> socket_;
     std::unique_ptr<LoopTimer> reconnect_;
+    std::unique_ptr<LoopTimer> quiet_;
     std::unique_ptr<LoopEvent> sessionEnds_;
     std::unique_ptr<LoopEvent> checkUp_;
     std::unique_ptr<Session> session_;
     std::uint64_t connection_ = 0;
     Milliseconds delay_{0};
+    std::optional<std::int64_t> unpublishedSince_;  // steady clock, ns
+    std::int64_t clockChangedAt_ = 0;               // what may change a clock; steady clock, ns
+    std::int64_t clockAskedAt_ = 0;                 // the profiler, anew; steady clock, ns
     std::string clockInfluences_;
     GlanceSchedule glances_;
     std::atomic<std::int64_t> nextCheckUp_;  // steady clock, ns; the greatest value for never

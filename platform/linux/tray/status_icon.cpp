@@ -29,6 +29,7 @@ struct OwnColor {
 constexpr OwnColor ownColors[] = {
     {"checkmark.seal.fill", accentGreen},
     {"exclamationmark.triangle.fill", accentAmber},
+    {"slider.horizontal.3", accentAmber},
 };
 
 std::optional<QColor> ownColorOf(const SymbolImage& image) {

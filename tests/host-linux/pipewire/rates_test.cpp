@@ -27,7 +27,7 @@ TEST_P(Rates, TellOfTheConversionNearestToTheDevice) {
     ASSERT_TRUE(session.startTunnelSink("tunnel", "S16LE", row.device)) << session.logs();
     const auto device = [&] { return observer().deviceByUID("tunnel"); };
     ASSERT_TRUE(waitUntil([&] { return device() != 0; }));
-    EXPECT_TRUE(waitUntil([&] { return observer().virtualRate(device()) == row.clock; }))
+    EXPECT_TRUE(waitUntil([&] { return observer().virtualRate(device()) == row.device; }))
         << "with nothing playing: " << observer().virtualRate(device());
     session.spawn("player", {"pw-play", "--target", "tunnel", session.toneFile(row.stream)});
     EXPECT_TRUE(waitUntil([&] { return observer().isRunning(device()); })) << session.logs();
@@ -36,8 +36,7 @@ TEST_P(Rates, TellOfTheConversionNearestToTheDevice) {
     EXPECT_EQ(observer().physicalRate(device()), row.device);
     const auto format = observer().format(device(), kAudioStreamPropertyVirtualFormat);
     ASSERT_TRUE(format);
-    EXPECT_EQ(format->bitsPerChannel, 32U);
-    EXPECT_EQ(format->formatFlags, 9U);
+    EXPECT_EQ(format->bitsPerChannel, 16U) << "as many as the stream has, and the device";
     EXPECT_EQ(format->channelsPerFrame, 2U);
     const bool left = waitUntil([&] { return observer().virtualRate(device()) != row.virtualRate; },
                                 std::chrono::milliseconds(50));
@@ -118,7 +117,7 @@ TEST_F(ClockOfTheGraph, OfAnEarlierRunIsForgotten) {
     ASSERT_TRUE(waitUntil([&] { return !observer().isRunning(observer().deviceByUID("second")); }));
     ASSERT_TRUE(session.forceClockRate(96000));
     constexpr std::chrono::seconds soon(2);
-    EXPECT_TRUE(waitUntil([&] { return second() == 96000; }, soon)) << "idle: " << second();
+    EXPECT_TRUE(waitUntil([&] { return second() == 48000; }, soon)) << "idle: " << second();
     ASSERT_NO_FATAL_FAILURE(play("first"));
     ASSERT_TRUE(session.setDefaultSink("second"));
     ASSERT_TRUE(waitUntil([&] { return observer().isRunning(observer().deviceByUID("second")); }));

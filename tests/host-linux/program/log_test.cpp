@@ -26,9 +26,10 @@ struct Session {
 
     std::string signature() const {
         const Sink& device = sinks[sink];
-        const int near = clock != device.rate || stream == 0 ? clock : stream;
+        const int near = stream == 0 ? device.rate : clock != device.rate ? clock : stream;
+        const std::string depth = "/" + std::to_string(device.bits);
         return std::string(device.name) + (stream != 0 ? "|true|" : "|false|") + std::to_string(near) +
-               "/32|" + std::to_string(device.rate) + "/" + std::to_string(device.bits);
+               depth + "|" + std::to_string(device.rate) + depth;
     }
 };
 

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace purlock {
+
+/// What a system's mixer may do to the samples besides converting their rate and depth. A volume is what a
+/// volume control shows: 1 for 100 %, at which the samples stay as they are.
+namespace alteration {
+
+/// The mixer applies the volume of an application's stream.
+struct StreamVolume {
+    std::string application;
+    double volume = 1;
+    bool operator==(const StreamVolume&) const = default;
+};
+
+struct StreamMute {
+    std::string application;
+    bool operator==(const StreamMute&) const = default;
+};
+
+/// The stream's channels do not each arrive in the device's channel of the same place.
+struct Channels {
+    std::string application;
+    std::uint32_t from = 0;
+    std::uint32_t to = 0;
+    bool operator==(const Channels&) const = default;
+};
+
+/// A filter works on the sound between the application and the device.
+struct Filter {
+    std::string name;
+    bool operator==(const Filter&) const = default;
+};
+
+/// Streams of these applications are added to the one that is judged.
+struct Mixed {
+    std::vector<std::string> applications;
+    bool operator==(const Mixed&) const = default;
+};
+
+/// The mixer, not the hardware, applies the volume of a device on the way.
+struct DeviceVolume {
+    std::string device;
+    double volume = 1;
+    bool operator==(const DeviceVolume&) const = default;
+};
+
+struct DeviceMute {
+    std::string device;
+    bool operator==(const DeviceMute&) const = default;
+};
+
+/// The device follows the clock of another one, so what it plays is resampled all the time.
+struct Clock {
+    std::string device;
+    std::string leader;
+    bool operator==(const Clock&) const = default;
+};
+
+/// Noise is added before the samples are rounded.
+struct Dither {
+    std::string device;
+    bool operator==(const Dither&) const = default;
+};
+
+/// Nothing of what plays reaches the watched device; it goes to `device` instead.
+struct Elsewhere {
+    std::string application;
+    std::string device;
+    std::string watched;
+    bool operator==(const Elsewhere&) const = default;
+};
+
+}  // namespace alteration
+
+using Alteration =
+    std::variant<alteration::StreamVolume, alteration::StreamMute, alteration::Channels, alteration::Filter,
+                 alteration::Mixed, alteration::DeviceVolume, alteration::DeviceMute, alteration::Clock,
+                 alteration::Dither, alteration::Elsewhere>;
+
+/// What the host knows of the mixer's work on the watched device. Where it is passed as an optional, absent
+/// means that the host cannot know.
+struct MixerWork {
+    std::vector<Alteration> alterations;  // in the order in which the mixer works
+
+    bool operator==(const MixerWork&) const = default;
+};
+
+}  // namespace purlock

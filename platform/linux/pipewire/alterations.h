@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "core/mixer_work.h"
+#include "platform/linux/pipewire/sound_path.h"
+
+namespace purlock::host_linux {
+
+/// The sound of an application on its way to the hardware.
+struct PlayingPath {
+    SoundPath nodes;
+    std::string application;  // as a volume control calls it
+};
+
+/// What the mixer does to the samples on a path besides converting their rate and depth, in the order in
+/// which it works. `others` are the paths of all other streams that play. Pure.
+std::vector<Alteration> alterationsOnPath(const PlayingPath& path, const std::vector<PlayingPath>& others,
+                                          const AudioGraph& graph);
+
+}  // namespace purlock::host_linux

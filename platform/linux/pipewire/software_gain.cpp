@@ -1,0 +1,37 @@
+#include "platform/linux/pipewire/software_gain.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace purlock::host_linux {
+
+namespace {
+
+bool areUnity(const std::vector<float>& factors) {
+    return std::all_of(factors.begin(), factors.end(), [](float factor) { return factor == 1; });
+}
+
+/// Both lists are told, but not which of them is in force. A device that sets the volume sets the second one;
+/// anybody else sets the first, and whoever sets the second by hand leaves the first alone.
+bool followsSoftVolumes(const NodeRecord& node) {
+    const MixerProperties& mixing = node.mixing;
+    return node.properties.isRouted || (areUnity(mixing.channelVolumes) && !areUnity(mixing.softVolumes));
+}
+
+}  // namespace
+
+SoftwareGain softwareGain(const NodeRecord& node) {
+    const MixerProperties& mixing = node.mixing;
+    SoftwareGain gain;
+    gain.isMuted = mixing.isSoftMuted || (mixing.isMuted && !node.properties.isRouted);
+    double strongest = mixing.volume;
+    for (const float factor : followsSoftVolumes(node) ? mixing.softVolumes : mixing.channelVolumes) {
+        const double applied = mixing.volume * static_cast<double>(factor);
+        if (std::abs(applied - 1) > std::abs(strongest - 1)) strongest = applied;
+    }
+    if (strongest != 1) gain.volume = std::round(std::cbrt(std::max(strongest, 0.0)) * 10000) / 10000;
+    return gain;
+}
+
+}  // namespace purlock::host_linux

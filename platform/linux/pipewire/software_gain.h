@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+
+#include "platform/linux/pipewire/records.h"
+
+namespace purlock::host_linux {
+
+/// What a node's converter multiplies the samples by.
+struct SoftwareGain {
+    bool isMuted = false;
+
+    /// Of the channel that is changed most, as volume controls show it (the cube root of the factor); absent
+    /// when every channel stays as it is.
+    std::optional<double> volume;
+};
+
+/// Where the device sets the volume, it leaves a remainder to be done in software, and only that counts; else
+/// all of the volume is done in software. Pure.
+SoftwareGain softwareGain(const NodeRecord& node);
+
+}  // namespace purlock::host_linux

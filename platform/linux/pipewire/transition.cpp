@@ -1,0 +1,70 @@
+#include "platform/linux/pipewire/transition.h"
+
+#include <algorithm>
+#include <optional>
+#include <set>
+#include <vector>
+
+#include "platform/linux/pipewire/routes.h"
+
+namespace purlock::host_linux {
+
+namespace {
+
+/// The streams of applications that run and lead to a sink, and those sinks.
+struct Playing {
+    std::set<double> rates;
+    std::vector<const NodeRecord*> sinks;
+    bool forcesRate = false;
+    bool isUnfinished = false;
+};
+
+Playing playingIn(const AudioGraph& graph) {
+    const Routes routes(graph);
+    Playing playing;
+    for (const auto& [serial, node] : graph.nodes) {
+        const NodeProperties& properties = node.properties;
+        if (properties.role != NodeRole::outputStream || routes.isRelay(node)) continue;
+        if (node.state != NodeState::running) continue;
+        const auto sinks = routes.sinksFrom(serial);
+        // JACK's clients run whether they are connected or not, and have no format.
+        if (!properties.isJack && (sinks.empty() || !node.format)) playing.isUnfinished = true;
+        if (sinks.empty()) continue;
+        for (const std::uint64_t sink : sinks) playing.sinks.push_back(&graph.nodes.at(sink));
+        if (node.format && node.format->sampleRate > 0) playing.rates.insert(node.format->sampleRate);
+        playing.forcesRate = playing.forcesRate || properties.forcedRate.has_value();
+    }
+    return playing;
+}
+
+/// The rate that the server gives the clock; absent when that depends on what played before.
+std::optional<double> expectedClock(const ServerSettings& settings, const Playing& playing) {
+    if (settings.forcedRate != 0) return settings.forcedRate;
+    if (playing.forcesRate) return std::nullopt;
+    const auto& allowed = settings.allowedRates;
+    if (allowed.size() <= 1) return settings.clockRate;
+    if (playing.rates.size() != 1) return std::nullopt;
+    const double rate = *playing.rates.begin();
+    const bool isAllowed =
+        std::any_of(allowed.begin(), allowed.end(), [&](auto each) { return each == rate; });
+    return isAllowed ? std::optional(rate) : std::nullopt;
+}
+
+}  // namespace
+
+Transition transitionOf(const AudioGraph& graph, bool knowsClocks, std::int64_t settledFrom) {
+    const Playing playing = playingIn(graph);
+    if (playing.isUnfinished) return Transition::graph;
+    const auto expected = expectedClock(graph.settings, playing);
+    Transition found = Transition::none;
+    for (const NodeRecord* const sink : playing.sinks) {
+        if (sink->state != NodeState::running || !sink->format) return Transition::graph;
+        const bool isSeen =
+            sink->clockRate && (sink->clockTime >= settledFrom || sink->clockRate == expected);
+        const bool isEstimated = !sink->clockRate && expected;
+        if (knowsClocks && !isSeen && !isEstimated) found = Transition::clock;
+    }
+    return found;
+}
+
+}  // namespace purlock::host_linux

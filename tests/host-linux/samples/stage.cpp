@@ -1,0 +1,338 @@
+// How situations are made in a private session.
+
+#include <algorithm>
+#include <filesystem>
+
+#include <poll.h>
+
+#include "tests/host-linux/samples/situation.h"
+#include "tests/support/temporary_folder.h"
+
+namespace purlock::test {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::size_t mostSinks = 10;
+constexpr int secondsOfNoise = 5;
+constexpr auto untilSettled = 500ms;
+constexpr auto captured = 300ms;
+constexpr std::uint32_t judgedSeed = 1;
+constexpr std::uint32_t otherSeed = 2;
+
+// A stream's volume is that of its situation, not the one that a stream of the same name had before.
+constexpr const char* forgetfulManager = R"(stream_defaults.enabled = true
+stream_defaults.properties = { ["restore-props"] = false, ["restore-target"] = false }
+)";
+constexpr const char* forgetfulManagerFragment = R"(wireplumber.settings = {
+  node.stream.restore-props = false
+  node.stream.restore-target = false
+}
+)";
+
+std::string textOf(double number) {
+    return nlohmann::json(number).dump();
+}
+
+std::vector<std::vector<int>> placesIn(int channels, int deviceChannels) {
+    const auto own = placesOf(channels);
+    const auto device = placesOf(deviceChannels);
+    const auto indexOf = [&](const std::string& place) {
+        const auto found = std::find(device.begin(), device.end(), place);
+        return found == device.end() ? -1 : static_cast<int>(found - device.begin());
+    };
+    std::vector<std::vector<int>> places;
+    for (const std::string& place : own) {
+        std::vector<int> found;
+        if (place == "MONO") {
+            found = deviceChannels == 1 ? std::vector<int>{0} : std::vector<int>{0, 1};
+        } else if (const int index = indexOf(place); index >= 0) {
+            found = {index};
+        }
+        places.push_back(found);
+    }
+    return places;
+}
+
+/// What is deeper than the mixer may be rounded at its last bit.
+std::int64_t toleranceFor(SampleFormat stream) {
+    return bitsOf(stream) > 24 ? 1 << 8 : 0;
+}
+
+std::string filterArguments(const std::string& device) {
+    return "{ node.description=\"Test Equalizer\" filter.graph={ nodes=[ { type=builtin name=eq "
+           "label=bq_peaking control={ \"Freq\"=1000.0 \"Q\"=1.0 \"Gain\"=6.0 } } ] } audio.channels=2 "
+           "audio.position=[FL FR] capture.props={ node.name=between media.class=Audio/Sink } "
+           "playback.props={ node.name=between_out node.target=" +
+           device + " } }";
+}
+
+std::string loopbackArguments(const std::string& device) {
+    return "{ node.description=\"Test Loopback\" audio.position=[FL FR] capture.props={ node.name=between "
+           "media.class=Audio/Sink } playback.props={ node.name=between_out node.target=" +
+           device + " } }";
+}
+
+std::string combinedArguments(const std::string& first, const std::string& second) {
+    const auto rule = [](const std::string& name) {
+        return "{ matches=[ { media.class=\"Audio/Sink\" node.name=\"" + name +
+               "\" } ] actions={ create-stream={ combine.audio.position=[FL FR] audio.position=[FL FR] } } "
+               "} ";
+    };
+    return "{ combine.mode=sink node.name=between node.description=\"Test Combination\" combine.props={ "
+           "audio.position=[FL FR] } stream.props={} stream.rules=[ " +
+           rule(first) + rule(second) + "] }";
+}
+
+}  // namespace
+
+Stage::Stage() = default;
+
+bool Stage::start() {
+    const std::filesystem::path configuration = session_.folder() + "/config/wireplumber";
+    writeFile(configuration / "main.lua.d/52-samples.lua", forgetfulManager);
+    writeFile(configuration / "wireplumber.conf.d/52-samples.conf", forgetfulManagerFragment);
+    if (!session_.startAudio()) return false;
+    if (sink({.name = "other", .format = SampleFormat::s24, .rate = 44100}) == nullptr) return false;
+    program_.start();
+    return program_.awaitVerdict("idle");
+}
+
+CapturedSink* Stage::sink(const SinkShape& shape) {
+    for (const auto& each : sinks_) {
+        if (each->shape().name == shape.name) return each.get();
+    }
+    if (sinks_.size() >= mostSinks) sinks_.erase(sinks_.begin() + 1);  // the first is the "other" one
+    auto made = CapturedSink::make(session_, shape);
+    if (!made) return nullptr;
+    return sinks_.emplace_back(std::move(made)).get();
+}
+
+std::string Stage::noiseFile(SampleFormat format, int rate, int channels, std::uint32_t seed) {
+    const std::string path = session_.folder() + "/noise-" + serverName(format) + "-" + std::to_string(rate) +
+                             "-" + std::to_string(channels) + "-" + std::to_string(seed) + ".wav";
+    if (!std::filesystem::exists(path)) {
+        const auto frames = static_cast<std::size_t>(rate) * secondsOfNoise;
+        writeFile(path, wavBytes(noise(format, channels, frames, seed), format, rate));
+    }
+    return path;
+}
+
+bool Stage::settings(const Situation& situation) {
+    const auto set = [this](const std::string& key, const std::string& value) {
+        return session_.run({"pw-metadata", "-n", "settings", "0", key, value}).exitStatus == 0;
+    };
+    if (situation.allowedRates != allowed_) {
+        allowed_ = situation.allowedRates;
+        std::string list = "[ ";
+        for (const int rate : allowed_) list += std::to_string(rate) + " ";
+        if (allowed_.empty()) list += "48000 ";
+        if (!set("clock.allowed-rates", list + "]")) return false;
+    }
+    if (situation.forcedRate != forced_) {
+        forced_ = situation.forcedRate;
+        if (!set("clock.force-rate", std::to_string(forced_))) return false;
+    }
+    return true;
+}
+
+bool Stage::watch(const std::string& name) {
+    if (!session_.setDefaultSink(name)) return false;
+    return waitUntil([&] {
+        const auto snapshot = program_.snapshot();
+        return snapshot.is_object() && snapshot.value("/device/uid"_json_pointer, "") == name &&
+               snapshot.value("/verdict/kind"_json_pointer, "") == "idle";
+    });
+}
+
+std::string Stage::loadBetween(Between between, CapturedSink& device) {
+    const std::string name = device.shape().name;
+    std::string module = "libpipewire-module-loopback";
+    std::string arguments = loopbackArguments(name);
+    if (between == Between::equalizer) {
+        module = "libpipewire-module-filter-chain";
+        arguments = filterArguments(name);
+    }
+    if (between == Between::combined) {
+        module = "libpipewire-module-combine-stream";
+        arguments = combinedArguments(name, "other");
+    }
+    session_.spawn("between", {"pw-cli", "-m", "load-module", module, arguments});
+    if (!waitUntil([&] { return !nodeNamed(session_.dump(), "between").is_null(); })) return {};
+    return "between";
+}
+
+bool Stage::setVolume(const std::string& node, double factor, bool isMuted) {
+    const auto found = nodeNamed(session_.dump(), node);
+    if (!found.is_object()) return false;
+    const auto& properties = found.at("info").at("params").at("Props").at(0);
+    std::string list = "[ ";
+    for (std::size_t i = 0; i < properties.at("channelVolumes").size(); ++i) list += textOf(factor) + " ";
+    const std::string value =
+        "{ mute: " + std::string(isMuted ? "true" : "false") + " channelVolumes: " + list + "] }";
+    return session_.run({"pw-cli", "set-param", std::to_string(found.value("id", 0)), "Props", value})
+               .exitStatus == 0;
+}
+
+void Stage::startStream(const Stream& stream, const std::string& target) {
+    const std::string file = noiseFile(stream.format, stream.rate, stream.channels, judgedSeed);
+    Command command;
+    switch (stream.player) {
+        case Player::pwPlay:
+            command = {"pw-play", "-P", "node.name=judged"};
+            if (!target.empty()) command.insert(command.end(), {"--target", target});
+            break;
+        case Player::pulse:
+            command = {"paplay", "--property=node.name=judged"};
+            if (!target.empty()) command.push_back("--device=" + target);
+            break;
+        case Player::mpv:
+            command = {"mpv",
+                       "--no-config",
+                       "--no-video",
+                       "--really-quiet",
+                       "--ao=pipewire",
+                       "--audio-client-name=judged",
+                       "--replaygain=no",
+                       "--load-scripts=no"};
+            if (!target.empty()) command.push_back("--audio-device=pipewire/" + target);
+            break;
+    }
+    command.push_back(file);
+    session_.spawn("judged", command);
+}
+
+void Stage::startBesides(const Situation& situation, const std::string& target) {
+    const Stream& stream = situation.stream;
+    const int rate = stream.rate;
+    switch (situation.besides) {
+        case Besides::nothing:
+            return;
+        case Besides::secondStream:
+        case Besides::pausedStream:
+            session_.spawn("besides", {"pw-play", "-P", "node.name=besides", "--target", target,
+                                       noiseFile(SampleFormat::s16, rate, 2, otherSeed)});
+            break;
+        case Besides::streamElsewhere:
+            session_.spawn("besides", {"pw-play", "-P", "node.name=besides", "--target", "other",
+                                       noiseFile(SampleFormat::s16, rate, 2, otherSeed)});
+            break;
+        case Besides::recorder:
+            session_.spawn("besides", {"parec", "-d", target + ".monitor", "/dev/null"});
+            return;
+        case Besides::silentStreamFirst:
+            session_.spawn("besides", {"pacat", "--raw", "--format=s16le", "--rate=48000",
+                                       "--property=node.name=besides", "/dev/zero"});
+            break;
+    }
+    waitUntil([&] {
+        const auto node = nodeNamed(session_.dump(), "besides");
+        return node.is_object() && node.value("/info/state"_json_pointer, "") == "running";
+    });
+    if (situation.besides != Besides::pausedStream) return;
+    session_.process("besides").kill();
+    program_.awaitVerdict("idle");
+}
+
+void Stage::endAll() {
+    for (const char* const name : {"judged", "besides"}) session_.process(name).kill();
+    program_.awaitVerdict("idle", 5s);
+    session_.process("between").kill();
+}
+
+bool Stage::awaitSound(CapturedSink& device, bool isSilent) {
+    return waitUntil(
+        [&] {
+            if (isSilent) return device.arrivedFrames() > 0;
+            const Sound sound = device.arrived();
+            return std::any_of(sound.samples.begin(), sound.samples.end(),
+                               [](auto each) { return each != 0; });
+        },
+        6s);
+}
+
+Outcome Stage::outcomeAt(CapturedSink& device, const Stream& stream, const Sound& played) const {
+    const Sound arrived = device.arrived();
+    const std::int64_t tolerance = toleranceFor(stream.format);
+    Outcome outcome = compare(played, arrived, placesIn(stream.channels, device.shape().channels), tolerance);
+    // Some players send one channel to the centre where there is one.
+    constexpr int centre = 2;
+    if (outcome == Outcome::changed && stream.channels == 1 && device.shape().channels >= 6)
+        outcome = compare(played, arrived, {{centre}}, tolerance);
+    return outcome;
+}
+
+Finding Stage::play(const Situation& situation) {
+    Finding finding;
+    const Stream& stream = situation.stream;
+    SinkShape shape{.name = std::string("d-") + serverName(situation.device) + "-" +
+                            std::to_string(situation.deviceRate) + "-" +
+                            std::to_string(situation.deviceChannels) + (situation.dithers ? "-dither" : ""),
+                    .format = situation.device,
+                    .rate = situation.deviceRate,
+                    .channels = situation.deviceChannels,
+                    .properties = situation.dithers ? "dither.noise=4 dither.method=triangular" : ""};
+    CapturedSink* const device = sink(shape);
+    CapturedSink* const other = sink({.name = "other"});
+    if (device == nullptr || other == nullptr || !settings(situation)) {
+        finding.trouble = "no device";
+        return finding;
+    }
+    std::string watched = shape.name;
+    if (situation.between != Between::nothing) watched = loadBetween(situation.between, *device);
+    if (watched.empty() || !watch(watched)) {
+        finding.trouble = "not watched: " + watched;
+        endAll();
+        return finding;
+    }
+    if (situation.between == Between::quietLoopback) setVolume("between", 0.5, false);
+    const bool hasDeviceVolume = situation.deviceVolume != 1 || situation.isDeviceMuted;
+    if (hasDeviceVolume) setVolume(shape.name, situation.deviceVolume, situation.isDeviceMuted);
+    startBesides(situation, watched);
+    std::size_t firstLine = program_.log().size();
+    device->clear();
+    other->clear();
+    if (situation.plays) {
+        startStream(stream, situation.playsElsewhere ? "other" : "");
+        if (!awaitSound(situation.playsElsewhere ? *other : *device, situation.isDeviceMuted))
+            finding.trouble = "no sound";
+        if (stream.volume != 1 || stream.isMuted) {
+            setVolume("judged", stream.volume, stream.isMuted);
+            ::poll(nullptr, 0, 300);
+            firstLine = program_.log().size();
+        }
+    }
+    ::poll(nullptr, 0, static_cast<int>(untilSettled.count()));
+    device->clear();
+    other->clear();
+    ::poll(nullptr, 0, static_cast<int>(captured.count()));
+    const auto snapshot = program_.snapshot();
+    const auto lines = program_.log();
+    finding.verdict = snapshot.value("/verdict/kind"_json_pointer, "");
+    finding.alterations = snapshot.value("alterations", nlohmann::json()).dump();
+    const Sound played = noise(stream.format, stream.channels,
+                               static_cast<std::size_t>(stream.rate) * secondsOfNoise, judgedSeed);
+    finding.outcome = outcomeAt(*device, stream, played);
+    if (situation.between == Between::combined && finding.outcome == Outcome::equal)
+        finding.outcome = outcomeAt(*other, stream, played);
+    for (std::size_t i = firstLine; i < lines.size(); ++i) {
+        finding.logged.push_back(lines[i].value("verdict", ""));
+        finding.lines += lines[i].dump() + "\n";
+    }
+    endAll();
+    if (hasDeviceVolume) setVolume(shape.name, 1, false);
+    return finding;
+}
+
+Finding playClearly(Stage& stage, const Situation& situation) {
+    constexpr int tries = 3;
+    Finding finding;
+    for (int i = 0; i < tries; ++i) {
+        finding = stage.play(situation);
+        if (finding.trouble.empty() && finding.outcome != Outcome::unclear) break;
+    }
+    return finding;
+}
+
+}  // namespace purlock::test
