@@ -47,6 +47,10 @@ int BoundObjects::Metadata::told(std::uint32_t subject, const char* key, const c
     return 0;
 }
 
+void BoundObjects::Metadata::forget() {
+    if (kind_ == Kind::settings) told(PW_ID_CORE, nullptr, nullptr);
+}
+
 void BoundObjects::Metadata::setDefault(const char* key, const char* value) {
     if (!concerns(key, "default.audio.sink")) return;
     hasToldDefault_ = true;

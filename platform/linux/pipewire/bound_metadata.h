@@ -16,14 +16,13 @@ class BoundObjects::Metadata {
 
     Metadata(BoundObjects& objects, std::uint32_t id, Kind kind);
 
-    /// The server has removed it: what it said is no longer so.
-    void forget() { told(PW_ID_CORE, nullptr, nullptr); }
+    /// It is gone. Of the settings, nothing is so any more; the defaults go with the session manager, and the
+    /// last ones stand until another one tells its own.
+    void forget();
 
     /// An echo of this number has come. By the first that vouches for it all that the store holds has been
     /// told; what it did not tell is not there.
     void commit(std::uint64_t echo);
-
-    Kind kind() const { return kind_; }
 
   private:
     int told(std::uint32_t subject, const char* key, const char* value);

@@ -187,13 +187,6 @@ void BoundObjects::commit(std::uint64_t echo) {
     for (const auto& [id, store] : metadata_) store->commit(echo);
 }
 
-void BoundObjects::askDefaultsAgain() {
-    for (auto& [id, store] : metadata_) {
-        if (store->kind() == Metadata::Kind::defaults)
-            store = std::make_unique<Metadata>(*this, id, Metadata::Kind::defaults);
-    }
-}
-
 bool BoundObjects::sawClock(std::uint32_t node, const GraphClock& clock) {
     const auto found = nodes_.find(node);
     return found != nodes_.end() && found->second->sawClock(clock);

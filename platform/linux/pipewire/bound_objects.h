@@ -54,9 +54,6 @@ class BoundObjects {
     /// The echo of this number has come: answers that it vouches for are whole and go to the mirror.
     void commit(std::uint64_t echo);
 
-    /// Has the session manager's store tell all that it holds once more; what is known stays until it has.
-    void askDefaultsAgain();
-
     /// A cycle of the graph that a node belongs to; whether its rate is news.
     bool sawClock(std::uint32_t node, const GraphClock& clock);
 

@@ -156,7 +156,6 @@ DeviceProperties deviceProperties(const spa_dict* dictionary) {
     device.productName = dictionaryText(dictionary, "device.product.name");
     device.cardLongName = firstText(dictionary, {"api.alsa.card.longname", "alsa.long_card_name"});
     device.cardDriver = firstText(dictionary, {"alsa.driver_name", "api.alsa.card.driver"});
-    device.formFactor = dictionaryText(dictionary, "device.form-factor");
     return device;
 }
 

@@ -96,6 +96,9 @@ class LoopTimer final : public LoopSource {
   public:
     LoopTimer(pw_loop* loop, Action action);
 
+    /// Whether the system gave a descriptor for it; without one it never fires.
+    bool isAble() const { return source_ != nullptr; }
+
     /// Replaces an earlier time.
     void arm(std::chrono::milliseconds delay);
     void disarm();
@@ -112,7 +115,9 @@ class LoopEvent final : public LoopSource {
   public:
     LoopEvent(pw_loop* loop, Action action);
 
-    void signal() { pw_loop_signal_event(loop_, source_); }
+    void signal() {
+        if (source_ != nullptr) pw_loop_signal_event(loop_, source_);
+    }
 };
 
 /// Runs its action whenever a descriptor, which stays its owner's, is readable.

@@ -90,7 +90,6 @@ struct DeviceProperties {
     std::string
         cardLongName;  // ALSA's own: for USB "<vendor> <product> at usb-...", as the device spells them
     std::string cardDriver;
-    std::string formFactor;  // device.form-factor
 
     bool operator==(const DeviceProperties&) const = default;
 };

@@ -11,8 +11,8 @@ namespace {
 /// A server that lives answers within a few milliseconds, also on a busy machine.
 constexpr std::chrono::milliseconds longestSilence{3000};
 
-/// By then a program that has connected has bound what it wants.
-constexpr std::chrono::milliseconds defaultsDoubt{300};
+/// A server that was only stopped answers as soon as it goes on; a connection that is stuck never does.
+constexpr std::chrono::milliseconds silenceForGood{15000};
 
 pw_properties* clientProperties() {
     return pw_properties_new(PW_KEY_APP_NAME, "Purlock", PW_KEY_APP_ID, applicationIdentifier,
@@ -54,12 +54,7 @@ Session::Session(Core core, pw_loop* loop, Observers observers)
       registry_(pw_core_get_registry(core_.get(), PW_VERSION_REGISTRY, 0)),
       objects_(*this),
       clocks_(loop, registry_.get(), [this](const auto& clocks) { sawClocks(clocks); }),
-      silence_(loop,
-               [this] {
-                   isSilent_ = true;
-                   observers_.silent();
-               }),
-      defaultsDoubt_(loop, [this] { askDefaultsAgain(); }) {
+      silence_(loop, [this] { stayedSilent(); }) {
     pw_core_add_listener(core_.get(), coreListener_.hook(), &coreEvents, this);
     if (registry_) pw_registry_add_listener(registry_.get(), registryListener_.hook(), &registryEvents, this);
     changed();
@@ -73,26 +68,19 @@ void Session::global(std::uint32_t id, const char* type, std::uint32_t version, 
         clocks_.setProfiler(id);
         return;
     }
-    if (std::string_view(type) == PW_TYPE_INTERFACE_Client) programConnected();
     if (objects_.add(id, type, version, properties)) changed();
 }
 
-/// While a program binds a store that another program keeps, as the session manager does the defaults, the
-/// server passes the store's changes on to that program alone (`metadata_property` in its module-metadata).
-/// Such a change would never be heard of here.
-void Session::programConnected() {
-    if (std::exchange(isInDoubt_, true)) {
-        isDoubtRenewed_ = true;
-    } else {
-        defaultsDoubt_.arm(defaultsDoubt);
-    }
+void Session::stayedSilent() {
+    if (std::exchange(isSilent_, true)) return observers_.lost();
+    silence_.arm(silenceForGood);
+    observers_.silent();
 }
 
-void Session::askDefaultsAgain() {
-    isInDoubt_ = false;
-    objects_.askDefaultsAgain();
+void Session::setDefaultSinkName(std::optional<std::string> name) {
+    if (graph_.defaultSinkName == name) return;
+    graph_.defaultSinkName = std::move(name);
     changed();
-    if (std::exchange(isDoubtRenewed_, false)) programConnected();
 }
 
 void Session::globalRemoved(std::uint32_t id) {
@@ -127,10 +115,12 @@ void Session::echoed(int sequence) {
     if (std::exchange(isUnsettled_, isMoreToCome) || wasSilent) observers_.settled();
 }
 
+/// Errors of single objects are those of requests for objects that went away meanwhile. One of the connection
+/// itself may be harmless as well: a connection that still works proves it by an echo.
 void Session::failed(std::uint32_t id, int result) {
-    // Errors of single objects are those of requests for objects that went away meanwhile.
-    if (id == PW_ID_CORE && (result == -EPIPE || result == -ECONNRESET || result == -EPROTO))
-        observers_.lost();
+    if (id != PW_ID_CORE) return;
+    if (result == -EPIPE || result == -ECONNRESET || result == -EPROTO) return observers_.lost();
+    requestEcho();
 }
 
 void Session::sawClocks(const std::vector<GraphClock>& clocks) {

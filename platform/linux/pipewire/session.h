@@ -12,6 +12,7 @@
 #include "platform/linux/pipewire/clock_sampler.h"
 #include "platform/linux/pipewire/handles.h"
 #include "platform/linux/pipewire/records.h"
+#include "platform/linux/pipewire/registry_handle.h"
 
 namespace purlock::host_linux {
 
@@ -28,7 +29,7 @@ class Session final : private BoundObjects::Owner {
         std::function<void()> settled;  // the mirror is consistent and has changed, or the server is back
         std::function<void()> clocksChanged;
         std::function<void()> silent;  // the server owes an answer for too long
-        std::function<void()> lost;    // the connection is broken
+        std::function<void()> lost;    // the connection is broken, or has been silent for good
     };
 
     /// Null when there is no server to connect to. Takes no longer than making the socket.
@@ -41,6 +42,9 @@ class Session final : private BoundObjects::Owner {
 
     /// Whether the server has answered since the connection was made, and owes no answer for too long.
     bool isResponding() const { return hasAnswered_ && !isSilent_; }
+
+    /// What the session manager's store says, asked for in another way than by listening to it.
+    void setDefaultSinkName(std::optional<std::string> name);
 
     /// Has the server prove that it lives.
     void check() { requestEcho(); }
@@ -62,22 +66,15 @@ class Session final : private BoundObjects::Owner {
     void globalRemoved(std::uint32_t id);
     void echoed(int sequence);
     void failed(std::uint32_t id, int result);
+    void stayedSilent();
 
     AudioGraph& mirror() override { return graph_; }
     pw_registry* registry() override { return registry_.get(); }
     void changed() override;
     std::uint64_t nextEcho() const override { return echoesSent_ + 1; }
 
-    void programConnected();
-    void askDefaultsAgain();
     void requestEcho();
     void sawClocks(const std::vector<GraphClock>& clocks);
-
-    struct RegistryDeleter {
-        void operator()(pw_registry* registry) const {
-            pw_proxy_destroy(reinterpret_cast<pw_proxy*>(registry));
-        }
-    };
 
     static const pw_core_events coreEvents;
     static const pw_registry_events registryEvents;
@@ -85,15 +82,12 @@ class Session final : private BoundObjects::Owner {
     const Observers observers_;
     AudioGraph graph_;
     Core core_;
-    std::unique_ptr<pw_registry, RegistryDeleter> registry_;
+    Registry registry_;
     Listener coreListener_;
     Listener registryListener_;
     BoundObjects objects_;
     ClockSampler clocks_;
     LoopTimer silence_;
-    LoopTimer defaultsDoubt_;
-    bool isInDoubt_ = false;
-    bool isDoubtRenewed_ = false;
     std::uint64_t echoesSent_ = 0;
     int echoSequence_ = 0;
     bool isEchoDue_ = false;

@@ -25,8 +25,9 @@ SoftwareGain softwareGain(const NodeRecord& node) {
     const MixerProperties& mixing = node.mixing;
     SoftwareGain gain;
     gain.isMuted = mixing.isSoftMuted || (mixing.isMuted && !node.properties.isRouted);
-    double strongest = mixing.volume;
-    for (const float factor : followsSoftVolumes(node) ? mixing.softVolumes : mixing.channelVolumes) {
+    const auto& factors = followsSoftVolumes(node) ? mixing.softVolumes : mixing.channelVolumes;
+    double strongest = factors.empty() ? mixing.volume : 1;
+    for (const float factor : factors) {
         const double applied = mixing.volume * static_cast<double>(factor);
         if (std::abs(applied - 1) > std::abs(strongest - 1)) strongest = applied;
     }

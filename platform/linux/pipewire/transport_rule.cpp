@@ -1,5 +1,6 @@
 #include "platform/linux/pipewire/transport_rule.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -28,10 +29,24 @@ bool isSoftwareCard(std::string_view driver) {
     return false;
 }
 
-/// Sound hardware on the machine's own board hangs on one of these; a system on a chip has no PCI.
-bool isInternalBus(std::string_view bus) {
-    return bus == "pci" || bus == "isa" || bus == "platform" || bus == "acpi" || bus == "soundwire" ||
-           bus == "i2c";
+/// The drivers of sound that is part of the machine, by the names of their modules and of their cards. Cards
+/// in slots and boards on a connector have other drivers.
+bool isIntegratedSound(std::string_view driver) {
+    constexpr std::array beginnings = {
+        "snd_hda_intel", "HDA-Intel",   "snd_hda_tegra",
+        "tegra-hda",  // Intel's High Definition Audio
+        "snd_sof",       "sof-",        "snd_soc_avs",
+        "avs_",  // Intel's and others' DSPs
+        "snd_soc_skl",   "snd_soc_sst", "bytcr",
+        "cht-",  // older ones of Intel
+        "snd_acp",       "snd_pci_acp", "snd_rn_pci",
+        "acp",  // AMD
+        "snd_soc_sc",    "snd_soc_x1e", "snd_soc_macaudio",
+        "macaudio",                  // laptops with ARM processors
+        "snd_bcm2835",   "bcm2835",  // the Raspberry Pi's own jack
+    };
+    return std::any_of(beginnings.begin(), beginnings.end(),
+                       [driver](std::string_view each) { return driver.starts_with(each); });
 }
 
 std::uint32_t hardwareTransport(const NodeProperties& node, const TransportFacts& facts,
@@ -48,9 +63,8 @@ std::uint32_t hardwareTransport(const NodeProperties& node, const TransportFacts
                                                            : kAudioDeviceTransportTypeHDMI;
     }
     if (bus == "firewire") return fourCharCode("1394");
-    if (isInternalBus(bus)) {
-        return isDigitalOutput(node) ? kAudioDeviceTransportTypePCI : kAudioDeviceTransportTypeBuiltIn;
-    }
+    if (isIntegratedSound(driver) && !isDigitalOutput(node)) return kAudioDeviceTransportTypeBuiltIn;
+    if (bus == "pci") return kAudioDeviceTransportTypePCI;
     return isSoftwareCard(driver) ? kAudioDeviceTransportTypeVirtual : 0;
 }
 

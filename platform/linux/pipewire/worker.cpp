@@ -1,10 +1,12 @@
 #include "platform/linux/pipewire/worker.h"
 
+#include <malloc.h>
 #include <pipewire/extensions/profiler.h>
 #include <pipewire/impl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <iostream>
 #include <limits>
 #include <utility>
 
@@ -20,6 +22,7 @@ constexpr std::chrono::milliseconds firstDelay = 25ms;
 constexpr std::chrono::milliseconds longestDelay = 30s;      // while the socket's folder is watched
 constexpr std::chrono::milliseconds longestBlindDelay = 1s;  // while it cannot be
 constexpr std::chrono::milliseconds quietTime = 25ms;
+constexpr std::chrono::milliseconds doubtLasts = 150ms;
 constexpr std::chrono::nanoseconds longestBurst = 100ms;
 constexpr std::chrono::nanoseconds longestTransition = 1300ms;
 
@@ -75,16 +78,22 @@ PipeWireHardware::Worker::Worker(RunningApplications& applications, const Places
     if (!context_) return;
     // The words of the profiler's protocol; without them its reports cannot be read, and clocks are
     // estimated.
-    pw_context_load_module(context_.get(), PW_EXTENSION_MODULE_PROFILER, nullptr, nullptr);
+    if (pw_context_load_module(context_.get(), PW_EXTENSION_MODULE_PROFILER, nullptr, nullptr) == nullptr)
+        std::cerr << "PipeWire's profiler module cannot be loaded; clock rates are estimated.\n";
     hardware_ = std::make_unique<HardwareWatch>(loop_, SoundCards(places.processFileSystem),
                                                 places.soundDevices, [this] { publish(); });
     socket_ = std::make_unique<SocketWatch>(loop_, [this] { serverAppeared(); });
     reconnect_ = std::make_unique<LoopTimer>(loop_, [this] { connect(); });
     quiet_ = std::make_unique<LoopTimer>(loop_, [this] { publishIfSettled(); });
+    doubts_ = std::make_unique<LoopTimer>(loop_, [this] { askForDefault(); });
+    probe_ = std::make_unique<DefaultsProbe>(context_.get(), loop_, [this](std::optional<std::string> name) {
+        if (session_) session_->setDefaultSinkName(std::move(name));
+    });
     sessionEnds_ = std::make_unique<LoopEvent>(loop_, [this] { endSession(); });
     checkUp_ = std::make_unique<LoopEvent>(loop_, [this] { checkUp(); });
     reconnect_->arm(0ms);
-    pw_thread_loop_start(thread_.get());
+    if (pw_thread_loop_start(thread_.get()) != 0)
+        std::cerr << "The system gives no thread for the audio server; there will be no devices.\n";
 }
 
 PipeWireHardware::Worker::~Worker() {
@@ -121,6 +130,7 @@ void PipeWireHardware::Worker::serverAppeared() {
 void PipeWireHardware::Worker::endSession() {
     if (!session_) return;
     session_.reset();
+    probe_->forget();
     identities_.clear();
     clockInfluences_.clear();
     publish();
@@ -133,13 +143,14 @@ void PipeWireHardware::Worker::settled() {
     hardware_->follow(session_->graph());
     identities_.retain(session_->graph());
     sampleClocksIfChanged();
+    doubtDefault();
     publishWhenQuiet();
 }
 
 /// The server tells one change in many steps, a few milliseconds apart; they are told on as one.
 void PipeWireHardware::Worker::publishWhenQuiet() {
     if (!unpublishedSince_) unpublishedSince_ = steadyNow();
-    if (steadyNow() - *unpublishedSince_ < longestBurst / 1ns) {
+    if (quiet_->isAble() && steadyNow() - *unpublishedSince_ < longestBurst / 1ns) {
         quiet_->arm(quietTime);
     } else {
         publishIfSettled();
@@ -152,7 +163,7 @@ void PipeWireHardware::Worker::publishIfSettled() {
     const auto transition = isPatient && session_ ? transitionOf(session_->graph(), session_->knowsClocks(),
                                                                  clockChangedAt_ + clockSettles / 1ns)
                                                   : Transition::none;
-    if (transition == Transition::none) return publish();
+    if (transition == Transition::none || !quiet_->isAble()) return publish();
     const std::int64_t lastNews = std::max(clockChangedAt_, clockAskedAt_);
     if (transition == Transition::clock && now - lastNews > askAnewAfter / 1ns) {
         clockAskedAt_ = now;
@@ -173,15 +184,38 @@ void PipeWireHardware::Worker::sampleClocksIfChanged() {
 void PipeWireHardware::Worker::publish() {
     unpublishedSince_.reset();
     quiet_->disarm();
-    auto next = std::make_shared<const Answers>();
-    if (session_ && session_->isResponding()) {
-        next = std::make_shared<const Answers>(
-            buildAnswers(session_->graph(), hardware_->sight(), connection_, identities_, ids_));
-    }
+    const bool isResponding = session_ && session_->isResponding();
+    const auto next = isResponding
+                          ? std::make_shared<const Answers>(buildAnswers(
+                                session_->graph(), hardware_->sight(), connection_, identities_, ids_))
+                          : std::make_shared<const Answers>();
     const auto before = answers.get();
     answers.set(next);
     planCheckUp();
     listeners.notify(next->changesSince(*before));
+    giveBackMemory();
+}
+
+/// The session manager moves streams a moment before or after it names another default.
+void PipeWireHardware::Worker::doubtDefault() {
+    DefaultDoubt doubt = defaultDoubt(session_->graph());
+    if (doubt == doubt_) return;
+    doubt_ = std::move(doubt);
+    if (doubt_.isAny()) doubts_->arm(doubtLasts);
+}
+
+void PipeWireHardware::Worker::askForDefault() {
+    if (session_ && defaultDoubt(session_->graph()) == doubt_) probe_->ask();
+}
+
+/// Hundreds of objects that have gone leave free memory behind.
+void PipeWireHardware::Worker::giveBackMemory() {
+    constexpr std::size_t many = 64;
+    const std::size_t nodes = session_ ? session_->graph().nodes.size() : 0;
+    mostNodes_ = std::max(mostNodes_, nodes);
+    if (mostNodes_ < many || nodes > mostNodes_ / 2) return;
+    mostNodes_ = nodes;
+    ::malloc_trim(0);
 }
 
 void PipeWireHardware::Worker::planCheckUp() {

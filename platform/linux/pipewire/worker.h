@@ -8,6 +8,8 @@
 
 #include "platform/linux/pipewire/client_identity.h"
 #include "platform/linux/pipewire/current_answers.h"
+#include "platform/linux/pipewire/default_doubt.h"
+#include "platform/linux/pipewire/defaults_probe.h"
 #include "platform/linux/pipewire/handles.h"
 #include "platform/linux/pipewire/hardware_watch.h"
 #include "platform/linux/pipewire/listener_table.h"
@@ -46,6 +48,9 @@ class PipeWireHardware::Worker {
     void publishWhenQuiet();
     void publishIfSettled();
     void publish();
+    void doubtDefault();
+    void askForDefault();
+    void giveBackMemory();
     void planCheckUp();
     void sampleClocksIfChanged();
     void checkUp();
@@ -60,6 +65,8 @@ class PipeWireHardware::Worker {
     std::unique_ptr<SocketWatch> socket_;
     std::unique_ptr<LoopTimer> reconnect_;
     std::unique_ptr<LoopTimer> quiet_;
+    std::unique_ptr<LoopTimer> doubts_;
+    std::unique_ptr<DefaultsProbe> probe_;
     std::unique_ptr<LoopEvent> sessionEnds_;
     std::unique_ptr<LoopEvent> checkUp_;
     std::unique_ptr<Session> session_;
@@ -69,6 +76,8 @@ class PipeWireHardware::Worker {
     std::int64_t clockChangedAt_ = 0;               // what may change a clock; steady clock, ns
     std::int64_t clockAskedAt_ = 0;                 // the profiler, anew; steady clock, ns
     std::string clockInfluences_;
+    DefaultDoubt doubt_;  // the last one
+    std::size_t mostNodes_ = 0;
     GlanceSchedule glances_;
     std::atomic<std::int64_t> nextCheckUp_;  // steady clock, ns; the greatest value for never
 };

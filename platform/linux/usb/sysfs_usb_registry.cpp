@@ -47,15 +47,34 @@ bool isHub(const std::string& device) {
     return readAttribute(device, "bDeviceClass") == "09";
 }
 
+/// The entries that are interfaces of class 01, audio ("1-4.2:1.0").
+std::vector<std::string> soundInterfaces(const std::vector<std::string>& entries, const std::string& folder) {
+    std::vector<std::string> found;
+    for (const std::string& entry : entries) {
+        const bool isInterface = entry.find(':') != std::string::npos;
+        if (isInterface && readAttribute(joined({folder, "/", entry}), "bInterfaceClass") == "01")
+            found.push_back(entry);
+    }
+    return found;
+}
+
 }  // namespace
 
 std::optional<std::vector<UsbDevice>> SysfsUsbRegistry::devices() {
-    auto names = namesInFolder(folder_, maximumEntries);
-    if (!names) return std::nullopt;
-    std::erase_if(*names, [](const std::string& name) { return !isDeviceName(name); });
-    std::ranges::stable_sort(*names, {}, numbersIn);
+    const auto entries = namesInFolder(folder_, maximumEntries);
+    if (!entries) return std::nullopt;
+    std::vector<std::string> names = *entries;
+    std::erase_if(names, [](const std::string& name) { return !isDeviceName(name); });
+    std::ranges::stable_sort(names, {}, numbersIn);
+    const auto interfaces = soundInterfaces(*entries, folder_);
+    // A device that has sound to offer is the likelier one to be meant by a name that others bear too.
+    std::ranges::stable_partition(names, [&](const std::string& name) {
+        return std::ranges::any_of(interfaces, [&](const std::string& each) {
+            return each.starts_with(name) && each.size() > name.size() && each[name.size()] == ':';
+        });
+    });
     std::vector<UsbDevice> devices;
-    for (const std::string& name : *names) {
+    for (const std::string& name : names) {
         const std::string device = joined({folder_, "/", name});
         if (!isHub(device))
             devices.push_back({readAttribute(device, "manufacturer"), readAttribute(device, "product")});

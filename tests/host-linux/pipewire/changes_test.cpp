@@ -76,13 +76,16 @@ TEST_F(Changes, TheListAndTheDefaultFollowSinksThatComeAndGo) {
               kAudioHardwareBadObjectError);
 }
 
-/// The server tells a change of the store to nobody but a program that is just binding it, if there is one.
+/// The server tells a change of the store to nobody but a program that is just binding it, if there is one. A
+/// change that is missed shows when the session manager moves what plays.
 TEST_F(Changes, ADefaultThatChangesWhileProgramsConnectIsSeenInTheEnd) {
     constexpr int rounds = 40;
     constexpr const char* connecting[] = {"connecting", "connecting as well", "connecting too"};
     ASSERT_TRUE(session.loadNullSink("first", 48000));
     ASSERT_TRUE(session.loadNullSink("second", 48000));
     ASSERT_TRUE(waitUntil([&] { return observer().deviceByUID("second") != 0; }));
+    session.spawn("player", {"pacat", "--raw", "--format=s16le", "--rate=48000", "/dev/zero"});
+    ASSERT_TRUE(waitUntil([&] { return !observer().processes().empty(); }));
     for (int round = 0; round < rounds; ++round) {
         const std::string name = round % 2 == 0 ? "first" : "second";
         for (const char* each : connecting)
@@ -93,6 +96,42 @@ TEST_F(Changes, ADefaultThatChangesWhileProgramsConnectIsSeenInTheEnd) {
         for (const char* each : connecting) session.process(each).kill();
         EXPECT_TRUE(waitUntil(isNamed, 2s)) << "round " << round;
     }
+}
+
+/// For as long as a program binds the store, the server withholds its changes from everybody else.
+TEST_F(Changes, ABystanderMissesNothing) {
+    constexpr int changes = 10000;
+    ASSERT_TRUE(session.loadNullSink("first", 48000));
+    ASSERT_TRUE(waitUntil([&] { return observer().deviceByUID("first") != 0; }));
+    const auto result = session.run({METADATA_BYSTANDER, std::to_string(changes)}, 60s);
+    EXPECT_EQ(result.output, std::to_string(changes) + "\n") << "what a listener heard of";
+}
+
+TEST_F(Changes, AManagerThatHangsIsNoServerThatIsGone) {
+    ASSERT_TRUE(session.loadNullSink("first", 48000));
+    session.spawn("player", {"pacat", "--raw", "--format=s16le", "--rate=48000", "/dev/zero"});
+    const auto isPlaying = [&] { return observer().isRunning(observer().deviceByUID("first")); };
+    ASSERT_TRUE(session.setDefaultSink("first"));
+    ASSERT_TRUE(waitUntil(isPlaying));
+    session.process("wireplumber").pause();
+    session.run({"pw-cli", "info", "0"});
+    const bool isLost = waitUntil([&] { return !isPlaying(); }, 4500ms);
+    EXPECT_FALSE(isLost) << "the music goes on";
+    session.process("wireplumber").resume();
+}
+
+TEST_F(Changes, TheLastDefaultStandsWhileThereIsNoManager) {
+    ASSERT_TRUE(session.loadNullSink("first", 48000, "priority.session=2000"));
+    ASSERT_TRUE(session.loadNullSink("second", 48000, "priority.session=1000"));
+    ASSERT_TRUE(waitUntil([&] { return observer().deviceByUID("second") != 0; }));
+    ASSERT_TRUE(session.setDefaultSink("second"));
+    const auto isSecond = [&] { return observer().defaultOutput() == observer().deviceByUID("second"); };
+    ASSERT_TRUE(waitUntil(isSecond));
+    session.process("wireplumber").kill();
+    EXPECT_FALSE(waitUntil([&] { return !isSecond(); }, 1s)) << "of the highest priority is the other";
+    ASSERT_TRUE(session.startSessionManager());
+    ASSERT_TRUE(session.setDefaultSink("first"));
+    EXPECT_TRUE(waitUntil([&] { return !isSecond(); })) << "the new manager's word counts";
 }
 
 TEST_F(Changes, StartAndStopAreToldForTheDeviceAndTheProcesses) {

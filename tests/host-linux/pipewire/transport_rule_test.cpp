@@ -30,14 +30,22 @@ TEST(TransportRule, Rows) {
                              {"device.api", "alsa"},
                              {"device.profile.name", "iec958-stereo"}};
     const auto on = [](const char* bus) { return Entries{{"device.api", "alsa"}, {"device.bus", bus}}; };
+    const auto by = [](const char* bus, const char* driver) {
+        return Entries{{"device.api", "alsa"}, {"device.bus", bus}, {"alsa.driver_name", driver}};
+    };
     const TransportCase cases[] = {
         {"USB DAC", pcm, on("usb"), kAudioDeviceTransportTypeUSB},
         {"USB by driver", pcm, Entries{{"device.api", "alsa"}, {"alsa.driver_name", "snd_usb_audio"}},
          kAudioDeviceTransportTypeUSB},
         {"USB, digital profile", digital, on("usb"), kAudioDeviceTransportTypeUSB},
-        {"built-in", pcm, on("pci"), kAudioDeviceTransportTypeBuiltIn},
-        {"system on a chip", pcm, on("platform"), kAudioDeviceTransportTypeBuiltIn},
-        {"built-in, digital", digital, on("pci"), kAudioDeviceTransportTypePCI},
+        {"built-in", pcm, by("pci", "snd_hda_intel"), kAudioDeviceTransportTypeBuiltIn},
+        {"built-in behind a DSP", pcm, by("pci", "snd_sof_pci_intel_tgl"), kAudioDeviceTransportTypeBuiltIn},
+        {"built-in, by its card's name", pcm, by("platform", "sof-hda-dsp"),
+         kAudioDeviceTransportTypeBuiltIn},
+        {"built-in, digital", digital, by("pci", "snd_hda_intel"), kAudioDeviceTransportTypePCI},
+        {"a card in a slot", pcm, by("pci", "snd_oxygen"), kAudioDeviceTransportTypePCI},
+        {"a card in a slot without a driver's name", pcm, on("pci"), kAudioDeviceTransportTypePCI},
+        {"a board on I2S", pcm, by("platform", "snd_soc_rpi_simple_soundcard"), 0},
         {"HDMI", display, on("pci"), kAudioDeviceTransportTypeHDMI, EldConnection::hdmi},
         {"DisplayPort", display, on("pci"), kAudioDeviceTransportTypeDisplayPort, EldConnection::displayPort},
         {"a display without a monitor", display, on("pci"), kAudioDeviceTransportTypeHDMI},

@@ -1,7 +1,7 @@
-// Situations at random, by hand: build/dev/bin/random_situations <count> [<seed>]. Each is played, and the
-// verdict compared with the samples; the line says what was found. The status is 1 when a verdict or a line
-// of the log disagrees. Situations whose outcome is known to need more than the graph tells are not drawn:
-// the README's section on the verdicts lists them.
+// Situations at random, by hand: build/dev/bin/random_situations <count> [<seed> [<only>]]. Each is played,
+// and the verdict compared with the samples; the line says what was found. The status is 1 when a verdict or
+// a line of the log disagrees. Situations whose outcome is known to need more than the graph tells are not
+// drawn: the README's section on the verdicts lists them.
 
 #include <cstdlib>
 #include <iostream>
@@ -89,8 +89,10 @@ int main(int argc, char** argv) {
     Draw draw(seed);
     int wrong = 0;
     std::map<std::string, int> outcomes;
+    const int only = argc > 3 ? std::atoi(argv[3]) : -1;
     for (int i = 0; i < count; ++i) {
         Situation situation = draw.situation();
+        if (only >= 0 && i != only) continue;
         situation.name = std::to_string(i);
         const Finding finding = playClearly(stage, situation);
         const bool agrees = finding.trouble.empty() && finding.agrees(situation);

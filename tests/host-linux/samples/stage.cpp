@@ -141,8 +141,10 @@ bool Stage::watch(const std::string& name) {
     if (!session_.setDefaultSink(name)) return false;
     return waitUntil([&] {
         const auto snapshot = program_.snapshot();
+        const auto lines = program_.log();
         return snapshot.is_object() && snapshot.value("/device/uid"_json_pointer, "") == name &&
-               snapshot.value("/verdict/kind"_json_pointer, "") == "idle";
+               snapshot.value("/verdict/kind"_json_pointer, "") == "idle" && !lines.empty() &&
+               lines.back().value("uid", "") == name && lines.back().value("verdict", "") == "idle";
     });
 }
 
