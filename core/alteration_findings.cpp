@@ -79,10 +79,10 @@ Texts textsOf(const Alteration& alteration, const SystemWords& words) {
             },
             [&](const alteration::Mixed& mixed) -> Texts {
                 const std::string names = listed(mixed.applications);
+                const bool isOne = mixed.applications.size() == 1;
                 return {"Other sound is mixed in",
-                        joined({words.mixer, " mixes in what ", names,
-                                mixed.applications.size() == 1 ? " plays." : " play."}),
-                        joined({"Stop ", names, ", or give it another device."})};
+                        joined({words.mixer, " mixes in what ", names, isOne ? " plays." : " play."}),
+                        joined({"Stop ", names, ", or give ", isOne ? "it" : "them", " another device."})};
             },
             [&](const alteration::DeviceVolume& device) -> Texts {
                 return {"Device volume changes the samples", turned(words, device.device, device.volume),

@@ -45,6 +45,55 @@ TEST(StateLogger, MakesItsFolderAndNamesItsFileAndQueue) {
     EXPECT_TRUE(f.files.files.empty());
 }
 
+TEST(StateLogger, AlterationsAreWrittenWhereTheyAreKnown) {
+    Fixture f;
+    DeviceState state = dac(studio(), studio());
+    state.mixerWork = MixerWork{};
+    const std::string known =
+        R"({"alterations":[],)" + line("true", studioJson, "bitPerfect", studioJson).substr(1);
+    EXPECT_EQ(f.after(state), known);
+    state.mixerWork->alterations = {alteration::DeviceVolume{"DAC", 0.5}, alteration::Mixed{{"Firefox"}}};
+    const std::string altered = R"({"alterations":[{"device":"DAC","kind":"deviceVolume","volume":0.5},)"
+                                R"({"applications":["Firefox"],"kind":"mixed"}],)" +
+                                line("true", studioJson, "altered", studioJson).substr(1);
+    EXPECT_EQ(f.after(state), known + altered);
+    EXPECT_EQ(f.after(state), known + altered) << "nothing new";
+    state.mixerWork->alterations = {alteration::DeviceVolume{"DAC", 0.6}, alteration::Mixed{{"Firefox"}}};
+    EXPECT_GT(f.after(state).size(), (known + altered).size()) << "a detail is news";
+}
+
+struct AlterationRow {
+    const char* name;
+    Alteration alteration;
+    const char* json;
+};
+
+TEST(StateLogger, AlterationsByteForByte) {
+    using namespace alteration;
+    const AlterationRow rows[] = {
+        {"stream volume", StreamVolume{"mpv", 0.25},
+         R"({"application":"mpv","kind":"streamVolume","volume":0.25})"},
+        {"stream mute", StreamMute{"mpv"}, R"({"application":"mpv","kind":"streamMute"})"},
+        {"channels", Channels{"mpv", 6, 2}, R"({"application":"mpv","from":6,"kind":"channels","to":2})"},
+        {"filter", Filter{"EQ"}, R"({"kind":"filter","name":"EQ"})"},
+        {"mixed", Mixed{{"A", "B"}}, R"({"applications":["A","B"],"kind":"mixed"})"},
+        {"device volume", DeviceVolume{"DAC", 1.5}, R"({"device":"DAC","kind":"deviceVolume","volume":1.5})"},
+        {"device mute", DeviceMute{"DAC"}, R"({"device":"DAC","kind":"deviceMute"})"},
+        {"clock", alteration::Clock{"DAC", "HDMI"}, R"({"device":"DAC","kind":"clock","leader":"HDMI"})"},
+        {"dither", Dither{"DAC"}, R"({"device":"DAC","kind":"dither"})"},
+        {"elsewhere", Elsewhere{"mpv", "Hall", "DAC"},
+         R"({"application":"mpv","device":"Hall","kind":"elsewhere"})"},
+    };
+    for (const AlterationRow& row : rows) {
+        Fixture f;
+        DeviceState state = dac(studio(), studio());
+        state.mixerWork = MixerWork{{row.alteration}};
+        EXPECT_EQ(f.after(state), R"({"alterations":[)" + std::string(row.json) + "]," +
+                                      line("true", studioJson, "altered", studioJson).substr(1))
+            << row.name;
+    }
+}
+
 struct LineRow {
     const char* name;
     DeviceState state;

@@ -32,6 +32,30 @@ TEST(StateSnapshot, MakesItsFolderAndNamesItsFileAndQueue) {
     EXPECT_EQ(f.queues.made()[0]->label(), std::string(applicationIdentifier) + ".purlock.snapshot");
 }
 
+TEST(StateSnapshot, AlterationsAreWrittenWhereTheyAreKnown) {
+    Fixture f;
+    DeviceState state = dac(studio(), studio());
+    EXPECT_EQ(f.after(state).find("alterations"), std::string::npos);
+    state.mixerWork = MixerWork{{alteration::StreamMute{"mpv"}}};
+    const std::string text = f.after(state);
+    EXPECT_TRUE(text.starts_with(R"({
+  "alterations" : [
+    {
+      "application" : "mpv",
+      "kind" : "streamMute"
+    }
+  ],
+  "device" : {)"))
+        << text;
+    EXPECT_NE(text.find(R"("bitDepth" : 24,
+    "headline" : "Altered",
+    "kind" : "altered",
+    "rate" : 48000)"),
+              std::string::npos)
+        << text;
+    EXPECT_EQ(f.after(std::nullopt).find("alterations"), std::string::npos);
+}
+
 constexpr const char* noDevice = R"({
   "device" : null,
   "physical" : null,

@@ -19,6 +19,7 @@ TEST(Verdict, EqualityComparesTheCaseAndWhatItCarries) {
         verdict::Idle{a},          verdict::Idle{b},          verdict::Idle{moreChannels},
         verdict::BitPerfect{a},    verdict::BitPerfect{b},    verdict::Resampling{a, b},
         verdict::Resampling{b, a}, verdict::Resampling{a, a}, verdict::Unknown{},
+        verdict::Altered{a},       verdict::Altered{b},
     };
     for (std::size_t i = 0; i < std::size(rows); ++i) {
         for (std::size_t j = 0; j < std::size(rows); ++j) {

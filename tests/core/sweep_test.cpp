@@ -153,17 +153,17 @@ std::string expectedVerdict(const Inputs& in) {
 }
 
 std::string text(const Verdict& verdict) {
-    return std::visit(Overloaded{
-                          [](const verdict::Idle& v) { return "idle " + v.format.summary(); },
-                          [](const verdict::BitPerfect& v) { return "bitPerfect " + v.format.summary(); },
-                          [](const verdict::Resampling& v) {
-                              return "resampling " + v.virtualFormat.summary() + " to " +
-                                     v.physicalFormat.summary();
-                          },
-                          [](const verdict::Unknown&) { return std::string("unknown"); },
-                          [](const verdict::Altered& altered) { return "altered " + altered.format.summary(); },
-                      },
-                      verdict);
+    return std::visit(
+        Overloaded{
+            [](const verdict::Idle& v) { return "idle " + v.format.summary(); },
+            [](const verdict::BitPerfect& v) { return "bitPerfect " + v.format.summary(); },
+            [](const verdict::Resampling& v) {
+                return "resampling " + v.virtualFormat.summary() + " to " + v.physicalFormat.summary();
+            },
+            [](const verdict::Unknown&) { return std::string("unknown"); },
+            [](const verdict::Altered& altered) { return "altered " + altered.format.summary(); },
+        },
+        verdict);
 }
 
 std::string lineOf(const SignalStage& stage) {

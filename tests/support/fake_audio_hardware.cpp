@@ -176,6 +176,31 @@ HardwareStatus FakeAudioHardware::getPropertyText(AudioObjectID object, const Pr
     return noErr;
 }
 
+void FakeAudioHardware::setMixerWork(AudioObjectID device, const MixerWork& work) {
+    const std::lock_guard lock(mutex_);
+    mixerWork_[device] = work;
+}
+
+void FakeAudioHardware::holdPicturesStill() {
+    picturesAreStill_ = true;
+}
+
+std::optional<MixerWork> FakeAudioHardware::mixerWork(AudioObjectID device) {
+    const std::lock_guard lock(mutex_);
+    const auto found = mixerWork_.find(device);
+    return found == mixerWork_.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::shared_ptr<AudioProperties> FakeAudioHardware::picture() {
+    if (!picturesAreStill_) return AudioHardware::picture();
+    auto still = std::make_shared<FakeAudioHardware>();
+    const std::lock_guard lock(mutex_);
+    still->properties_ = properties_;
+    still->mixerWork_ = mixerWork_;
+    still->onRead_ = onRead_;
+    return still;
+}
+
 HardwareStatus FakeAudioHardware::addPropertyListenerBlock(AudioObjectID object,
                                                            const PropertyAddress& address,
                                                            const std::shared_ptr<SerialQueue>& queue,

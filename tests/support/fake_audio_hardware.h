@@ -28,6 +28,7 @@ class FakeAudioHardware final : public AudioHardware {
     void setValue(AudioObjectID object, std::uint32_t selector, std::uint32_t value);
     void setText(AudioObjectID object, std::uint32_t selector, std::optional<std::string> text);
     void setFormat(AudioObjectID stream, std::uint32_t selector, const StreamDescription& description);
+    void setMixerWork(AudioObjectID device, const MixerWork& work);
     void remove(AudioObjectID object, std::uint32_t selector, std::uint32_t scope);
     void removeObject(AudioObjectID object);
 
@@ -36,6 +37,8 @@ class FakeAudioHardware final : public AudioHardware {
     void refuseData(AudioObjectID object, std::uint32_t selector, std::uint32_t scope);
     void lieAboutSize(AudioObjectID object, std::uint32_t selector, std::uint32_t scope, std::uint32_t size);
     void refuseListeners(bool refused);
+    /// Pictures hold the store still from now on; at first they are the store itself.
+    void holdPicturesStill();
     /// Called before each read with its object and selector, with no lock held: it may change the store.
     void onRead(std::function<void(AudioObjectID, std::uint32_t)> callback);
 
@@ -72,6 +75,8 @@ class FakeAudioHardware final : public AudioHardware {
                                    void* data) override;
     HardwareStatus getPropertyText(AudioObjectID object, const PropertyAddress& address,
                                    std::optional<std::string>& text) override;
+    std::optional<MixerWork> mixerWork(AudioObjectID device) override;
+    std::shared_ptr<AudioProperties> picture() override;
     HardwareStatus addPropertyListenerBlock(AudioObjectID object, const PropertyAddress& address,
                                             const std::shared_ptr<SerialQueue>& queue,
                                             const ListenerBlock& block) override;
@@ -102,6 +107,8 @@ class FakeAudioHardware final : public AudioHardware {
 
     mutable std::mutex mutex_;
     std::map<Key, Property> properties_;
+    std::map<AudioObjectID, MixerWork> mixerWork_;
+    bool picturesAreStill_ = false;
     std::vector<Listener> listeners_;
     std::vector<Read> reads_;
     std::function<void(AudioObjectID, std::uint32_t)> onRead_;

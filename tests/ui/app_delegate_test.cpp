@@ -149,6 +149,7 @@ struct IconCase {
     const char* symbol;
     bool isTemplate;
     const char* words;
+    MixerWork work = {};
 };
 
 void PrintTo(const IconCase& row, std::ostream* out) {
@@ -163,6 +164,7 @@ TEST_P(StatusIcon, Table) {
     f.setDefault(0);
     if (row.device) {
         row.device->addTo(f.hardware);
+        f.hardware.setMixerWork(70, row.work);
         f.setDevices({70});
         f.setDefault(70);
     }
@@ -198,7 +200,13 @@ INSTANTIATE_TEST_SUITE_P(
         IconCase{"OtherRate", device(test::floatStream(44100), test::integerStream(48000, 32), true),
                  "exclamationmark.triangle.fill", false, "Resampling"},
         IconCase{"OtherDepth", device(test::floatStream(48000), test::integerStream(48000, 16), true),
-                 "exclamationmark.triangle.fill", false, "Resampling"}),
+                 "exclamationmark.triangle.fill", false, "Resampling"},
+        IconCase{"Altered",
+                 device(test::floatStream(48000), test::integerStream(48000, 32), true),
+                 "slider.horizontal.3",
+                 false,
+                 "Altered",
+                 {{alteration::DeviceMute{"Dac"}}}}),
     [](const auto& row) { return row.param.name; });
 
 TEST(AppDelegate, TheIconIsDrawnAgainAtEveryTick) {

@@ -265,6 +265,7 @@ TEST(VerdictBadge, Table) {
         {verdict::BitPerfect{format}, {0.3, 0.78, 0.45, 1}, "Bit-perfect"},
         {verdict::Resampling{format, format}, {0.95, 0.75, 0.2, 1}, "Resampling"},
         {verdict::Unknown{}, {0.5, 0.5, 0.5, 1}, "No device"},
+        {verdict::Altered{format}, {0.95, 0.75, 0.2, 1}, "Altered"},
     };
     for (const auto& [verdict, color, label] : cases) {
         const View view = VerdictBadge{verdict}.body();

@@ -23,9 +23,9 @@ double coverage(const QImage& image) {
 TEST(Symbols, EveryNameThatIsUsedHasADrawing) {
     for (const char* name :
          {"circle", "checkmark.seal.fill", "exclamationmark.triangle.fill", "questionmark.circle",
-          "music.note", "app.fill", "waveform", "waveform.path", "cable.connector", "hifispeaker.fill", "pin",
-          "pin.fill", "info.circle.fill", "chevron.right", "chevron.up.chevron.down", "speaker.wave.2.fill",
-          "pause.fill"}) {
+          "slider.horizontal.3", "music.note", "app.fill", "waveform", "waveform.path", "cable.connector",
+          "hifispeaker.fill", "pin", "pin.fill", "info.circle.fill", "chevron.right",
+          "chevron.up.chevron.down", "speaker.wave.2.fill", "pause.fill"}) {
         SCOPED_TRACE(name);
         EXPECT_TRUE(hasSymbol(name));
         const QImage image = symbolImage(name, 10, FontWeight::semibold, Qt::white, 1);
