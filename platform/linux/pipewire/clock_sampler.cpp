@@ -10,6 +10,9 @@ namespace {
 /// rate.
 constexpr std::chrono::milliseconds samplingTime{2500};
 
+/// By then a graph that changes its rate has run cycles at the new one.
+constexpr std::chrono::milliseconds settlingTime{130};
+
 }  // namespace
 
 const pw_profiler_events ClockSampler::events = {
@@ -20,6 +23,7 @@ const pw_profiler_events ClockSampler::events = {
 ClockSampler::ClockSampler(pw_loop* loop, pw_registry* registry, Observer observer)
     : registry_(registry),
       observer_(std::move(observer)),
+      begin_(loop, [this] { begin(); }),
       end_(loop, [this] { end(); }),
       glanced_(loop, [this] {
           if (isGlance_) end();
@@ -40,22 +44,19 @@ void ClockSampler::sample() {
     wanted_ = true;
     isGlance_ = false;
     end_.arm(samplingTime);
-    if (!listening_) begin();
+    if (!listening_) begin_.arm(settlingTime);
 }
 
 void ClockSampler::glance() {
     if (wanted_) return;
     sample();
     isGlance_ = true;
-}
-
-void ClockSampler::sampleAnew() {
-    listening_.reset();
-    sample();
+    begin();
 }
 
 void ClockSampler::end() {
     wanted_ = false;
+    begin_.disarm();
     end_.disarm();
     listening_.reset();
 }
@@ -66,7 +67,8 @@ void ClockSampler::reported(const spa_pod* pod) {
 }
 
 void ClockSampler::begin() {
-    if (!profiler_) return;
+    begin_.disarm();
+    if (!profiler_ || listening_) return;
     listening_.emplace();
     listening_->proxy.reset(static_cast<pw_proxy*>(
         pw_registry_bind(registry_, *profiler_, PW_TYPE_INTERFACE_Profiler, PW_VERSION_PROFILER, 0)));

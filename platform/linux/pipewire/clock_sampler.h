@@ -32,14 +32,12 @@ class ClockSampler {
     void setProfiler(std::uint32_t id);
     void removeProfiler(std::uint32_t id);
 
-    /// Listens from now on for a while; anew if it does already.
+    /// Listens for a while, once the graph has had the time to change its rate: the first report comes at
+    /// once, and the next a second later. Anew if it listens already.
     void sample();
 
     /// Listens until the next report, and no longer than `sample` does.
     void glance();
-
-    /// Has what is listened to report at once what has happened since.
-    void sampleAnew();
 
     bool isSampling() const { return listening_.has_value(); }
 
@@ -65,6 +63,7 @@ class ClockSampler {
     bool wanted_ = false;
     bool isGlance_ = false;
     std::optional<Listening> listening_;
+    LoopTimer begin_;
     LoopTimer end_;
     LoopTimer glanced_;  // a proxy must not end within its own event
 };

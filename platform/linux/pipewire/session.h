@@ -55,9 +55,6 @@ class Session final : private BoundObjects::Owner {
     /// Something changed that may change the graphs' clocks.
     void sampleClocks() { clocks_.sample(); }
 
-    /// What they are at this moment, although they were just told.
-    void sampleClocksAnew() { clocks_.sampleAnew(); }
-
     /// Whether something did all the same.
     void glanceAtClocks() { clocks_.glance(); }
 

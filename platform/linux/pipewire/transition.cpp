@@ -52,19 +52,16 @@ std::optional<double> expectedClock(const ServerSettings& settings, const Playin
 
 }  // namespace
 
-Transition transitionOf(const AudioGraph& graph, bool knowsClocks, std::int64_t settledFrom) {
+bool isInTransition(const AudioGraph& graph, bool knowsClocks, std::int64_t settledFrom) {
     const Playing playing = playingIn(graph);
-    if (playing.isUnfinished) return Transition::graph;
+    if (playing.isUnfinished) return true;
     const auto expected = expectedClock(graph.settings, playing);
-    Transition found = Transition::none;
-    for (const NodeRecord* const sink : playing.sinks) {
-        if (sink->state != NodeState::running || !sink->format) return Transition::graph;
-        const bool isSeen =
-            sink->clockRate && (sink->clockTime >= settledFrom || sink->clockRate == expected);
-        const bool isEstimated = !sink->clockRate && expected;
-        if (knowsClocks && !isSeen && !isEstimated) found = Transition::clock;
-    }
-    return found;
+    return std::any_of(playing.sinks.begin(), playing.sinks.end(), [&](const NodeRecord* sink) {
+        if (sink->state != NodeState::running || !sink->format) return true;
+        if (!knowsClocks) return false;
+        if (!sink->clockRate) return !expected;  // else the expected one is as good as seen
+        return sink->clockTime < settledFrom && sink->clockRate != expected;
+    });
 }
 
 }  // namespace purlock::host_linux

@@ -26,10 +26,8 @@ constexpr std::chrono::milliseconds doubtLasts = 150ms;
 constexpr std::chrono::nanoseconds longestBurst = 100ms;
 constexpr std::chrono::nanoseconds longestTransition = 1300ms;
 
-// After a change a graph runs some cycles at its old rate. The profiler reports at once when it is first
-// listened to, and then only once a second.
+// After a change a graph runs some cycles at its old rate.
 constexpr std::chrono::nanoseconds clockSettles = 120ms;
-constexpr std::chrono::nanoseconds askAnewAfter = 150ms;
 
 constexpr std::chrono::nanoseconds serverCheckUp = 2s;
 constexpr std::chrono::nanoseconds hardwareCheckUp = 300ms;
@@ -158,18 +156,14 @@ void PipeWireHardware::Worker::publishWhenQuiet() {
 }
 
 void PipeWireHardware::Worker::publishIfSettled() {
-    const std::int64_t now = steadyNow();
-    const bool isPatient = unpublishedSince_ && now - *unpublishedSince_ < longestTransition / 1ns;
-    const auto transition = isPatient && session_ ? transitionOf(session_->graph(), session_->knowsClocks(),
-                                                                 clockChangedAt_ + clockSettles / 1ns)
-                                                  : Transition::none;
-    if (transition == Transition::none || !quiet_->isAble()) return publish();
-    const std::int64_t lastNews = std::max(clockChangedAt_, clockAskedAt_);
-    if (transition == Transition::clock && now - lastNews > askAnewAfter / 1ns) {
-        clockAskedAt_ = now;
-        session_->sampleClocksAnew();
+    const bool isPatient =
+        unpublishedSince_ && steadyNow() - *unpublishedSince_ < longestTransition / 1ns && quiet_->isAble();
+    if (isPatient && session_ &&
+        isInTransition(session_->graph(), session_->knowsClocks(), clockChangedAt_ + clockSettles / 1ns)) {
+        quiet_->arm(quietTime);
+    } else {
+        publish();
     }
-    quiet_->arm(quietTime);
 }
 
 void PipeWireHardware::Worker::sampleClocksIfChanged() {

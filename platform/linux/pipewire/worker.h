@@ -74,7 +74,6 @@ class PipeWireHardware::Worker {
     Milliseconds delay_{0};
     std::optional<std::int64_t> unpublishedSince_;  // steady clock, ns
     std::int64_t clockChangedAt_ = 0;               // what may change a clock; steady clock, ns
-    std::int64_t clockAskedAt_ = 0;                 // the profiler, anew; steady clock, ns
     std::string clockInfluences_;
     DefaultDoubt doubt_;  // the last one
     std::size_t mostNodes_ = 0;

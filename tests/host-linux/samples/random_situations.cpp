@@ -88,6 +88,7 @@ int main(int argc, char** argv) {
     }
     Draw draw(seed);
     int wrong = 0;
+    int late = 0;
     std::map<std::string, int> outcomes;
     const int only = argc > 3 ? std::atoi(argv[3]) : -1;
     for (int i = 0; i < count; ++i) {
@@ -98,13 +99,16 @@ int main(int argc, char** argv) {
         const bool agrees = finding.trouble.empty() && finding.agrees(situation);
         const std::string falseLine = finding.falseLine(situation);
         if (!agrees || !falseLine.empty()) ++wrong;
+        if (finding.delay.count() > 0) ++late;
         ++outcomes[std::string(name(finding.outcome)) + " " + finding.verdict];
         std::cout << (agrees ? "" : "DISAGREES ") << (falseLine.empty() ? "" : "FALSE LINE ")
                   << describe(situation) << ": " << name(finding.outcome) << ", " << finding.verdict << " "
-                  << finding.alterations << " " << finding.trouble << std::endl;
+                  << finding.alterations << " " << finding.trouble;
+        if (finding.delay.count() > 0) std::cout << " after " << finding.delay.count() << " ms more";
+        std::cout << std::endl;
         if (!falseLine.empty()) std::cout << finding.lines;
     }
     for (const auto& [outcome, times] : outcomes) std::cout << outcome << ": " << times << "\n";
-    std::cout << count << " situations of seed " << seed << ", " << wrong << " wrong\n";
+    std::cout << count << " situations of seed " << seed << ", " << wrong << " wrong, " << late << " late\n";
     return wrong == 0 ? 0 : 1;
 }

@@ -66,10 +66,11 @@ std::string describe(const Situation& situation);
 struct Finding {
     Outcome outcome = Outcome::unclear;
     std::string verdict;
-    std::string alterations;          // as the snapshot has them
-    std::vector<std::string> logged;  // the verdicts of the lines that were added meanwhile
-    std::string lines;                // the same, whole
-    std::string trouble;              // what kept the situation from being made; empty when it was
+    std::string alterations;             // as the snapshot has them
+    std::vector<std::string> logged;     // the verdicts of the lines that were added meanwhile
+    std::string lines;                   // the same, whole
+    std::chrono::milliseconds delay{0};  // after the samples were looked at, until the verdict agreed
+    std::string trouble;                 // what kept the situation from being made; empty when it was
 
     /// Whether the verdict is what the samples say.
     bool agrees(const Situation& situation) const;
@@ -100,6 +101,8 @@ class Stage {
     void startBesides(const Situation& situation, const std::string& target);
     bool setVolume(const std::string& node, double factor, bool isMuted);
     void endAll();
+    void ask(Finding& finding) const;
+    Outcome outcomeOf(const Situation& situation, CapturedSink& device, CapturedSink& other) const;
     Outcome outcomeAt(CapturedSink& device, const Stream& stream, const Sound& played) const;
     bool awaitSound(CapturedSink& device, bool isSilent);
 
