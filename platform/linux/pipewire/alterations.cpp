@@ -32,15 +32,15 @@ bool isFilter(const NodeRecord& node) {
 
 class PathReader {
   public:
-    PathReader(const PlayingPath& path, const std::vector<PlayingPath>& others, const AudioGraph& graph)
-        : path_(path), others_(others), graph_(graph) {}
+    PathReader(const PlayingPath& path, const std::vector<PlayingPath>& playing, const AudioGraph& graph)
+        : path_(path), playing_(playing), graph_(graph) {}
 
     std::vector<Alteration> read() {
         addStreamGain(*path_.nodes.front(), path_.application);
         addChannels();
         for (std::size_t i = 1; i < path_.nodes.size(); ++i) {
             addMixed(i);
-            addNode(*path_.nodes[i]);
+            addNode(i);
         }
         return std::move(found_);
     }
@@ -52,16 +52,23 @@ class PathReader {
         if (gain.volume) found_.push_back(alteration::StreamVolume{name, *gain.volume});
     }
 
-    void addNode(const NodeRecord& node) {
+    void addNode(std::size_t at) {
+        const NodeRecord& node = *path_.nodes[at];
         const std::string name = nameOf(node.properties);
         if (isFilter(node)) addFilter(name);
         if (isStream(node)) addStreamGain(node, name);
         if (!isSink(node)) return;
-        const SoftwareGain gain = softwareGain(node);
-        if (gain.isMuted) found_.push_back(alteration::DeviceMute{name});
-        if (gain.volume) found_.push_back(alteration::DeviceVolume{name, *gain.volume});
+        const bool isMonitored = at + 1 < path_.nodes.size() && !handsOnConverted(node, *path_.nodes[at + 1]);
+        if (!isMonitored || node.mixing.reachesMonitor) addDeviceGain(node, name);
+        if (isMonitored) return;
         addClock(node);
         if (node.mixing.dithers) found_.push_back(alteration::Dither{name});
+    }
+
+    void addDeviceGain(const NodeRecord& sink, const std::string& name) {
+        const SoftwareGain gain = softwareGain(sink);
+        if (gain.isMuted) found_.push_back(alteration::DeviceMute{name});
+        if (gain.volume) found_.push_back(alteration::DeviceVolume{name, *gain.volume});
     }
 
     /// A filter's input and its output bear the same name.
@@ -72,7 +79,7 @@ class PathReader {
 
     /// ALSA hardware that follows a clock other than its card's own is resampled to keep in step.
     void addClock(const NodeRecord& sink) {
-        if (!sink.properties.pcm || !sink.driver || *sink.driver == sink.id) return;
+        if (!sink.properties.pcm || !sink.driver) return;
         for (const auto& [serial, node] : graph_.nodes) {
             if (node.id != *sink.driver) continue;
             const bool isSameCard =
@@ -147,7 +154,7 @@ class PathReader {
     /// What joins the path at one of its nodes.
     void addMixed(std::size_t at) {
         std::vector<std::string> applications;
-        for (const PlayingPath& other : others_) {
+        for (const PlayingPath& other : playing_) {
             if (!joinsAt(other, at)) continue;
             if (std::find(applications.begin(), applications.end(), other.application) == applications.end())
                 applications.push_back(other.application);
@@ -176,17 +183,17 @@ class PathReader {
     }
 
     const PlayingPath& path_;
-    const std::vector<PlayingPath>& others_;
+    const std::vector<PlayingPath>& playing_;
     const AudioGraph& graph_;
     std::vector<Alteration> found_;
 };
 
 }  // namespace
 
-std::vector<Alteration> alterationsOnPath(const PlayingPath& path, const std::vector<PlayingPath>& others,
+std::vector<Alteration> alterationsOnPath(const PlayingPath& path, const std::vector<PlayingPath>& playing,
                                           const AudioGraph& graph) {
     if (path.nodes.size() < 2) return {};
-    return PathReader(path, others, graph).read();
+    return PathReader(path, playing, graph).read();
 }
 
 }  // namespace purlock::host_linux

@@ -15,8 +15,9 @@ struct PlayingPath {
 };
 
 /// What the mixer does to the samples on a path besides converting their rate and depth, in the order in
-/// which it works. `others` are the paths of all other streams that play. Pure.
-std::vector<Alteration> alterationsOnPath(const PlayingPath& path, const std::vector<PlayingPath>& others,
+/// which it works. `playing` are all paths on which
+/// something plays, this one among them. Pure.
+std::vector<Alteration> alterationsOnPath(const PlayingPath& path, const std::vector<PlayingPath>& playing,
                                           const AudioGraph& graph);
 
 }  // namespace purlock::host_linux

@@ -295,15 +295,13 @@ class AnswerBuilder {
             addElsewhere(work, node);
             return work;
         }
-        std::vector<PlayingPath> others;
-        for (const Playing& each : playing_) {
-            if (each.stream != first->stream) others.push_back(each.path);
-        }
+        std::vector<PlayingPath> all;
+        for (const Playing& each : playing_) all.push_back(each.path);
         for (const Playing& each : playing_) {
             if (each.stream != first->stream || !each.passes(serial)) continue;
             const auto physical = physicalFormat(each.serials.back());
             if (physical && isFedUnchanged(*physical)) continue;
-            addOnce(work.alterations, alterationsOnPath(each.path, others, graph_));
+            addOnce(work.alterations, alterationsOnPath(each.path, all, graph_));
         }
         return work;
     }

@@ -24,16 +24,15 @@ std::vector<float> factors(const PodView& array) {
 }
 
 /// The settings of the converter: a struct of names and values in turn.
-bool asksForDither(const PodView& settings) {
+void takeSettings(MixerProperties& mixing, const PodView& settings) {
     const auto members = settings.members();
-    bool found = false;
     for (std::size_t i = 0; i + 1 < members.size(); i += 2) {
         const auto name = members[i].text();
         const PodView& value = members[i + 1];
-        if (name == "dither.noise") found = found || value.integer().value_or(0) > 0;
-        if (name == "dither.method") found = found || value.text().value_or("none") != "none";
+        if (name == "dither.noise" && value.integer().value_or(0) > 0) mixing.dithers = true;
+        if (name == "dither.method" && value.text().value_or("none") != "none") mixing.dithers = true;
+        if (name == "monitor.channel-volumes") mixing.reachesMonitor = value.boolean().value_or(false);
     }
-    return found;
 }
 
 void take(MixerProperties& mixing, const PodView::Property& property) {
@@ -54,7 +53,7 @@ void take(MixerProperties& mixing, const PodView::Property& property) {
             mixing.softVolumes = factors(property.value);
             break;
         case SPA_PROP_params:
-            mixing.dithers = asksForDither(property.value);
+            takeSettings(mixing, property.value);
             break;
         default:
             break;

@@ -62,7 +62,8 @@ struct MixerProperties {
     std::vector<float> channelVolumes;
     std::vector<float> softVolumes;  // what is left to be done in software where the device does the rest
     bool dithers = false;
-    bool hasControls = false;  // a second parameter lists controls of its own: the node is a filter
+    bool reachesMonitor = false;  // a sink's volume is applied to its monitor as well
+    bool hasControls = false;     // a second parameter lists controls of its own: the node is a filter
 
     bool operator==(const MixerProperties&) const = default;
 };

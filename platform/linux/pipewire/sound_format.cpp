@@ -268,7 +268,8 @@ std::uint32_t keptBits(const SoundFormat& format) {
 
 std::vector<std::uint32_t> positionsFromPod(const PodView& format) {
     std::vector<std::uint32_t> positions;
-    const auto value = valueOf(format.properties(SPA_TYPE_OBJECT_Format), SPA_FORMAT_AUDIO_position);
+    const auto value =
+        preferred(valueOf(format.properties(SPA_TYPE_OBJECT_Format), SPA_FORMAT_AUDIO_position));
     if (!value) return positions;
     for (const PodView& element : value->elements()) {
         if (positions.size() == mostChannels) break;

@@ -6,14 +6,22 @@ namespace purlock::host_linux {
 
 namespace {
 
+/// Whether the sound goes through the converter of the node at this place.
+bool isConvertedAt(const SoundPath& path, std::size_t at) {
+    const NodeRecord& node = *path[at];
+    const bool isSink = node.properties.role != NodeRole::outputStream;
+    return at + 1 == path.size() || !isSink || handsOnConverted(node, *path[at + 1]);
+}
+
 /// The rates that the sound has on its way, the stream's own first. Every node may convert between its own
 /// rate and the clock's.
 std::vector<double> ratesOnPath(const SoundPath& path, double clock) {
     std::vector<double> rates;
-    for (const NodeRecord* const node : path) {
-        if (node == path.back()) break;
-        if (node->format && node->format->sampleRate > 0) rates.push_back(node->format->sampleRate);
-        rates.push_back(node == path.front() ? clock : node->clockRate.value_or(clock));
+    for (std::size_t i = 0; i + 1 < path.size(); ++i) {
+        const NodeRecord& node = *path[i];
+        if (!isConvertedAt(path, i)) continue;
+        if (node.format && node.format->sampleRate > 0) rates.push_back(node.format->sampleRate);
+        rates.push_back(i == 0 ? clock : node.clockRate.value_or(clock));
     }
     return rates;
 }
@@ -39,9 +47,9 @@ std::uint32_t keptByStream(const NodeRecord& stream) {
 /// The format on the way that keeps the fewest bits.
 SoundFormat narrowest(const SoundPath& path, const SoundFormat& physical) {
     SoundFormat found = physical;
-    for (const NodeRecord* const node : path) {
-        if (node == path.front() || node == path.back() || !node->format) continue;
-        if (keptBits(*node->format) < keptBits(found)) found = *node->format;
+    for (std::size_t i = 1; i + 1 < path.size(); ++i) {
+        if (!path[i]->format || !isConvertedAt(path, i)) continue;
+        if (keptBits(*path[i]->format) < keptBits(found)) found = *path[i]->format;
     }
     return found;
 }
@@ -56,6 +64,11 @@ SampleLayout layoutBeforeLoss(const SampleLayout& stream, const SoundFormat& nar
 }
 
 }  // namespace
+
+bool handsOnConverted(const NodeRecord& sink, const NodeRecord& next) {
+    const std::string& group = sink.properties.linkGroup;
+    return !group.empty() && group == next.properties.linkGroup;
+}
 
 PathLoss lossOnPath(const SoundPath& path, const SoundFormat& physical, double clock) {
     PathLoss loss;

@@ -11,6 +11,10 @@ namespace purlock::host_linux {
 /// graph's records.
 using SoundPath = std::vector<const NodeRecord*>;
 
+/// Whether a sink hands on what has been through its converter. Else it is listened to by its monitor, which
+/// gives what the sink takes in. Pure.
+bool handsOnConverted(const NodeRecord& sink, const NodeRecord& next);
+
 /// What is lost on a path by converting the samples.
 struct PathLoss {
     std::optional<double> rate;          // Hz, on the near side of the conversion that is nearest to the end

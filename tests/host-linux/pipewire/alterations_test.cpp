@@ -163,6 +163,26 @@ const Case cases[] = {
          return scene.throughLoopback();
      },
      {DeviceVolume{"Loopback", 0.5}, StreamVolume{"Loopback", 0.9}}},
+    {"a sink that is listened to by its monitor",
+     [](Scene& scene) {
+         scene.link(player, between);
+         scene.link(relay, device);
+         scene.at(between).properties.linkGroup = "";
+         scene.at(between).mixing.channelVolumes = {0.125F, 0.125F};
+         scene.at(between).mixing.dithers = true;
+         return scene.throughLoopback();
+     },
+     {}},
+    {"a sink whose monitor follows its volume",
+     [](Scene& scene) {
+         scene.link(player, between);
+         scene.link(relay, device);
+         scene.at(between).properties.linkGroup = "";
+         scene.at(between).mixing.channelVolumes = {0.125F, 0.125F};
+         scene.at(between).mixing.reachesMonitor = true;
+         return scene.throughLoopback();
+     },
+     {DeviceVolume{"Loopback", 0.5}}},
     {"a loopback that swaps channels",
      [](Scene& scene) {
          scene.link(player, between);

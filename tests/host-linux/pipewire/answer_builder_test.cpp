@@ -236,6 +236,86 @@ TEST_F(AnswerBuilderTest, AProgramThatHasTheHardwareToItself) {
     EXPECT_EQ(build().devices()[0].physicalFormat->sampleRate, 96000) << "yet the hardware's word counts";
 }
 
+TEST_F(AnswerBuilderTest, WhatLeadsNowhereDoesNotPlay) {
+    NodeRecord& sink = addSink(10, "sink", 48000);
+    addStream(20, 48000, NodeState::running, 10).properties.isJack = true;
+    sink.state = NodeState::running;
+    EXPECT_EQ(build().processes()[0].isRunningOutput, 1U);
+    EXPECT_EQ(build().devices()[0].isRunning, 1U);
+    graph.links.clear();
+    EXPECT_EQ(build().processes()[0].isRunningOutput, 0U) << "a client that is connected to nothing";
+    EXPECT_EQ(build().devices()[0].isRunning, 0U) << "a recorder or a level meter keeps the node running";
+}
+
+TEST_F(AnswerBuilderTest, ASinkThatHandsOnIsJudgedByItsHardware) {
+    struct Case {
+        const char* name;
+        double first;   // Hz, of the devices behind
+        double second;  // 0 for none
+        std::optional<double> stream;
+        double expectedPhysical;
+        double expectedVirtual;
+    };
+    const Case cases[] = {
+        {"nothing plays, as the sink", 48000, 0, {}, 48000, 48000},
+        {"nothing plays, otherwise", 44100, 0, {}, 44100, 44100},
+        {"nothing plays, the second differs", 48000, 44100, {}, 44100, 44100},
+        {"it arrives unchanged", 48000, 0, 48000, 48000, 48000},
+        {"the hardware runs otherwise", 44100, 0, 48000, 44100, 48000},
+        {"one of two runs otherwise", 48000, 44100, 48000, 44100, 48000},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(row.name);
+        graph = {};
+        NodeRecord& sink = addSink(12, "both", 48000);
+        sink.properties.linkGroup = "loopback";
+        sink.format = pcm(48000);
+        std::uint32_t device = 10;
+        for (const double rate : {row.first, row.second}) {
+            if (rate == 0) continue;
+            addSink(device, "hardware", rate).clockRate = 48000;
+            addStream(device + 20, 48000, NodeState::running, device).properties.linkGroup = "loopback";
+            ++device;
+        }
+        if (row.stream) addStream(40, *row.stream, NodeState::running, 12);
+        const Answers answers = build();
+        const DeviceAnswers& both = answers.devices().back();
+        EXPECT_EQ(both.physicalFormat->sampleRate, row.expectedPhysical);
+        EXPECT_EQ(virtualRate(both), row.expectedVirtual);
+        EXPECT_EQ(both.name, "both") << "it keeps its own name";
+    }
+}
+
+TEST_F(AnswerBuilderTest, WhatPlaysElsewhereIsToldWithItsDevice) {
+    addSink(10, "watched", 48000);
+    addSink(11, "other", 48000);
+    addStream(20, 48000, NodeState::running, 11).properties.applicationName = "mpv";
+    const Answers answers = build();
+    using List = std::vector<Alteration>;
+    EXPECT_EQ(answers.devices()[0].mixerWork.alterations,
+              (List{alteration::Elsewhere{"mpv", "other", "watched"}}));
+    EXPECT_EQ(answers.devices()[1].mixerWork.alterations, List{});
+    graph.nodes[20].state = NodeState::idle;
+    EXPECT_EQ(build().devices()[0].mixerWork.alterations, List{}) << "nothing plays";
+}
+
+TEST_F(AnswerBuilderTest, ANewAlterationIsAChangeOfTheVirtualFormat) {
+    addSink(10, "sink", 48000).state = NodeState::running;
+    addStream(20, 48000, NodeState::running, 10);
+    const Answers before = build();
+    graph.nodes[20].mixing.isMuted = true;
+    EXPECT_EQ(
+        build().changesSince(before),
+        (std::vector{Answers::Change{before.devices()[0].streams[0], kAudioStreamPropertyVirtualFormat}}));
+}
+
+TEST_F(AnswerBuilderTest, ASuspendedDeviceKeepsTheFormatOfItsLastRun) {
+    NodeRecord& sink = addSink(10, "sink", 48000);
+    sink.lastFormat = pcm(44100);
+    EXPECT_EQ(build().devices()[0].physicalFormat->sampleRate, 44100);
+    EXPECT_EQ(virtualRate(build().devices()[0]), 44100);
+}
+
 TEST_F(AnswerBuilderTest, ACombinedSinkAndALoopbackPassSoundOn) {
     addSink(10, "left", 48000);
     addSink(11, "right", 48000);

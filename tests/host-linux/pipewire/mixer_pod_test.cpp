@@ -21,6 +21,8 @@ class MixerPod : public testing::Test {
         spa_pod_frame frame{};
         spa_pod_builder_prop(builder(), SPA_PROP_params, 0);
         spa_pod_builder_push_struct(builder(), &frame);
+        spa_pod_builder_string(builder(), "monitor.channel-volumes");
+        spa_pod_builder_bool(builder(), noise == 0);
         spa_pod_builder_string(builder(), "dither.noise");
         spa_pod_builder_int(builder(), noise);
         spa_pod_builder_string(builder(), "dither.method");
@@ -61,6 +63,7 @@ TEST_F(MixerPod, VolumesAndMutes) {
     EXPECT_EQ(mixing.channelVolumes, (std::vector{0.25F, 1.0F}));
     EXPECT_EQ(mixing.softVolumes, (std::vector{0.5F, 1.0F}));
     EXPECT_FALSE(mixing.dithers);
+    EXPECT_TRUE(mixing.reachesMonitor);
     EXPECT_FALSE(mixing.hasControls);
 }
 

@@ -84,6 +84,7 @@ TEST(SoundPath, Losses) {
         if (row.between) {
             path.push_back(&words.sink(2, "between", *row.between));
             path.push_back(&words.stream(3, "relay", *row.between));
+            for (const std::uint32_t id : {2U, 3U}) words.graph.nodes[id].properties.linkGroup = "loopback-1";
         }
         path.push_back(&words.sink(4, "device", row.device));
         const PathLoss loss = lossOnPath(path, row.device, row.clock);
@@ -91,6 +92,17 @@ TEST(SoundPath, Losses) {
         EXPECT_EQ(loss.layout ? std::optional(loss.layout->bits) : std::nullopt, row.bits);
         EXPECT_EQ(loss.isAny(), row.rate || row.bits);
     }
+}
+
+TEST(SoundPath, AMonitorGivesWhatItsSinkTakesIn) {
+    GraphWords words;
+    NodeRecord& between = words.sink(2, "null", stereo(s16Layout, 44100));
+    SoundPath path = {&words.stream(1, "player", stereo(s24Layout, 48000)), &between,
+                      &words.stream(3, "relay", stereo(f32Layout, 48000)),
+                      &words.sink(4, "device", stereo(s24Layout, 48000))};
+    EXPECT_FALSE(lossOnPath(path, *path.back()->format, 48000).isAny());
+    between.properties.linkGroup = words.graph.nodes[3].properties.linkGroup = "loopback-1";
+    EXPECT_TRUE(lossOnPath(path, *path.back()->format, 48000).isAny());
 }
 
 TEST(SoundPath, AStreamWithoutAFormatHandsOverWhatTheMixerComputesIn) {

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <optional>
 
 namespace purlock::test {
 
@@ -21,7 +20,7 @@ class Search {
 
     /// Where a frame of the played sound may be found in the captured one, the likeliest place first.
     bool findStretch(std::size_t at) {
-        if (offset_ && isAt(at, static_cast<std::int64_t>(at) + *offset_)) return true;
+        if (isAt(at, static_cast<std::int64_t>(at) + offset_)) return true;
         const auto last = static_cast<std::int64_t>(captured_.frames()) - static_cast<std::int64_t>(stretch);
         for (std::int64_t place = 0; place <= last; ++place) {
             if (!isAt(at, place)) continue;
@@ -54,7 +53,7 @@ class Search {
     const Sound& captured_;
     const std::vector<std::vector<int>>& places_;
     const std::int64_t tolerance_;
-    std::optional<std::int64_t> offset_;  // of the last stretch that was found
+    std::int64_t offset_ = 0;  // of the last stretch that was found
 };
 
 bool isSilent(const Sound& sound) {

@@ -120,6 +120,9 @@ const std::vector<Situation> between = {
      .between = Between::loopback},
     {.name = "loopback at half", .between = Between::quietLoopback},
     {.name = "combined with another rate", .between = Between::combined},
+    {.name = "the monitor of a sink", .between = Between::monitor},
+    {.name = "the monitor of a quiet sink", .between = Between::quietMonitor},
+    {.name = "swapped channels", .between = Between::swapped},
 };
 
 const std::vector<Situation> besides = {

@@ -12,8 +12,9 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr const char* playerNames[] = {"pw-play", "PulseAudio client", "mpv"};
-constexpr const char* betweenNames[] = {"", ", equaliser", ", loopback", ", combined sink",
-                                        ", quiet loopback"};
+constexpr const char* betweenNames[] = {
+    "",          ", equaliser",     ", loopback",        ", combined sink", ", quiet loopback",
+    ", monitor", ", quiet monitor", ", swapped channels"};
 constexpr const char* besidesNames[] = {"",
                                         ", a second stream",
                                         ", a paused stream",

@@ -30,6 +30,9 @@ enum class Between {
     loopback,
     combined,       // with a second device of another rate and depth
     quietLoopback,  // a loopback whose own volume is a half
+    monitor,        // a sink of software, and a loopback that listens to its monitor
+    quietMonitor,   // the same, and the sink's volume is a half
+    swapped,        // a sink that swaps the channels
 };
 
 /// What goes on besides.
@@ -95,6 +98,7 @@ class Stage {
     CapturedSink* sink(const SinkShape& shape);
     std::string noiseFile(SampleFormat format, int rate, int channels, std::uint32_t seed);
     std::string loadBetween(Between between, CapturedSink& device);
+    std::string loadOfPulseServer(Between between, const std::string& device);
     bool settings(const Situation& situation);
     bool watch(const std::string& name);
     void startStream(const Stream& stream, const std::string& target);
@@ -102,6 +106,7 @@ class Stage {
     bool setVolume(const std::string& node, double factor, bool isMuted);
     void endAll();
     void ask(Finding& finding) const;
+    void readLog(Finding& finding, std::size_t firstLine) const;
     Outcome outcomeOf(const Situation& situation, CapturedSink& device, CapturedSink& other) const;
     Outcome outcomeAt(CapturedSink& device, const Stream& stream, const Sound& played) const;
     bool awaitSound(CapturedSink& device, bool isSilent);
@@ -109,6 +114,7 @@ class Stage {
     PrivateSession session_;
     ProgramUnderTest program_{session_};
     std::vector<std::unique_ptr<CapturedSink>> sinks_;
+    std::vector<std::string> modules_;  // of the PulseAudio server
     std::vector<int> allowed_;
     int forced_ = 0;
 };

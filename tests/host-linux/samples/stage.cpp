@@ -151,6 +151,7 @@ bool Stage::watch(const std::string& name) {
 
 std::string Stage::loadBetween(Between between, CapturedSink& device) {
     const std::string name = device.shape().name;
+    if (between >= Between::monitor) return loadOfPulseServer(between, name);
     std::string module = "libpipewire-module-loopback";
     std::string arguments = loopbackArguments(name);
     if (between == Between::equalizer) {
@@ -164,6 +165,25 @@ std::string Stage::loadBetween(Between between, CapturedSink& device) {
     session_.spawn("between", {"pw-cli", "-m", "load-module", module, arguments});
     if (!waitUntil([&] { return !nodeNamed(session_.dump(), "between").is_null(); })) return {};
     return "between";
+}
+
+std::string Stage::loadOfPulseServer(Between between, const std::string& device) {
+    const auto load = [this](const Command& arguments) {
+        const auto module = session_.loadModule(arguments);
+        if (module) modules_.push_back(*module);
+        return module.has_value();
+    };
+    bool isLoaded = false;
+    if (between == Between::swapped) {
+        isLoaded = load({"module-remap-sink", "sink_name=between", "master=" + device, "channels=2",
+                         "master_channel_map=front-right,front-left", "channel_map=front-left,front-right",
+                         "remix=no"});
+    } else {
+        isLoaded = load({"module-null-sink", "sink_name=between"}) &&
+                   load({"module-loopback", "source=between.monitor", "sink=" + device});
+    }
+    const auto isThere = [&] { return !nodeNamed(session_.dump(), "between").is_null(); };
+    return isLoaded && waitUntil(isThere) ? "between" : "";
 }
 
 bool Stage::setVolume(const std::string& node, double factor, bool isMuted) {
@@ -236,13 +256,15 @@ void Stage::startBesides(const Situation& situation, const std::string& target) 
     });
     if (situation.besides != Besides::pausedStream) return;
     session_.process("besides").kill();
-    program_.awaitVerdict("idle");
+    waitUntil([&] { return program_.log().back().value("verdict", "") == "idle"; });
 }
 
 void Stage::endAll() {
     for (const char* const name : {"judged", "besides"}) session_.process(name).kill();
     program_.awaitVerdict("idle", 5s);
     session_.process("between").kill();
+    for (const std::string& module : modules_) session_.unloadModule(module);
+    modules_.clear();
 }
 
 bool Stage::awaitSound(CapturedSink& device, bool isSilent) {
@@ -283,6 +305,16 @@ void Stage::ask(Finding& finding) const {
     finding.alterations = snapshot.value("alterations", nlohmann::json()).dump();
 }
 
+void Stage::readLog(Finding& finding, std::size_t firstLine) const {
+    const auto lines = program_.log();
+    finding.logged.clear();
+    finding.lines.clear();
+    for (std::size_t i = firstLine; i < lines.size(); ++i) {
+        finding.logged.push_back(lines[i].value("verdict", ""));
+        finding.lines += lines[i].dump() + "\n";
+    }
+}
+
 Finding Stage::play(const Situation& situation) {
     Finding finding;
     const Stream& stream = situation.stream;
@@ -306,7 +338,9 @@ Finding Stage::play(const Situation& situation) {
         endAll();
         return finding;
     }
-    if (situation.between == Between::quietLoopback) setVolume("between", 0.5, false);
+    const bool isQuiet =
+        situation.between == Between::quietLoopback || situation.between == Between::quietMonitor;
+    if (isQuiet) setVolume("between", 0.5, false);
     const bool hasDeviceVolume = situation.deviceVolume != 1 || situation.isDeviceMuted;
     if (hasDeviceVolume) setVolume(shape.name, situation.deviceVolume, situation.isDeviceMuted);
     startBesides(situation, watched);
@@ -328,20 +362,18 @@ Finding Stage::play(const Situation& situation) {
     other->clear();
     ::poll(nullptr, 0, static_cast<int>(captured.count()));
     ask(finding);
+    readLog(finding, firstLine);
     finding.outcome = outcomeOf(situation, *device, *other);
     // A machine that is busy with other things is given time; what the log says meanwhile counts all the
     // same.
     const auto asked = std::chrono::steady_clock::now();
     while (!finding.agrees(situation) && std::chrono::steady_clock::now() - asked < longestDelay) {
         ::poll(nullptr, 0, 20);
+        if (situation.plays && !session_.process("judged").isRunning()) break;
         ask(finding);
+        readLog(finding, firstLine);
         finding.delay =
             std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - asked);
-    }
-    const auto lines = program_.log();
-    for (std::size_t i = firstLine; i < lines.size(); ++i) {
-        finding.logged.push_back(lines[i].value("verdict", ""));
-        finding.lines += lines[i].dump() + "\n";
     }
     endAll();
     if (hasDeviceVolume) setVolume(shape.name, 1, false);
