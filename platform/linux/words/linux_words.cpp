@@ -21,20 +21,20 @@ void addRateWords(SystemWords& words) {
     words.deviceIsSet = {
         .cause = "The rate of this device is set to {to} (audio.rate).",
         .fix =
-            "This command, run in a terminal, finds where: {command} Change audio.rate to {hertz} there, "
-            "or remove it. Then log out and in again.",
+            "To find where, run this in a terminal: {command} — then change audio.rate to {hertz} there, or "
+            "remove it, and log in again.",
         .command =
             "grep -rs audio.rate ~/.config/pipewire ~/.config/wireplumber /etc/pipewire "
             "/etc/wireplumber"};
     words.rateNotAllowed = {
         .cause = "PipeWire may not switch to {from}.",
         .fix =
-            "Run this command in a terminal: {command} Then start the track again. To make it last, put "
-            "this line into the file ~/.config/pipewire/pipewire.conf.d/rates.conf: context.properties = "
-            "{ default.clock.allowed-rates = [ {rates} ] }",
+            "Run this in a terminal: {command} — then start the track again. To make it last, put this "
+            "line into the file ~/.config/pipewire/pipewire.conf.d/rates.conf: context.properties = { "
+            "default.clock.allowed-rates = [ {rates} ] }",
         .command = "pw-metadata -n settings 0 clock.allowed-rates '[ {rates} ]'"};
     words.rateForced = {.cause = "A setting forces PipeWire to {mixer} (clock.force-rate).",
-                        .fix = "Run this command in a terminal: {command} Then start the track again.",
+                        .fix = "Run this in a terminal: {command} — then start the track again.",
                         .command = "pw-metadata -n settings 0 clock.force-rate 0"};
     words.rateForcedByStream = {
         .cause = "{app} forces PipeWire to {mixer} (node.force-rate).",

@@ -213,8 +213,8 @@ TEST(RateFinding, SaysTheReasonAndTheFix) {
               "may not switch to 44.1 kHz.");
     const std::string command = "pw-metadata -n settings 0 clock.allowed-rates '[ 44100 48000 96000 ]'";
     EXPECT_EQ(finding.command, command);
-    EXPECT_EQ(finding.fix, "Run this command in a terminal: " + command +
-                               " Then start the track again. To make it last, put this line into the file "
+    EXPECT_EQ(finding.fix, "Run this in a terminal: " + command +
+                               " — then start the track again. To make it last, put this line into the file "
                                "~/.config/pipewire/pipewire.conf.d/rates.conf: context.properties = { "
                                "default.clock.allowed-rates = [ 44100 48000 96000 ] }");
 }
