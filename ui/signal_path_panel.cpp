@@ -96,9 +96,10 @@ View connector(const SignalStage& from, const SignalStage& to) {
 }
 
 View copyButton(const std::string& command) {
-    View face = onCard(line("Copy command", {11}, white(0.7)), {3, 8}, 0.08);
+    View face = onCard(line("Copy", {11}, white(0.7)), {3, 8}, 0.08);
     View button = container(Button{Copy{command}}, {std::move(face)});
     button.help = "Copy: " + command;
+    button.label = command;
     button.id = "copy";
     return button;
 }

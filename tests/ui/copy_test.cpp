@@ -26,8 +26,9 @@ TEST(CopyButton, StandsUnderAFixWithACommandWhereThereIsAClipboard) {
     const auto buttons = buttonsOf(row);
     ASSERT_EQ(buttons.size(), 1U);
     EXPECT_EQ(test::contentOf<Button>(*buttons[0]).action, Action(Copy{"true"}));
-    EXPECT_EQ(test::textsOf(*buttons[0]), std::vector<std::string>{"Copy command"});
+    EXPECT_EQ(test::textsOf(*buttons[0]), std::vector<std::string>{"Copy"});
     EXPECT_EQ(buttons[0]->help, "Copy: true");
+    EXPECT_EQ(buttons[0]->label, "true") << "for a screen reader, which one of several it is";
 }
 
 TEST(CopyButton, PutsTheCommandOnTheClipboardAndDoesNothingElse) {

@@ -39,7 +39,7 @@ class ReasonFinder {
 
     std::optional<RateReason> find() const {
         if (!canRunAt(sink_, streamRate_)) {
-            if (sink_.properties.setRate) return rate_reason::DeviceIsSet{};
+            if (isSet()) return rate_reason::DeviceIsSet{};
             return rate_reason::DeviceCannot{};
         }
         if (clock_ == streamRate_) return std::nullopt;  // the device has not followed its clock
@@ -54,6 +54,12 @@ class ReasonFinder {
   private:
     std::string nameOfStream(const NodeRecord& node) const {
         return applicationNameOf(node.properties, graph_);
+    }
+
+    /// What stands at the other end of a link sets its rate itself.
+    bool isSet() const {
+        const NodeProperties& properties = sink_.properties;
+        return properties.setRate && !properties.hasBluezKeys && !properties.hasRaopKeys;
     }
 
     bool isBeside(const NodeRecord& node) const {

@@ -1,6 +1,11 @@
 #include "platform/linux/pipewire/rate_reason.h"
 
 #include <gtest/gtest.h>
+#include <spa/param/audio/format-utils.h>
+#include <spa/pod/builder.h>
+
+#include <array>
+#include <cstddef>
 
 #include "platform/linux/pipewire/link_codec.h"
 #include "platform/linux/pipewire/offered_rates.h"
@@ -223,6 +228,66 @@ TEST(RateReason, OfAConversionInBetweenIsNotKnown) {
     const PlayingPath path{{&stream, &graph.nodes[2]}, "judged"};
     const RateConversion expected{48000, 44100, std::nullopt};
     EXPECT_EQ(rateConversionOnPath(path, {48000, 48000, 44100}, graph), expected);
+}
+
+TEST(RateReason, OfALinkIsNotASetting) {
+    for (const bool isBluetooth : {true, false}) {
+        AudioGraph graph;
+        graph.nodes[1].format = SoundFormat{.sampleRate = 44100};
+        NodeRecord& sink = graph.nodes[2];
+        sink.offeredRates = only48;
+        sink.properties.setRate = 48000;
+        sink.properties.hasBluezKeys = isBluetooth;
+        sink.properties.hasRaopKeys = !isBluetooth;
+        const PlayingPath path{{&graph.nodes[1], &sink}, "judged"};
+        EXPECT_TRUE(rateConversionOnPath(path, {48000, 48000, 44100}, graph).reason ==
+                    RateReason(DeviceCannot{}));
+    }
+}
+
+/// The ranges of one format of this kind whose rate is built by `addRate`.
+template <typename AddRate>
+std::vector<RateRange> rangesOf(std::uint32_t subtype, AddRate addRate) {
+    std::array<std::byte, 1024> buffer;
+    spa_pod_builder builder;
+    spa_pod_builder_init(&builder, buffer.data(), buffer.size());
+    spa_pod_frame frame;
+    spa_pod_builder_push_object(&builder, &frame, SPA_TYPE_OBJECT_Format, SPA_PARAM_EnumFormat);
+    spa_pod_builder_add(&builder, SPA_FORMAT_mediaType, SPA_POD_Id(SPA_MEDIA_TYPE_audio),
+                        SPA_FORMAT_mediaSubtype, SPA_POD_Id(subtype), 0);
+    addRate(builder);
+    const auto pod = PodView::fromLibrary(spa_pod_builder_pop(&builder, &frame));
+    return offeredRatesFromPods({*pod});
+}
+
+bool offers(const std::vector<RateRange>& ranges, double rate) {
+    NodeRecord node;
+    node.offeredRates = ranges;
+    return canRunAt(node, rate);
+}
+
+TEST(OfferedRates, AreThoseOfUncompressedFormats) {
+    const auto range = [](spa_pod_builder& builder) {
+        spa_pod_builder_add(&builder, SPA_FORMAT_AUDIO_rate, SPA_POD_CHOICE_RANGE_Int(48000, 44100, 96000),
+                            0);
+    };
+    const auto several = [](spa_pod_builder& builder) {
+        spa_pod_builder_add(&builder, SPA_FORMAT_AUDIO_rate, SPA_POD_CHOICE_ENUM_Int(3, 48000, 44100, 48000),
+                            0);
+    };
+    const auto one = [](spa_pod_builder& builder) {
+        spa_pod_builder_add(&builder, SPA_FORMAT_AUDIO_rate, SPA_POD_Int(48000), 0);
+    };
+    const auto none = [](spa_pod_builder&) {};
+    EXPECT_EQ(rangesOf(SPA_MEDIA_SUBTYPE_raw, range), (std::vector<RateRange>{{44100, 96000}}));
+    EXPECT_EQ(rangesOf(SPA_MEDIA_SUBTYPE_raw, one), (std::vector<RateRange>{{48000, 48000}}));
+    EXPECT_TRUE(offers(rangesOf(SPA_MEDIA_SUBTYPE_raw, several), 44100));
+    EXPECT_TRUE(offers(rangesOf(SPA_MEDIA_SUBTYPE_raw, several), 48000));
+    EXPECT_FALSE(offers(rangesOf(SPA_MEDIA_SUBTYPE_raw, several), 96000));
+    EXPECT_TRUE(offers(rangesOf(SPA_MEDIA_SUBTYPE_raw, none), 12345)) << "it follows every clock";
+    EXPECT_TRUE(rangesOf(SPA_MEDIA_SUBTYPE_iec958, one).empty());
+    EXPECT_TRUE(offers({}, 12345)) << "nothing is told";
+    EXPECT_TRUE(offeredRatesFromPods({}).empty());
 }
 
 TEST(LinkCodec, HasItsUsualName) {

@@ -16,7 +16,7 @@ class CopyButton : public SessionTest {
         ASSERT_TRUE(program.awaitVerdict("resampling"));
         ASSERT_NO_FATAL_FAILURE(openPanel());
         ASSERT_TRUE(shows("PipeWire is resampling"));
-        ASSERT_TRUE(shows("Copy command"));
+        ASSERT_TRUE(shows("Copy"));
     }
 
     /// What another program is given that pastes.
@@ -35,7 +35,7 @@ class CopyButton : public SessionTest {
 
 TEST_F(CopyButton, GivesTheCommandToAnotherProgramAtAClick) {
     ASSERT_NO_FATAL_FAILURE(openPanelWithFinding());
-    ASSERT_TRUE(clickOn("Copy command", "push button"));
+    ASSERT_TRUE(clickOn("Copy", "push button"));
     EXPECT_NE(pasted().find(command), std::string::npos) << pasted();
 }
 
