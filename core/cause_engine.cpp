@@ -79,14 +79,14 @@ struct LinkTexts {
     Quality quality;
 };
 
-constexpr LinkTexts linkTexts(DeviceTransport transport) {
+LinkTexts linkTexts(DeviceTransport transport, const SystemWords& words) {
     // clang-format off
     switch (transport) {
         case DeviceTransport::usb:           return {"USB device",     "USB Audio",      "USB Audio",                   "",           Quality::lossless};
-        case DeviceTransport::bluetooth:     return {"Bluetooth wire", "Bluetooth",      "AAC ~256 kbps cap",           "≤ 256 kbps", Quality::lossy};
+        case DeviceTransport::bluetooth:     return {"Bluetooth wire", "Bluetooth",      words.bluetoothLink,           words.bluetoothBitrate, Quality::lossy};
         case DeviceTransport::airplay:       return {"AirPlay wire",   "AirPlay",        "ALAC 16/44.1 cap",            "1.41 Mbps",  Quality::formatOnly};
         case DeviceTransport::hdmi:          return {"HDMI wire",      "HDMI",           "EDID-advertised format",      "",           Quality::lossless};
-        case DeviceTransport::builtIn:       return {"Built-in",       "Built-in",       "Internal codec, fixed rate",  "",           Quality::formatOnly};
+        case DeviceTransport::builtIn:       return {"Built-in",       "Built-in",       words.builtInLink,             "",           Quality::formatOnly};
         case DeviceTransport::aggregate:     return {"Aggregate",      "Aggregate",      "Aggregate",                   "",           Quality::unknown};
         case DeviceTransport::virtualDevice: return {"Virtual device", "Virtual device", "Virtual device",              "",           Quality::unknown};
         case DeviceTransport::displayPort:   return {"DisplayPort",    "DisplayPort",    "",                            "",           Quality::lossless};
@@ -111,10 +111,22 @@ std::optional<std::string> textOrAbsent(std::string_view text) {
     return std::string(text);
 }
 
-SignalStage deviceStage(const std::optional<DeviceState>& state) {
-    const LinkTexts texts = linkTexts(state ? state->transportType : DeviceTransport::unknown);
+/// What a Bluetooth link is called whose codec is known; absent otherwise.
+std::optional<std::string> codecLink(const std::optional<DeviceState>& state, const SystemWords& words) {
+    if (!state || state->transportType != DeviceTransport::bluetooth) return std::nullopt;
+    if (!state->mixerWork || !state->mixerWork->linkCodec || words.bluetoothCodecLink.empty())
+        return std::nullopt;
+    return fill(words.bluetoothCodecLink, {{"codec", *state->mixerWork->linkCodec}});
+}
+
+SignalStage deviceStage(const std::optional<DeviceState>& state, const SystemWords& words) {
+    const LinkTexts texts = linkTexts(state ? state->transportType : DeviceTransport::unknown, words);
+    if (auto link = codecLink(state, words))
+        return makeStage(Kind::device, texts.title, deviceName(*state), std::move(link), {}, texts.quality);
     auto bitrate = textOrAbsent(texts.bitrate);
-    if (!bitrate && state && state->physicalFormat) bitrate = state->physicalFormat->bitrateLabel();
+    const bool isCompressed = state && state->transportType == DeviceTransport::bluetooth;
+    if (!bitrate && state && state->physicalFormat && !isCompressed)
+        bitrate = state->physicalFormat->bitrateLabel();
     return makeStage(Kind::device, texts.title, state ? deviceName(*state) : std::string(texts.fallbackName),
                      textOrAbsent(texts.secondary), std::move(bitrate), texts.quality);
 }
@@ -133,6 +145,8 @@ SignalPathReport evaluate(const std::optional<DeviceState>& deviceState,
     const auto& virtualFormat = deviceState ? deviceState->virtualFormat : none;
     const auto& physicalFormat = deviceState ? deviceState->physicalFormat : none;
     const auto transport = deviceState ? deviceState->transportType : DeviceTransport::unknown;
+    const std::optional<MixerWork> nothingKnown;
+    const auto& work = deviceState ? deviceState->mixerWork : nothingKnown;
 
     SignalPathReport report;
     report.stages.reserve(5);
@@ -140,12 +154,13 @@ SignalPathReport evaluate(const std::optional<DeviceState>& deviceState,
     report.stages.push_back(appStage(process, nowPlaying));
     report.stages.push_back(formatStage(Kind::halVirtual, "HAL virtual", virtualFormat));
     report.stages.push_back(formatStage(Kind::halPhysical, "HAL physical", physicalFormat));
-    report.stages.push_back(deviceStage(deviceState));
+    report.stages.push_back(deviceStage(deviceState, words));
 
     append(report.diagnostics, sourceVsHALDiagnostics(sourceClaim, virtualFormat));
-    append(report.diagnostics, halResamplingDiagnostics(virtualFormat, physicalFormat, sourceClaim));
-    append(report.diagnostics, transportCapDiagnostics(transport, physicalFormat, sourceClaim));
-    if (deviceState) append(report.diagnostics, alterationDiagnostics(deviceState->mixerWork, words));
+    append(report.diagnostics,
+           halResamplingDiagnostics(virtualFormat, physicalFormat, sourceClaim, words, work));
+    append(report.diagnostics, transportCapDiagnostics(transport, physicalFormat, sourceClaim, words, work));
+    append(report.diagnostics, alterationDiagnostics(work, words));
 
     report.verdict = deviceVerdict(deviceState);
     return report;

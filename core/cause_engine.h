@@ -37,15 +37,20 @@ std::vector<Diagnostic> sourceVsHALDiagnostics(const std::optional<SourceClaim>&
                                                const std::optional<AudioFormat>& virtualFormat);
 
 /// The mixer's format against the device's: at most two findings, the rate first. `source` is not consulted.
+/// `work` may know why a rate is converted.
 std::vector<Diagnostic> halResamplingDiagnostics(const std::optional<AudioFormat>& virtualFormat,
                                                  const std::optional<AudioFormat>& physicalFormat,
-                                                 const std::optional<SourceClaim>& source);
+                                                 const std::optional<SourceClaim>& source,
+                                                 const SystemWords& words = {},
+                                                 const std::optional<MixerWork>& work = {});
 
 /// What the link itself cannot carry of what the source claims: at most one finding. `physicalFormat` is not
-/// consulted.
+/// consulted unless `words` say that a built-in output's own rate counts. `work` may know the link's codec.
 std::vector<Diagnostic> transportCapDiagnostics(DeviceTransport transport,
                                                 const std::optional<AudioFormat>& physicalFormat,
-                                                const std::optional<SourceClaim>& source);
+                                                const std::optional<SourceClaim>& source,
+                                                const SystemWords& words = {},
+                                                const std::optional<MixerWork>& work = {});
 
 /// What else the mixer does to the samples: one finding for each alteration, in their order; none where the
 /// host cannot know.

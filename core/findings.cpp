@@ -5,6 +5,7 @@
 
 #include "base/text.h"
 #include "core/cause_engine.h"
+#include "core/rate_finding.h"
 
 namespace purlock::CauseEngine {
 
@@ -13,7 +14,7 @@ namespace {
 using Severity = Diagnostic::Severity;
 
 Diagnostic makeFinding(Severity severity, std::string_view title, std::string cause, std::string fix) {
-    return {Uuid::random(), severity, std::string(title), std::move(cause), std::move(fix)};
+    return {Uuid::random(), severity, std::string(title), std::move(cause), std::move(fix), std::nullopt};
 }
 
 Diagnostic downgraded(std::string cause, std::string fix) {
@@ -64,53 +65,50 @@ Diagnostic bitDepthBelowClaim(SourceApp app, std::uint32_t declared, std::uint32
                        "Confirm the track has a higher-bit master available in this service.");
 }
 
-Diagnostic rateConverted(const AudioFormat& virtualFormat, const AudioFormat& physicalFormat) {
-    const std::string rate = formatRate(virtualFormat.sampleRate);
-    return makeFinding(
-        Severity::high, "macOS is resampling",
-        joined({"App is sending ", rate, " but the device is locked at ",
-                formatRate(physicalFormat.sampleRate), ". CoreAudio's HAL is converting between them."}),
-        joined({"Open Audio MIDI Setup, select this device, and set its Format to ", rate,
-                ". Or enable an app that auto-matches the rate (LosslessSwitcher, Audirvana)."}));
-}
-
 /// The label ends in the bit count, so the sentence names it twice, on purpose: "32-bit Float32".
-Diagnostic bitDepthConverted(const AudioFormat& virtualFormat, const AudioFormat& physicalFormat) {
+Diagnostic bitDepthConverted(const AudioFormat& virtualFormat, const AudioFormat& physicalFormat,
+                             const SystemWords& words) {
+    const auto depth = [](const AudioFormat& format) {
+        return joined({std::to_string(format.bitsPerChannel), "-bit ", format.formatLabel()});
+    };
     return makeFinding(
         Severity::medium, "Bit depth changed",
-        joined({"App format is ", std::to_string(virtualFormat.bitsPerChannel), "-bit ",
-                virtualFormat.formatLabel(), "; device physical is ",
-                std::to_string(physicalFormat.bitsPerChannel), "-bit ", physicalFormat.formatLabel(),
-                ". CoreAudio is converting representations."}),
-        "Usually inaudible if both are ≥16-bit integer or float. Worth investigating only if app expects "
-        "native bit-perfect.");
+        fill(words.depthCause, {{"from", depth(virtualFormat)}, {"to", depth(physicalFormat)}}),
+        words.depthFix);
 }
 
-Diagnostic fixedRateSpeakers() {
-    return makeFinding(
-        Severity::low, "Internal speakers are fixed-rate",
-        "MacBook internal speakers run at a fixed sample rate (typically 48 kHz). Anything else gets "
-        "resampled in hardware.",
-        "Use a DAC for any HiRes verification. Internal speakers can't deliver bit-perfect for >48k "
-        "sources.");
+/// Where a built-in output's rate is fixed, everything above `builtInRate` is too much for it; elsewhere its
+/// own rate counts.
+bool exceedsBuiltIn(double declaredRate, const std::optional<AudioFormat>& physicalFormat,
+                    const SystemWords& words) {
+    constexpr double builtInRate = 48000.0;
+    if (declaredRate <= builtInRate) return false;
+    return words.isBuiltInFixed || (physicalFormat && declaredRate > physicalFormat->sampleRate);
 }
 
-Diagnostic airPlayCap(double declaredRate) {
-    return makeFinding(
-        Severity::medium, "AirPlay caps at 16/44.1",
-        joined({"AirPlay 2 transports lossless ALAC at 16-bit/44.1 kHz max. Your source claims ",
-                formatRate(declaredRate), " but the wire downsamples it."}),
-        "Use a wired/USB DAC for HiRes. AirPlay tops out at CD quality.");
+Diagnostic builtInCap(double declaredRate, const std::optional<AudioFormat>& physicalFormat,
+                      const SystemWords& words) {
+    const std::string claimed = formatRate(declaredRate);
+    const std::string device = physicalFormat ? formatRate(physicalFormat->sampleRate) : std::string();
+    const std::vector<Filling> rates = {{"claimed", claimed}, {"device", device}};
+    return makeFinding(Severity::low, words.builtInTitle, fill(words.builtInCause, rates),
+                       fill(words.builtInFix, rates));
 }
 
-Diagnostic bluetoothIsLossy(SourceApp app) {
-    return makeFinding(
-        Severity::high, "Bluetooth can't carry lossless",
-        joined({"Your output is Bluetooth (AirPods or similar). The BT audio link uses lossy AAC/SBC "
-                "compression — no Bluetooth profile carries lossless audio. Whatever ",
-                displayName(app), " sends, the wire downgrades it."}),
-        "Use a wired DAC or AirPlay 2 (lossless 16/44.1) for lossless playback. AirPods Max wired mode "
-        "also works.");
+Diagnostic airPlayCap(double declaredRate, const SystemWords& words) {
+    return makeFinding(Severity::medium, "AirPlay caps at 16/44.1",
+                       fill(words.airPlayCause, {{"claimed", formatRate(declaredRate)}}),
+                       "Use a wired/USB DAC for HiRes. AirPlay tops out at CD quality.");
+}
+
+Diagnostic bluetoothIsLossy(SourceApp app, const SystemWords& words, const std::optional<MixerWork>& work) {
+    const bool isCodecKnown = work && work->linkCodec && !words.bluetoothCodecCause.empty();
+    const std::string_view name = app == SourceApp::other ? words.unnamedApp : displayName(app);
+    const std::string_view codec = isCodecKnown ? std::string_view(*work->linkCodec) : std::string_view();
+    return makeFinding(Severity::high, "Bluetooth can't carry lossless",
+                       fill(isCodecKnown ? words.bluetoothCodecCause : words.bluetoothCause,
+                            {{"app", name}, {"codec", codec}}),
+                       words.bluetoothFix);
 }
 
 }  // namespace
@@ -130,33 +128,38 @@ std::vector<Diagnostic> sourceVsHALDiagnostics(const std::optional<SourceClaim>&
 
 std::vector<Diagnostic> halResamplingDiagnostics(const std::optional<AudioFormat>& virtualFormat,
                                                  const std::optional<AudioFormat>& physicalFormat,
-                                                 const std::optional<SourceClaim>& /*source*/) {
+                                                 const std::optional<SourceClaim>& /*source*/,
+                                                 const SystemWords& words,
+                                                 const std::optional<MixerWork>& work) {
     std::vector<Diagnostic> found;
     if (!virtualFormat || !physicalFormat) return found;
     if (virtualFormat->sampleRate != physicalFormat->sampleRate) {
-        found.push_back(rateConverted(*virtualFormat, *physicalFormat));
+        const auto conversion = work ? work->rateConversion : std::nullopt;
+        found.push_back(
+            rateFinding(virtualFormat->sampleRate, physicalFormat->sampleRate, conversion, words));
     }
     if (virtualFormat->bitsPerChannel != physicalFormat->bitsPerChannel) {
-        found.push_back(bitDepthConverted(*virtualFormat, *physicalFormat));
+        found.push_back(bitDepthConverted(*virtualFormat, *physicalFormat, words));
     }
     return found;
 }
 
 std::vector<Diagnostic> transportCapDiagnostics(DeviceTransport transport,
-                                                const std::optional<AudioFormat>& /*physicalFormat*/,
-                                                const std::optional<SourceClaim>& source) {
-    constexpr double builtInRate = 48000.0;
+                                                const std::optional<AudioFormat>& physicalFormat,
+                                                const std::optional<SourceClaim>& source,
+                                                const SystemWords& words,
+                                                const std::optional<MixerWork>& work) {
     constexpr double airPlayRate = 44100.0;
     std::vector<Diagnostic> found;
     if (!source || !source->declaredRate) return found;
     const double declaredRate = *source->declaredRate;
     // Only three links cap what they carry; a transport that is new to the enumeration caps nothing.
-    if (transport == DeviceTransport::builtIn && declaredRate > builtInRate)
-        found.push_back(fixedRateSpeakers());
+    if (transport == DeviceTransport::builtIn && exceedsBuiltIn(declaredRate, physicalFormat, words))
+        found.push_back(builtInCap(declaredRate, physicalFormat, words));
     if (transport == DeviceTransport::airplay && declaredRate > airPlayRate)
-        found.push_back(airPlayCap(declaredRate));
+        found.push_back(airPlayCap(declaredRate, words));
     if (transport == DeviceTransport::bluetooth && source->isLossless.value_or(false)) {
-        found.push_back(bluetoothIsLossy(source->app));
+        found.push_back(bluetoothIsLossy(source->app, words, work));
     }
     return found;
 }

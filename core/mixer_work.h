@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -83,10 +84,62 @@ using Alteration =
                  alteration::Mixed, alteration::DeviceVolume, alteration::DeviceMute, alteration::Clock,
                  alteration::Dither, alteration::Elsewhere>;
 
+/// Why the mixer converts a rate.
+namespace rate_reason {
+
+/// None of the device's formats has the rate.
+struct DeviceCannot {
+    bool operator==(const DeviceCannot&) const = default;
+};
+
+/// The system's settings give the device one rate, which is another.
+struct DeviceIsSet {
+    bool operator==(const DeviceIsSet&) const = default;
+};
+
+/// The mixer may not switch to the rate.
+struct NotAllowed {
+    std::vector<std::uint32_t> allowed;  // Hz, those to which it may; never empty
+    bool operator==(const NotAllowed&) const = default;
+};
+
+/// The system's settings force another rate.
+struct Forced {
+    bool operator==(const Forced&) const = default;
+};
+
+/// A stream of this application forces another rate.
+struct ForcedByStream {
+    std::string application;
+    bool operator==(const ForcedByStream&) const = default;
+};
+
+/// A stream of this application keeps the mixer at its own rate.
+struct HeldByStream {
+    std::string application;
+    bool operator==(const HeldByStream&) const = default;
+};
+
+}  // namespace rate_reason
+
+using RateReason = std::variant<rate_reason::DeviceCannot, rate_reason::DeviceIsSet, rate_reason::NotAllowed,
+                                rate_reason::Forced, rate_reason::ForcedByStream, rate_reason::HeldByStream>;
+
+/// A conversion of the rate between an application and the device. Rates are in Hz.
+struct RateConversion {
+    double streamRate = 0;
+    double mixerRate = 0;              // at which the mixer works, on the device's side
+    std::optional<RateReason> reason;  // absent when it is not known
+
+    bool operator==(const RateConversion&) const = default;
+};
+
 /// What the host knows of the mixer's work on the watched device. Where it is passed as an optional, absent
 /// means that the host cannot know.
 struct MixerWork {
-    std::vector<Alteration> alterations;  // in the order in which the mixer works
+    std::vector<Alteration> alterations;           // in the order in which the mixer works
+    std::optional<std::string> linkCodec = {};          // in which it sends the sound over the air: "LDAC"
+    std::optional<RateConversion> rateConversion = {};  // the one that the two formats of the device stand for
 
     bool operator==(const MixerWork&) const = default;
 };

@@ -102,7 +102,7 @@ void AppDelegate::setupPanel() {
     const auto weak = weak_from_this();
     panelContent_ = std::make_unique<MenubarPanel>(
         MenubarPanelSeams{seams_.mainLoop, seams_.coordinator.clock,
-                          seams_.coordinator.introspection.accessibility},
+                          seams_.coordinator.introspection.accessibility, seams_.coordinator.words},
         monitor_, coordinator(), settings_, panelActions(), weakly(weak, &AppDelegate::panelContentChanged));
     const auto perform = [weak](const Action& action) {
         if (const auto self = weak.lock()) self->panelContent_->perform(action);
@@ -118,7 +118,14 @@ MenubarPanelActions AppDelegate::panelActions() {
                     if (self) self->seams_.windows.workspace.openURL(self->logger_->logURL());
                 },
             .onRequestAccessibility = [&prompt = seams_.windows.accessibilityPrompt] { prompt.request(); },
-            .onQuit = [&application = seams_.windows.application] { application.terminate(); }};
+            .onQuit = [&application = seams_.windows.application] { application.terminate(); },
+            .onCopy = copyAction()};
+}
+
+std::function<void(const std::string&)> AppDelegate::copyAction() {
+    Clipboard* const clipboard = seams_.windows.clipboard;
+    if (!clipboard) return {};
+    return [clipboard](const std::string& text) { clipboard->setText(text); };
 }
 
 void AppDelegate::togglePanel() {

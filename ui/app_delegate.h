@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "app/report_coordinator.h"
 #include "app/settings_store.h"
@@ -56,6 +58,7 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
     void setupStatusItem();
     void setupPanel();
     MenubarPanelActions panelActions();
+    std::function<void(const std::string&)> copyAction();
     void followState();
     void stateDelivered(const std::optional<DeviceState>& state);
     void refreshStatusIcon();

@@ -26,10 +26,10 @@ View divider() {
     return line;
 }
 
-View accessibilityBanner() {
+View accessibilityBanner(const SystemWords& words) {
     View texts = column(
         2, {paragraph("Enable Accessibility for full source detection", {12, FontWeight::medium}, white()),
-            paragraph("Lets Purlock read the quality badge in Tidal / Apple Music", {10}, white(0.55))});
+            paragraph(words.bannerReason, {10}, white(0.55))});
     View content =
         onCard(row(defaultSpacing, {symbol("info.circle.fill", {13}, accentAmber), std::move(texts),
                                     flexibleSpace(), symbol("chevron.right", {10}, white(0.5))}),
@@ -84,14 +84,16 @@ void MenubarPanel::disappear() {
 View MenubarPanel::body() const {
     View content = column(betweenItems, {named("header", header())});
     auto& items = content.children;
-    if (!seams_.accessibility.isProcessTrusted()) items.push_back(named("banner", accessibilityBanner()));
+    if (!seams_.accessibility.isProcessTrusted())
+        items.push_back(named("banner", accessibilityBanner(seams_.words)));
     if (const auto& info = coordinator_->nowPlaying()) {
         items.push_back(named("card", NowPlayingCard{*info}.body()));
     }
     items.push_back(named("divider above verdict", divider()));
     items.push_back(named("verdict", verdictSummary()));
     items.push_back(named("divider above path", divider()));
-    items.push_back(named("path", SignalPathPanel{coordinator_->report()}.body()));
+    const bool canCopy = static_cast<bool>(actions_.onCopy);
+    items.push_back(named("path", SignalPathPanel{coordinator_->report(), canCopy}.body()));
     items.push_back(named("divider above picker", divider()));
     items.push_back(named("picker", devicePicker()));
     items.push_back(named("divider above footer", divider()));
@@ -117,8 +119,8 @@ View MenubarPanel::pinButton() const {
 
 View MenubarPanel::verdictSummary() const {
     const Verdict& verdict = coordinator_->report().verdict;
-    return column(defaultSpacing,
-                  {VerdictBadge{verdict}.body(), paragraph(verdictDetail(verdict), {11}, white(0.6))});
+    return column(defaultSpacing, {VerdictBadge{verdict}.body(),
+                                   paragraph(verdictDetail(verdict, seams_.words), {11}, white(0.6))});
 }
 
 View MenubarPanel::devicePicker() const {
@@ -160,31 +162,30 @@ void MenubarPanel::perform(const Action& action) {
             },
             [this](const ToggleLogEnabled&) { settings_->setLogEnabled(!settings_->logEnabled().value()); },
             [this](const PinDevice& pin) { settings_->setPinnedDeviceUID(pin.uid); },
+            [this](const Copy& copy) {
+                if (actions_.onCopy) actions_.onCopy(copy.text);
+            },
         },
         action);
 }
 
-std::string verdictDetail(const Verdict& verdict) {
-    return std::visit(Overloaded{
-                          [](const verdict::Idle& idle) {
-                              return "Output ready at " + idle.format.summary() + ". Nothing playing.";
-                          },
-                          [](const verdict::BitPerfect& perfect) {
-                              return "Source matches device at " + perfect.format.summary() +
-                                     ". No conversion in path.";
-                          },
-                          [](const verdict::Resampling& resampling) {
-                              return "macOS is converting " + resampling.virtualFormat.summary() + " to " +
-                                     resampling.physicalFormat.summary() + ". See findings below.";
-                          },
-                          [](const verdict::Unknown&) { return std::string("No output device detected."); },
-                          [](const verdict::Altered&) {
-                              return std::string(
-                                  "The mixer changes the samples on their way to the device. "
-                                  "See findings below.");
-                          },
-                      },
-                      verdict);
+std::string verdictDetail(const Verdict& verdict, const SystemWords& words) {
+    return std::visit(
+        Overloaded{
+            [](const verdict::Idle& idle) {
+                return "Output ready at " + idle.format.summary() + ". Nothing playing.";
+            },
+            [](const verdict::BitPerfect& perfect) {
+                return "Source matches device at " + perfect.format.summary() + ". No conversion in path.";
+            },
+            [&words](const verdict::Resampling& resampling) {
+                return fill(words.convertingDetail, {{"from", resampling.virtualFormat.summary()},
+                                                     {"to", resampling.physicalFormat.summary()}});
+            },
+            [](const verdict::Unknown&) { return std::string("No output device detected."); },
+            [&words](const verdict::Altered&) { return words.alteredDetail; },
+        },
+        verdict);
 }
 
 }  // namespace purlock

@@ -11,6 +11,7 @@
 #include "audio/audio_monitor.h"
 #include "base/clock.h"
 #include "base/run_loop.h"
+#include "core/system_words.h"
 #include "source/accessibility_tree.h"
 #include "ui/live_pulse.h"
 #include "ui/view.h"
@@ -22,6 +23,7 @@ struct MenubarPanelSeams {
     RunLoop& mainLoop;
     const Clock& clock;
     AccessibilityTree& accessibility;
+    SystemWords words = {};
 };
 
 /// What the shell does for the panel.
@@ -29,13 +31,14 @@ struct MenubarPanelActions {
     std::function<void()> onOpenLog;
     std::function<void()> onRequestAccessibility;
     std::function<void()> onQuit;
+    std::function<void(const std::string& text)> onCopy = {};  // empty where nothing can be copied
 };
 
 /// The content of the drop-down panel: what plays, the verdict, the signal path with its findings, the choice
 /// of the output device, and the switches.
 ///
 /// Made once by the shell, main thread only. A function of what it observes, with no state of its own but the
-/// flash of the live indicator; its only effects are writes to the settings and the three actions. It
+/// flash of the live indicator; its only effects are writes to the settings and the actions. It
 /// observes while it is on the screen: a hidden panel costs nothing.
 class MenubarPanel {
   public:
@@ -77,6 +80,6 @@ class MenubarPanel {
 };
 
 /// "Output ready at 96.0 kHz · 24-bit · 2ch. Nothing playing.": the verdict in a sentence. Pure.
-std::string verdictDetail(const Verdict& verdict);
+std::string verdictDetail(const Verdict& verdict, const SystemWords& words = {});
 
 }  // namespace purlock

@@ -95,6 +95,15 @@ View connector(const SignalStage& from, const SignalStage& to) {
                    line(std::string(transitionLabel(from.kind, to.kind)), {10}, withOpacity(color, 0.75))});
 }
 
+View copyButton(const std::string& command) {
+    View face = onCard(line("Copy", {11}, white(0.7)), {3, 8}, 0.08);
+    View button = container(Button{Copy{command}}, {std::move(face)});
+    button.help = "Copy: " + command;
+    button.label = command;
+    button.id = "copy";
+    return button;
+}
+
 View findingsHeader() {
     return column(0, {line(uppercased("Findings"), caption, white(0.4)), space(0, 8)});
 }
@@ -169,7 +178,8 @@ View SignalPathPanel::body() const {
     if (report.diagnostics.empty()) return panel;
     panel.children.push_back(findingsHeader());
     View findings = column(defaultSpacing, {});
-    for (const Diagnostic& diag : report.diagnostics) findings.children.push_back(DiagnosticRow{diag}.body());
+    for (const Diagnostic& diag : report.diagnostics)
+        findings.children.push_back(DiagnosticRow{diag, canCopy}.body());
     panel.children.push_back(std::move(findings));
     return panel;
 }
@@ -191,6 +201,7 @@ View DiagnosticRow::body() const {
     const Font italic{11, FontWeight::regular, FontSlant::italic};
     View texts = column(4, {std::move(heading), paragraph(diag.cause, {11}, white(0.7)),
                             paragraph(diag.fix, italic, white(0.55))});
+    if (diag.command && canCopy) texts.children.push_back(copyButton(*diag.command));
     View view = onCard(row(defaultSpacing, {element(Bar{2, {}, color}), std::move(texts)}), {10, 10}, 0.04);
     view.width = Width::available;
     view.id = diag.id.text();

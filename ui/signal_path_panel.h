@@ -24,6 +24,7 @@ std::string_view transitionLabel(SignalStage::Kind from, SignalStage::Kind to);
 /// The stages as a chain with a connector between each two, and under them the findings.
 struct SignalPathPanel {
     const SignalPathReport& report;
+    bool canCopy = false;  // whether there is a clipboard
     View body() const;
 };
 
@@ -33,9 +34,10 @@ struct StageRow {
     View body() const;
 };
 
-/// One finding: what, why, and what to do.
+/// One finding: what, why, and what to do. A command of the fix can be copied where there is a clipboard.
 struct DiagnosticRow {
     const Diagnostic& diag;
+    bool canCopy = false;
     View body() const;
 };
 

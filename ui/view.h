@@ -67,8 +67,13 @@ struct PinDevice {
     std::optional<std::string> uid;
     bool operator==(const PinDevice&) const = default;
 };
+/// Puts a text on the clipboard.
+struct Copy {
+    std::string text;
+    bool operator==(const Copy&) const = default;
+};
 using Action =
-    std::variant<OpenLog, RequestAccessibility, Quit, TogglePanelPinned, ToggleLogEnabled, PinDevice>;
+    std::variant<OpenLog, RequestAccessibility, Quit, TogglePanelPinned, ToggleLogEnabled, PinDevice, Copy>;
 
 // What one element shows.
 

@@ -204,6 +204,17 @@ class AccessibilityPrompt {
     virtual void request() = 0;
 };
 
+/// Where a text waits to be pasted into another program.
+class Clipboard {
+  public:
+    Clipboard() = default;
+    virtual ~Clipboard() = default;
+    Clipboard(const Clipboard&) = delete;
+    Clipboard& operator=(const Clipboard&) = delete;
+
+    virtual void setText(const std::string& text) = 0;
+};
+
 /// All of them.
 struct WindowSeams {
     Application& application;
@@ -212,6 +223,7 @@ struct WindowSeams {
     EventMonitor& events;
     Workspace& workspace;
     AccessibilityPrompt& accessibilityPrompt;
+    Clipboard* clipboard = nullptr;  // null on a host that offers none: nothing can be copied then
 };
 
 }  // namespace purlock

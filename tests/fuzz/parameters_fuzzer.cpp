@@ -2,6 +2,7 @@
 
 #include <span>
 
+#include "platform/linux/pipewire/offered_rates.h"
 #include "platform/linux/pipewire/profile_pod.h"
 #include "platform/linux/pipewire/sound_format.h"
 #include "tests/fuzz/fuzz_input.h"
@@ -17,6 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const auto description = host_linux::streamDescription(*format);
         fuzz::promise(description.channelsPerFrame == format->channels);
     }
+    fuzz::promise(host_linux::offeredRatesFromPods({*pod}).size() <= 256);
     for (const auto& clock : host_linux::graphClocksFromPod(*pod)) {
         fuzz::promise(clock.rate > 0 && !clock.nodes.empty());
     }

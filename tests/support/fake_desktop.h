@@ -20,13 +20,15 @@ class FakeDesktop final : public Application,
                           public PanelWindows,
                           public EventMonitor,
                           public Workspace,
-                          public AccessibilityPrompt {
+                          public AccessibilityPrompt,
+                          public Clipboard {
   public:
     // What a test may decide before the launch.
     bool givesStatusItem = true;
     bool givesButton = true;
     bool givesPanel = true;
     bool givesMonitorToken = true;
+    bool hasClipboard = false;
     Rect buttonFrame{500, 876, 24, 24};
 
     // What there is now.
@@ -39,6 +41,7 @@ class FakeDesktop final : public Application,
     int contentsSet = 0;
     bool promptGiven = false;
     std::vector<std::filesystem::path> opened;
+    std::vector<std::string> copied;
     bool terminated = false;
 
     /// Every call, in order, but those that set the content.
@@ -46,7 +49,7 @@ class FakeDesktop final : public Application,
 
     std::vector<std::string> takeHistory() { return std::exchange(history, {}); }
 
-    WindowSeams seams() { return {*this, *this, *this, *this, *this, *this}; }
+    WindowSeams seams() { return {*this, *this, *this, *this, *this, *this, hasClipboard ? this : nullptr}; }
 
     // What a user does.
     void clickStatusItem() const {
@@ -99,6 +102,9 @@ class FakeDesktop final : public Application,
 
     // AccessibilityPrompt
     void request() override { promptGiven = true; }
+
+    // Clipboard
+    void setText(const std::string& text) override { copied.push_back(text); }
 
   private:
     class Button final : public StatusButton {

@@ -15,7 +15,7 @@ constexpr std::int32_t player = 100;
 /// A machine with a USB converter as its default device, under a program that has just been opened.
 class Scene {
   public:
-    Scene() {
+    explicit Scene(const SystemWords& words) : machine_({.words = words}) {
         machine_.applications.setRunning({{player, "com.qobuz.player", "Qobuz"}});
         machine_.usb.list.set({{UsbDevice{"Topaz Audio", "Topaz E30"}}});
     }
@@ -94,29 +94,31 @@ FakeDevice headphones() {
 
 }  // namespace
 
-std::vector<PanelState> panelStates() {
+std::vector<PanelState> panelStates(const SystemWords& words) {
     const std::string longTitle =
         "Variations on a Theme That Never Quite Ends, Movement the Fourteenth: Andante con moto, ma non "
         "troppo, played <b>twice</b> & once more";
     return {
-        {"nothing-playing", Scene().device(usb(48000, 48000, 32, false)).panel()},
-        {"bit-perfect", Scene()
+        {"nothing-playing", Scene(words).device(usb(48000, 48000, 32, false)).panel()},
+        {"bit-perfect", Scene(words)
                             .device(usb(96000, 96000, 32, true))
                             .plays("Evening Tide", "Mara Lind", "Harbour Lights")
                             .panel()},
-        {"resampling", Scene()
+        {"resampling", Scene(words)
                            .device(usb(44100, 96000, 16, true))
                            .plays("Evening Tide", "Mara Lind", "Harbour Lights")
                            .panel()},
-        {"bluetooth", Scene()
+        {"bluetooth", Scene(words)
                           .device(headphones())
                           .plays("Evening Tide", "Mara Lind", "Harbour Lights", "com.tidal.desktop", "Tidal")
                           .panel()},
-        {"no-device", Scene().noDevices().panel()},
-        {"unplugged-pin", Scene().device(usb(48000, 48000, 32, true)).pinned("gone").panelPinned().panel()},
-        {"accessibility-banner", Scene().device(usb(48000, 48000, 32, false)).withoutAccessibility().panel()},
+        {"no-device", Scene(words).noDevices().panel()},
+        {"unplugged-pin",
+         Scene(words).device(usb(48000, 48000, 32, true)).pinned("gone").panelPinned().panel()},
+        {"accessibility-banner",
+         Scene(words).device(usb(48000, 48000, 32, false)).withoutAccessibility().panel()},
         {"long-and-right-to-left",
-         Scene()
+         Scene(words)
              .device(usb(48000, 48000, 32, true))
              .plays(longTitle, "موسيقى الليل الطويلة جدا والتي لا تنتهي أبدا في هذه المدينة", "אלבום ארוך")
              .panel()},

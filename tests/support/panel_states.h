@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "core/system_words.h"
 #include "ui/view.h"
 
 namespace purlock::test {
@@ -13,6 +14,7 @@ struct PanelState {
     View view;
 };
 
-std::vector<PanelState> panelStates();
+/// `words` speak of the system.
+std::vector<PanelState> panelStates(const SystemWords& words = {});
 
 }  // namespace purlock::test

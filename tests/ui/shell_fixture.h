@@ -4,6 +4,7 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "tests/audio/monitor_fixture.h"
 #include "tests/source/introspection_fixture.h"
@@ -25,7 +26,17 @@ struct ShellFixture : MonitorFixture {
     FakeDesktop desktop;
     std::shared_ptr<AppDelegate> shell;
 
-    ShellFixture() {
+    /// What a host of its own may add.
+    struct Host {
+        SystemWords words = {};
+        bool hasClipboard = false;
+    };
+    const Host host;
+
+    ShellFixture() : ShellFixture(Host{}) {}
+
+    explicit ShellFixture(Host ability) : host(std::move(ability)) {
+        desktop.hasClipboard = host.hasClipboard;
         kept.clear();
         monitor.reset();  // the shell makes its own
         loader.provide(framework);
@@ -41,7 +52,8 @@ struct ShellFixture : MonitorFixture {
         return {.mainLoop = loop,
                 .audio = {hardware, usb, bluetooth, applications, operatingSystem, loop, queues},
                 .nowPlaying = {loop, queues, operatingSystem, applications, loader, center},
-                .coordinator = {loop, clock, {hardware, applications, operatingSystem}, introspection.seams},
+                .coordinator =
+                    {loop, clock, {hardware, applications, operatingSystem}, introspection.seams, host.words},
                 .windows = desktop.seams()};
     }
 

@@ -9,7 +9,9 @@
 
 #include "base/text.h"
 #include "platform/linux/pipewire/alterations.h"
+#include "platform/linux/pipewire/link_codec.h"
 #include "platform/linux/pipewire/node_names.h"
+#include "platform/linux/pipewire/rate_reason.h"
 #include "platform/linux/pipewire/routes.h"
 #include "platform/linux/pipewire/sound_path.h"
 #include "platform/linux/pipewire/transport_rule.h"
@@ -230,7 +232,8 @@ class AnswerBuilder {
         if (!judgement.physical) judgement = judgeIdle(serial, node);
         if (!judgement.virtualFormat && judgement.physical)
             judgement.virtualFormat = streamDescription(*judgement.physical);
-        judgement.work = mixerWork(serial, node);
+        judgement.work.alterations = mixerWork(serial, node).alterations;
+        judgement.work.linkCodec = linkCodecName(node.properties.linkCodec);
         return judgement;
     }
 
@@ -259,6 +262,10 @@ class AnswerBuilder {
                 near.layout = *loss.layout;
             }
             near.sampleRate = loss.rate.value_or(physical->sampleRate);
+            if (loss.rate) {
+                const PathRates rates = {physical->sampleRate, clockRate(end), *loss.rate};
+                judgement.work.rateConversion = rateConversionOnPath(each.path, rates, graph_);
+            }
             judgement.physical = physical;
             judgement.virtualFormat = streamDescription(near);
             break;

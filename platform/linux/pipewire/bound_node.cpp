@@ -8,6 +8,7 @@
 
 #include "platform/linux/pipewire/dictionaries.h"
 #include "platform/linux/pipewire/mixer_pod.h"
+#include "platform/linux/pipewire/offered_rates.h"
 
 namespace purlock::host_linux {
 
@@ -164,6 +165,7 @@ void BoundObjects::Node::take(const Parameter& parameter) {
             if (node->format) node->lastFormat = node->format;
             break;
         case SPA_PARAM_EnumFormat:
+            node->offeredRates = offeredRatesFromPods(podsIn(parameter.values));
             choosePreferred();
             break;
         case SPA_PARAM_Props:

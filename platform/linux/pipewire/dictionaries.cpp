@@ -142,6 +142,8 @@ NodeProperties nodeProperties(const spa_dict* dictionary) {
     node.client = number<std::uint32_t>(dictionary, "client.id");
     node.requestedRate = rateFromFraction(rawText(dictionary, "node.rate"));
     node.forcedRate = number<std::uint32_t>(dictionary, "node.force-rate");
+    node.setRate = number<std::uint32_t>(dictionary, "audio.rate");
+    node.linkCodec = dictionaryText(dictionary, "api.bluez5.codec");
     node.pcm = pcmAddress(dictionary);
     node.isRouted = !rawText(dictionary, "card.profile.device").empty();
     node.isJack = isJackClient(dictionary);

@@ -45,6 +45,8 @@ struct NodeProperties {
     std::optional<std::uint32_t> client;
     std::optional<std::uint32_t> requestedRate;  // node.rate, Hz
     std::optional<std::uint32_t> forcedRate;     // node.force-rate, Hz
+    std::optional<std::uint32_t> setRate;        // audio.rate, Hz: the only one that a device is to run at
+    std::string linkCodec;                       // api.bluez5.codec
     std::optional<PcmAddress> pcm;               // of ALSA hardware
     bool isRouted = false;  // its device sets its volume, in the hardware as far as that can
     bool isJack = false;    // a client of the JACK library: ports of 32-bit float, no format
@@ -68,6 +70,14 @@ struct MixerProperties {
     bool operator==(const MixerProperties&) const = default;
 };
 
+/// Rates in Hz, both ends included.
+struct RateRange {
+    std::uint32_t least = 0;
+    std::uint32_t greatest = 0;
+
+    bool operator==(const RateRange&) const = default;
+};
+
 struct NodeRecord {
     std::uint32_t id = 0;
     NodeProperties properties;
@@ -76,6 +86,7 @@ struct NodeRecord {
     std::optional<SoundFormat> format;      // negotiated; absent while suspended
     std::optional<SoundFormat> lastFormat;  // of its last run, while it still offers the same formats
     std::optional<SoundFormat> preferred;   // what it would be opened with
+    std::vector<RateRange> offeredRates;    // of all its formats; empty when not told
     std::optional<double> clockRate;        // Hz, of the graph that drives it, as last seen in this run
     std::optional<std::uint32_t> driver;    // id of the node whose clock that is
     std::int64_t clockTime = 0;             // of the last cycle that was seen: the monotonic clock, ns

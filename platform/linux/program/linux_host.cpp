@@ -8,6 +8,7 @@
 #include "platform/linux/dbus/bus_address.h"
 #include "platform/linux/storage/json_user_defaults.h"
 #include "platform/linux/system/directories.h"
+#include "platform/linux/words/linux_words.h"
 
 namespace purlock::host_linux {
 
@@ -70,8 +71,10 @@ AppDelegateSeams LinuxHost::seams() {
             .coordinator = {mainLoop_,
                             clock_,
                             {hardware_, applications_, operatingSystem_},
-                            {fileSystem_, propertyLists_, applications_, accessibility_}},
-            .windows = {application_, statusBar_, panels_, outsideClicks_, workspace_, accessibilityPrompt_}};
+                            {fileSystem_, propertyLists_, applications_, accessibility_},
+                            linuxWords()},
+            .windows = {application_, statusBar_, panels_, outsideClicks_, workspace_, accessibilityPrompt_,
+                        &clipboard_}};
 }
 
 }  // namespace purlock::host_linux

@@ -14,6 +14,7 @@
 #include "platform/linux/dbus/bus_thread.h"
 #include "platform/linux/desktop/desktop_services.h"
 #include "platform/linux/desktop/outside_clicks.h"
+#include "platform/linux/desktop/qt_clipboard.h"
 #include "platform/linux/desktop/qt_panel_window.h"
 #include "platform/linux/desktop/qt_run_loop.h"
 #include "platform/linux/nowplaying/main_notification_center.h"
@@ -84,6 +85,7 @@ class LinuxHost {
     PipeWireHardware hardware_;
     QtApplication application_;
     QtWorkspace workspace_;
+    QtClipboard clipboard_;
     OutsideClicks outsideClicks_{mainLoop_};
     TrayStatusBar statusBar_;
     QtPanelWindows panels_{[this] { return statusBar_.iconFrame(); }};

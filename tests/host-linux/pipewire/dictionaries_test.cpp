@@ -41,6 +41,9 @@ TEST(Dictionaries, NumbersThatAreNoneAreMissing) {
     EXPECT_EQ(nodeProperties(Dictionary{{"client.id", "31"}}.get()).client, 31U);
     EXPECT_EQ(nodeProperties(Dictionary{{"node.rate", "1/44100"}}.get()).requestedRate, 44100U);
     EXPECT_EQ(nodeProperties(Dictionary{{"node.rate", "2/44100"}}.get()).requestedRate, std::nullopt);
+    EXPECT_EQ(nodeProperties(Dictionary{{"audio.rate", "44100"}}.get()).setRate, 44100U);
+    EXPECT_EQ(nodeProperties(Dictionary{{"audio.rate", "[ 44100 ]"}}.get()).setRate, std::nullopt);
+    EXPECT_EQ(nodeProperties(Dictionary{{"api.bluez5.codec", "ldac"}}.get()).linkCodec, "ldac");
     EXPECT_EQ(nodeProperties(Dictionary{{"node.rate", "1/0"}}.get()).requestedRate, std::nullopt);
     EXPECT_EQ(clientProperties(Dictionary{{"application.process.id", "0"}}.get()).claimedProcess,
               std::nullopt);

@@ -45,10 +45,10 @@ TEST_F(Road, FromTheSwitchOfARateToIdleToAPinnedDeviceThatGoes) {
     expectEverywhere("resampling", "Resampling");
     EXPECT_EQ(signatureOf(program.snapshot()), "desk|true|44100/32|48000/32");
     EXPECT_TRUE(
-        shows("macOS is converting 44.1 kHz · 32-bit · 2ch to 48.0 kHz · 32-bit · 2ch. "
+        shows("PipeWire is converting 44.1 kHz · 32-bit · 2ch to 48.0 kHz · 32-bit · 2ch. "
               "See findings below."));
     EXPECT_TRUE(shows("FINDINGS"));
-    EXPECT_TRUE(shows("macOS is resampling"));
+    EXPECT_TRUE(shows("PipeWire is resampling"));
 
     ASSERT_TRUE(desktop.parts().forceClockRate(48000));
     expectEverywhere("bitPerfect", "Bit-perfect");

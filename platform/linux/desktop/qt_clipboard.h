@@ -1,0 +1,13 @@
+#pragma once
+
+#include "ui/window_seams.h"
+
+namespace purlock::host_linux {
+
+/// The desktop's clipboard. What is copied can be pasted as long as the program runs. Main thread only.
+class QtClipboard final : public Clipboard {
+  public:
+    void setText(const std::string& text) override;
+};
+
+}  // namespace purlock::host_linux
