@@ -82,6 +82,22 @@ const Case cases[] = {
          scene.link(7, device);
      },
      true},
+    {"a second stream of the same rate, the clock was not seen",
+     [](Scene& scene) {
+         scene.allow();
+         scene.stream(7, "Firefox", stereo(s16Layout, 44100));
+         scene.sink(8, "Hall", stereo(s16Layout, 44100));
+         scene.link(7, 8);
+     },
+     true},
+    {"a recorder runs, the clock was not seen",
+     [](Scene& scene) {
+         scene.allow();
+         scene.node(7, NodeRole::other, "recorder");
+     },
+     true},
+    {"the same, but only one rate is allowed",
+     [](Scene& scene) { scene.node(7, NodeRole::other, "recorder"); }, false},
     {"the same without a profiler",
      [](Scene& scene) {
          scene.allow();

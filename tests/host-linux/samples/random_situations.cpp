@@ -55,6 +55,8 @@ class Draw {
         if (oneIn(6)) drawn.stream.volume = of<double>({0.125, 0.5, 0.9, 1.2});
         if (oneIn(16)) drawn.stream.isMuted = true;
         if (oneIn(6)) drawn.deviceVolume = of<double>({0.001, 0.25, 0.5, 0.99, 1.1});
+        // So little of so few bits would be silence.
+        if (drawn.device == SampleFormat::u8 && drawn.deviceVolume < 0.1) drawn.deviceVolume = 0.25;
         if (oneIn(16)) drawn.isDeviceMuted = true;
         if (oneIn(16) && drawn.device == SampleFormat::s16) drawn.dithers = true;
     }
