@@ -122,7 +122,7 @@ std::vector<Diagnostic> alterationDiagnostics(const std::optional<MixerWork>& wo
     for (const Alteration& alteration : work->alterations) {
         auto [title, cause, fix] = textsOf(alteration, words);
         found.push_back({Uuid::random(), Diagnostic::Severity::medium, std::string(title), std::move(cause),
-                         std::move(fix), std::nullopt});
+                         std::move(fix)});
     }
     return found;
 }

@@ -14,7 +14,7 @@ namespace {
 using Severity = Diagnostic::Severity;
 
 Diagnostic makeFinding(Severity severity, std::string_view title, std::string cause, std::string fix) {
-    return {Uuid::random(), severity, std::string(title), std::move(cause), std::move(fix), std::nullopt};
+    return {Uuid::random(), severity, std::string(title), std::move(cause), std::move(fix)};
 }
 
 Diagnostic downgraded(std::string cause, std::string fix) {

@@ -49,7 +49,7 @@ struct Diagnostic {
     std::string title;
     std::string cause;
     std::string fix;
-    std::optional<std::string> command;  // the part of the fix that is a command for a terminal
+    std::optional<std::string> command = {};  // the part of the fix that is a command for a terminal
 
     bool operator==(const Diagnostic&) const = default;
 };

@@ -96,7 +96,7 @@ View connector(const SignalStage& from, const SignalStage& to) {
 }
 
 View copyButton(const std::string& command) {
-    View face = onCard(line("Copy", {11}, white(0.7)), {3, 8}, 0.08);
+    View face = onCard(row(0, {line("Copy", {11}, white(0.7))}), {3, 8}, 0.08);
     View button = container(Button{Copy{command}}, {std::move(face)});
     button.help = "Copy: " + command;
     button.label = command;
