@@ -40,7 +40,7 @@ LinuxHost::LinuxHost(std::string sessionBus)
       accessibility_(busThread_, sessionBus_),
       bluetooth_(busThread_, systemBusAddress()),
       applications_(queues_.makeSerialQueue(queueLabel(".purlock.applications"))),
-      hardware_(applications_),
+      hardware_(applications_.searchingAtOnce()),
       statusBar_(mainLoop_, busThread_, sessionBus_) {}
 
 LinuxHost::~LinuxHost() {
