@@ -1,5 +1,7 @@
 // The findings of the cause engine: each names what is wrong, why, and what can be done about it.
 
+#include <algorithm>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -64,6 +66,61 @@ Diagnostic bitDepthBelowClaim(SourceApp app, std::uint32_t declared, std::uint32
                        "Confirm the track has a higher-bit master available in this service.");
 }
 
+// A player of files: what is in the file against what the player hands to the system.
+
+/// How a sentence calls the player, at its start and within it.
+struct PlayerWords {
+    std::string subject;
+    std::string possessive;
+};
+
+PlayerWords playerWords(const FileClaim& file) {
+    if (!file.playerName) return {"The player", "the player's"};
+    return {*file.playerName, joined({*file.playerName, "'s"})};
+}
+
+Diagnostic fileConverted(Severity severity, std::string_view title, const PlayerWords& player,
+                         std::string_view inFile, std::string_view handedOver, std::string_view fix) {
+    return makeFinding(
+        severity, title,
+        joined({player.subject, " is playing a ", inFile, " file but hands the system ", handedOver, "."}),
+        joined({"Look in ", player.possessive, " audio settings for ", fix}));
+}
+
+constexpr std::string_view rateFix =
+    "a fixed output sample rate, a resampler or an effect, and switch it off, so that the file's own rate is "
+    "handed over.";
+
+std::vector<Diagnostic> fileDiagnostics(const SourceClaim& claim, const AudioFormat& virtualFormat) {
+    // The mixer computes in floats that hold no more than this, so more in the file is lost in no player.
+    constexpr std::uint32_t mostUsefulBits = 24;
+    std::vector<Diagnostic> found;
+    if (!claim.file->isHeardAlone) return found;
+    const PlayerWords player = playerWords(*claim.file);
+    const bool isLossless = claim.isLossless.value_or(false);
+    if (claim.declaredRate && *claim.declaredRate != virtualFormat.sampleRate) {
+        const std::string inFile = formatRate(*claim.declaredRate);
+        const std::string handedOver = formatRate(virtualFormat.sampleRate);
+        if (*claim.declaredRate > virtualFormat.sampleRate) {
+            found.push_back(
+                fileConverted(Severity::high, "Source app downgraded", player, inFile, handedOver, rateFix));
+        } else if (isLossless) {
+            // A lossy codec may well be decoded to more than the rate that its file names.
+            found.push_back(fileConverted(Severity::medium, "Source app is resampling", player, inFile,
+                                          handedOver, rateFix));
+        }
+    }
+    if (isLossless &&
+        std::min(claim.declaredBitDepth.value_or(0), mostUsefulBits) > virtualFormat.bitsPerChannel) {
+        found.push_back(fileConverted(Severity::medium, "Source app delivered lower bit depth", player,
+                                      joined({std::to_string(*claim.declaredBitDepth), "-bit"}),
+                                      joined({std::to_string(virtualFormat.bitsPerChannel), "-bit"}),
+                                      "the bit depth of its output, and choose one that is not below the "
+                                      "file's."));
+    }
+    return found;
+}
+
 Diagnostic rateConverted(const AudioFormat& virtualFormat, const AudioFormat& physicalFormat) {
     const std::string rate = formatRate(virtualFormat.sampleRate);
     return makeFinding(
@@ -103,12 +160,12 @@ Diagnostic airPlayCap(double declaredRate) {
         "Use a wired/USB DAC for HiRes. AirPlay tops out at CD quality.");
 }
 
-Diagnostic bluetoothIsLossy(SourceApp app) {
+Diagnostic bluetoothIsLossy(std::string_view sender) {
     return makeFinding(
         Severity::high, "Bluetooth can't carry lossless",
         joined({"Your output is Bluetooth (AirPods or similar). The BT audio link uses lossy AAC/SBC "
                 "compression — no Bluetooth profile carries lossless audio. Whatever ",
-                displayName(app), " sends, the wire downgrades it."}),
+                sender, " sends, the wire downgrades it."}),
         "Use a wired DAC or AirPlay 2 (lossless 16/44.1) for lossless playback. AirPods Max wired mode "
         "also works.");
 }
@@ -118,6 +175,9 @@ Diagnostic bluetoothIsLossy(SourceApp app) {
 std::vector<Diagnostic> sourceVsHALDiagnostics(const std::optional<SourceClaim>& claim,
                                                const std::optional<AudioFormat>& virtualFormat) {
     std::vector<Diagnostic> found;
+    if (claim && claim->file) {
+        return virtualFormat ? fileDiagnostics(*claim, *virtualFormat) : std::vector<Diagnostic>();
+    }
     if (!claim || !virtualFormat || !claim->declaredRate || !claim->declaredBitDepth) return found;
     if (*claim->declaredRate > virtualFormat->sampleRate)
         found.push_back(rateBelowClaim(*claim, *virtualFormat));
@@ -156,7 +216,9 @@ std::vector<Diagnostic> transportCapDiagnostics(DeviceTransport transport,
     if (transport == DeviceTransport::airplay && declaredRate > airPlayRate)
         found.push_back(airPlayCap(declaredRate));
     if (transport == DeviceTransport::bluetooth && source->isLossless.value_or(false)) {
-        found.push_back(bluetoothIsLossy(source->app));
+        const bool isNamedPlayer = source->file && source->file->playerName;
+        found.push_back(bluetoothIsLossy(isNamedPlayer ? std::string_view(*source->file->playerName)
+                                                       : displayName(source->app)));
     }
     return found;
 }

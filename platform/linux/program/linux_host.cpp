@@ -36,7 +36,8 @@ LinuxHost::LinuxHost(std::string sessionBus)
       files_(dataDirectory()),
       queues_(workerThreads, nameWorkerThread),
       notificationCenter_(mainLoop_),
-      players_(busThread_, sessionBus_, notificationCenter_),
+      playedFiles_(queues_.makeSerialQueue(queueLabel(".purlock.playedfile"))),
+      players_(busThread_, sessionBus_, notificationCenter_, playedFiles_),
       accessibility_(busThread_, sessionBus_),
       bluetooth_(busThread_, systemBusAddress()),
       applications_(queues_.makeSerialQueue(queueLabel(".purlock.applications"))),
@@ -65,11 +66,11 @@ void LinuxHost::listenToStarts(std::function<void()> onActivate) {
 AppDelegateSeams LinuxHost::seams() {
     return {.mainLoop = mainLoop_,
             .audio = {hardware_, usb_, bluetooth_, applications_, operatingSystem_, mainLoop_, queues_},
-            .nowPlaying = {mainLoop_, mainQueues_, operatingSystem_, applications_, players_,
+            .nowPlaying = {mainLoop_, mainQueues_, operatingSystem_, playerApplications_, players_,
                            notificationCenter_},
             .coordinator = {mainLoop_,
                             clock_,
-                            {hardware_, applications_, operatingSystem_},
+                            {hardware_, playerApplications_, operatingSystem_},
                             {fileSystem_, propertyLists_, applications_, accessibility_}},
             .windows = {application_, statusBar_, panels_, outsideClicks_, workspace_, accessibilityPrompt_}};
 }

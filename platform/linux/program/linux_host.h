@@ -18,7 +18,9 @@
 #include "platform/linux/desktop/qt_run_loop.h"
 #include "platform/linux/nowplaying/main_notification_center.h"
 #include "platform/linux/nowplaying/mpris_framework.h"
+#include "platform/linux/nowplaying/player_applications.h"
 #include "platform/linux/pipewire/pipewire_hardware.h"
+#include "platform/linux/playedfile/played_files.h"
 #include "platform/linux/propertylist/posix_file_system.h"
 #include "platform/linux/propertylist/property_list_file_reader.h"
 #include "platform/linux/storage/disk_application_files.h"
@@ -75,12 +77,14 @@ class LinuxHost {
     WorkerPool queues_;
     BusThread busThread_;
     MainNotificationCenter notificationCenter_;
+    PlayedFiles playedFiles_;
     MprisFrameworkLoader players_;
     AtSpiTree accessibility_;
     EnableAccessibility accessibilityPrompt_{accessibility_};
     BlueZStack bluetooth_;
     SysfsUsbRegistry usb_;
     DesktopApplications applications_;
+    PlayerApplications playerApplications_{applications_, players_};
     PipeWireHardware hardware_;
     QtApplication application_;
     QtWorkspace workspace_;
