@@ -2,9 +2,11 @@
 
 #include <pthread.h>
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
+#include "audio/process_audio.h"
 #include "platform/linux/dbus/bus_address.h"
 #include "platform/linux/storage/json_user_defaults.h"
 #include "platform/linux/system/directories.h"
@@ -38,11 +40,28 @@ LinuxHost::LinuxHost(std::string sessionBus)
       notificationCenter_(mainLoop_),
       playedFiles_(queues_.makeSerialQueue(queueLabel(".purlock.playedfile"))),
       players_(busThread_, sessionBus_, notificationCenter_, playedFiles_),
-      accessibility_(busThread_, sessionBus_),
+      accessibility_(busThread_, sessionBus_, [this] { return soundRuns(); }),
       bluetooth_(busThread_, systemBusAddress()),
       applications_(queues_.makeSerialQueue(queueLabel(".purlock.applications"))),
       hardware_(applications_.searchingAtOnce()),
-      statusBar_(mainLoop_, busThread_, sessionBus_) {}
+      statusBar_(mainLoop_, busThread_, sessionBus_) {
+    followPlayers();
+}
+
+/// A badge changes with what plays.
+void LinuxHost::followPlayers() {
+    for (const char* name : {"kMRMediaRemoteNowPlayingInfoDidChangeNotification",
+                             "kMRMediaRemoteNowPlayingApplicationDidChangeNotification",
+                             "kMRMediaRemoteNowPlayingApplicationIsPlayingDidChangeNotification"}) {
+        playerChanges_.push_back(
+            notificationCenter_.addObserverForName(name, [this] { accessibility_.noteChange(); }));
+    }
+}
+
+bool LinuxHost::soundRuns() {
+    return std::ranges::any_of(ProcessAudio::audioProcesses(hardware_),
+                               &ProcessAudio::RawProcess::isRunningOutput);
+}
 
 LinuxHost::~LinuxHost() {
     // A refresh that is under way on a queue still asks the services.

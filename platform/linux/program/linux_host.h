@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "base/clock.h"
 #include "base/run_loop_queues.h"
@@ -66,6 +67,9 @@ class LinuxHost {
     void listenToStarts(std::function<void()> onActivate);
 
   private:
+    void followPlayers();
+    bool soundRuns();
+
     const std::string sessionBus_;
     QtRunLoop mainLoop_;
     RunLoopQueues mainQueues_{mainLoop_};
@@ -92,6 +96,7 @@ class LinuxHost {
     TrayStatusBar statusBar_;
     QtPanelWindows panels_{[this] { return statusBar_.iconFrame(); }};
     std::unique_ptr<InstanceActivation> activation_;
+    std::vector<Cancellable> playerChanges_;
 };
 
 }  // namespace purlock::host_linux
