@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <algorithm>
+#include <chrono>
 #include <string>
 #include <utility>
 
@@ -18,6 +19,11 @@ namespace {
 // As many as there are queues whose work may hang: the log's and the snapshot's disk, the monitors'
 // notifications.
 constexpr std::size_t workerThreads = 4;
+
+// As many as there are queues for files of other programs: preferences, played files, applications. The disk
+// of any may hang without end, and the program ends all the same.
+constexpr std::size_t foreignFileThreads = 3;
+constexpr std::chrono::milliseconds longestFarewell{1000};
 
 void nameWorkerThread() {
     pthread_setname_np(pthread_self(), "purlock-worker");
@@ -37,12 +43,14 @@ LinuxHost::LinuxHost(std::string sessionBus)
     : sessionBus_(std::move(sessionBus)),
       files_(dataDirectory()),
       queues_(workerThreads, nameWorkerThread),
+      foreignFiles_(foreignFileThreads, nameWorkerThread),
+      preferences_(foreignFiles_.makeSerialQueue(queueLabel(".purlock.preferences"))),
       notificationCenter_(mainLoop_),
-      playedFiles_(queues_.makeSerialQueue(queueLabel(".purlock.playedfile"))),
+      playedFiles_(foreignFiles_.makeSerialQueue(queueLabel(".purlock.playedfile"))),
       players_(busThread_, sessionBus_, notificationCenter_, playedFiles_),
       accessibility_(busThread_, sessionBus_, [this] { return soundRuns(); }),
       bluetooth_(busThread_, systemBusAddress()),
-      applications_(queues_.makeSerialQueue(queueLabel(".purlock.applications"))),
+      applications_(foreignFiles_.makeSerialQueue(queueLabel(".purlock.applications"))),
       hardware_(applications_.searchingAtOnce()),
       statusBar_(mainLoop_, busThread_, sessionBus_) {
     followPlayers();
@@ -66,6 +74,7 @@ bool LinuxHost::soundRuns() {
 LinuxHost::~LinuxHost() {
     // A refresh that is under way on a queue still asks the services.
     queues_.finish();
+    foreignFiles_.finishWithin(longestFarewell);
 }
 
 void LinuxHost::provideSharedServices() {
@@ -90,7 +99,7 @@ AppDelegateSeams LinuxHost::seams() {
             .coordinator = {mainLoop_,
                             clock_,
                             {hardware_, playerApplications_, operatingSystem_},
-                            {fileSystem_, propertyLists_, applications_, accessibility_}},
+                            {preferences_, preferences_, applications_, accessibility_}},
             .windows = {application_, statusBar_, panels_, outsideClicks_, workspace_, accessibilityPrompt_}};
 }
 

@@ -22,8 +22,7 @@
 #include "platform/linux/nowplaying/player_applications.h"
 #include "platform/linux/pipewire/pipewire_hardware.h"
 #include "platform/linux/playedfile/played_files.h"
-#include "platform/linux/propertylist/posix_file_system.h"
-#include "platform/linux/propertylist/property_list_file_reader.h"
+#include "platform/linux/propertylist/preference_files.h"
 #include "platform/linux/storage/disk_application_files.h"
 #include "platform/linux/system/host_operating_system.h"
 #include "platform/linux/tray/tray_status_bar.h"
@@ -76,9 +75,9 @@ class LinuxHost {
     SystemClock clock_;
     HostOperatingSystem operatingSystem_;
     DiskApplicationFiles files_;
-    PosixFileSystem fileSystem_;
-    PropertyListFileReader propertyLists_;
     WorkerPool queues_;
+    WorkerPool foreignFiles_;  // for what may hang: files of other programs
+    PreferenceFiles preferences_;
     BusThread busThread_;
     MainNotificationCenter notificationCenter_;
     PlayedFiles playedFiles_;
