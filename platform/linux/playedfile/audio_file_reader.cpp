@@ -23,6 +23,7 @@
 
 #include <algorithm>
 #include <array>
+#include <exception>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -219,14 +220,8 @@ std::optional<PlayedFile> readKind(AudioFileKind kind, BoundedStream& stream) {
     return std::nullopt;
 }
 
-}  // namespace
-
-std::optional<PlayedFile> readAudioFile(int descriptor, std::uint64_t size) {
-    return readAudioFile(descriptor, size, AudioReadLimits{});
-}
-
 /// Tags in front are passed over: nothing in them is wanted, and they may be large.
-std::optional<PlayedFile> readAudioFile(int descriptor, std::uint64_t size, const AudioReadLimits& limits) {
+std::optional<PlayedFile> readBehindTags(int descriptor, std::uint64_t size, const AudioReadLimits& limits) {
     std::uint64_t start = 0;
     for (int i = 0; i <= maximumLeadingTags && start < size; ++i) {
         BoundedStream stream(descriptor, start, size, limits);
@@ -236,6 +231,22 @@ std::optional<PlayedFile> readAudioFile(int descriptor, std::uint64_t size, cons
         start += tag;
     }
     return std::nullopt;
+}
+
+}  // namespace
+
+AudioReading readAudioFile(int descriptor, std::uint64_t size) {
+    return readAudioFile(descriptor, size, AudioReadLimits{});
+}
+
+AudioReading readAudioFile(int descriptor, std::uint64_t size, const AudioReadLimits& limits) {
+    try {
+        return {readBehindTags(descriptor, size, limits), false};
+    } catch (const AudioReadEnded&) {
+        return {std::nullopt, true};
+    } catch (const std::exception&) {  // of the standard library inside the tag library
+        return {std::nullopt, true};
+    }
 }
 
 }  // namespace purlock::host_linux

@@ -16,13 +16,11 @@ BoundedStream::BoundedStream(int descriptor, std::uint64_t start, std::uint64_t 
       left_(limits),
       deadline_(std::chrono::steady_clock::now() + limits.time) {}
 
-bool BoundedStream::mayRead(std::size_t bytes) {
+void BoundedStream::count(std::size_t bytes) {
     if (left_.reads == 0 || left_.totalBytes < bytes || std::chrono::steady_clock::now() > deadline_)
-        isExhausted_ = true;
-    if (isExhausted_) return false;
+        throw AudioReadEnded{};
     --left_.reads;
     left_.totalBytes -= bytes;
-    return true;
 }
 
 TagLib::ByteVector BoundedStream::firstBytes(std::size_t size) {
@@ -33,10 +31,10 @@ TagLib::ByteVector BoundedStream::firstBytes(std::size_t size) {
 }
 
 TagLib::ByteVector BoundedStream::readBlock(Size length) {
-    if (place_ >= end_) return {};
-    const std::size_t wanted = std::min(
-        {static_cast<std::size_t>(length), left_.blockBytes, static_cast<std::size_t>(end_ - place_)});
-    if (wanted == 0 || !mayRead(wanted)) return {};
+    const auto left = static_cast<std::size_t>(std::max<Offset>(end_ - place_, 0));
+    const std::size_t wanted = std::min({static_cast<std::size_t>(length), left_.blockBytes, left});
+    count(wanted);
+    if (wanted == 0) return {};
     TagLib::ByteVector bytes(static_cast<unsigned>(wanted), '\0');
     std::size_t count = 0;
     while (count < wanted) {

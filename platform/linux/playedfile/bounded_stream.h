@@ -9,13 +9,18 @@
 
 namespace purlock::host_linux {
 
-/// How much of one file is read at most. What lies beyond looks like the file's end.
+/// How much of one file is read at most. A block that is too large is cut; beyond the other limits reading
+/// ends with `AudioReadEnded`.
 struct AudioReadLimits {
     std::size_t blockBytes = 16U << 20U;  // at once: a picture in a FLAC file has up to this
     std::size_t totalBytes = 64U << 20U;
-    std::size_t reads = 50'000;
+    std::size_t reads = 20'000;  // also those at the file's end, of which a damaged file can cause millions
     std::chrono::milliseconds time{3000};
 };
+
+/// Thrown through the tag library, which asks on and on where a count in the file says so and has no other
+/// way to be stopped. It loses some memory then, so that files which do this must not be read without end.
+struct AudioReadEnded {};
 
 /// A file for the tag library to read, from `start` on, within bounds; nothing is ever written. The
 /// descriptor stays its owner's. On one thread.
@@ -47,19 +52,19 @@ class BoundedStream final : public TagLib::IOStream {
         return true;
     }
     bool isOpen() const override {
-        return !isExhausted_;
+        return true;
     }
     void seek(Offset offset, Position position) override;
     Offset tell() const override {
         return place_;
     }
     Offset length() override {
-        return isExhausted_ ? 0 : end_;
+        return end_;
     }
     void truncate(Offset /*length*/) override {}
 
   private:
-    bool mayRead(std::size_t bytes);
+    void count(std::size_t bytes);
 
     const int descriptor_;
     const std::uint64_t start_;
@@ -67,7 +72,6 @@ class BoundedStream final : public TagLib::IOStream {
     AudioReadLimits left_;
     const std::chrono::steady_clock::time_point deadline_;
     Offset place_ = 0;
-    bool isExhausted_ = false;  // then the file is as if it were empty, so that no loop waits for its end
 };
 
 }  // namespace purlock::host_linux

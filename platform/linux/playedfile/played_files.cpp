@@ -42,7 +42,7 @@ std::optional<OpenFile> openFile(const std::string& path) {
     return file;
 }
 
-std::optional<PlayedFile> readOpen(const OpenFile& file) {
+AudioReading readOpen(const OpenFile& file) {
     return readAudioFile(file.descriptor.get(), static_cast<std::uint64_t>(file.key.size));
 }
 
@@ -77,15 +77,18 @@ class PlayedFiles::Reader {
         for (const auto& [key, known] : kept_) {
             if (key == file->key) return known;
         }
-        auto read = readOpen(*file);
-        kept_.emplace_back(file->key, read);
+        if (cutShort_ >= maximumCutShort) return std::nullopt;
+        const AudioReading reading = readOpen(*file);
+        if (reading.isCutShort) ++cutShort_;
+        kept_.emplace_back(file->key, reading.file);
         if (kept_.size() > maximumKept) kept_.pop_front();
-        return read;
+        return reading.file;
     }
 
     std::mutex mutex_;
     std::optional<Question> wanted_;                                  // guarded by mutex_
     std::deque<std::pair<FileKey, std::optional<PlayedFile>>> kept_;  // on the queue
+    int cutShort_ = 0;                                                // likewise
 };
 
 PlayedFiles::PlayedFiles(std::shared_ptr<SerialQueue> queue)
@@ -100,7 +103,7 @@ void PlayedFiles::read(std::string path, Found onFound) {
 
 std::optional<PlayedFile> readPlayedFile(const std::string& path) {
     const auto file = openFile(path);
-    return file ? readOpen(*file) : std::nullopt;
+    return file ? readOpen(*file).file : std::nullopt;
 }
 
 }  // namespace purlock::host_linux

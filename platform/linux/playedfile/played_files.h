@@ -14,12 +14,15 @@ namespace purlock::host_linux {
 /// Reads the files that players play, one at a time, on a queue whose work may wait for a disk.
 ///
 /// A file that was read is known by its place, size and time of change, and is not read again while they are
-/// the same; the last few are kept. Only regular files are opened, and nothing else is ever waited for. Any
+/// the same; the last few are kept. After `maximumCutShort` files that had to be cut short no file is read
+/// any more: they cost memory. Only regular files are opened, and nothing else is ever waited for. Any
 /// thread; owned by the host.
 class PlayedFiles {
   public:
     /// Absent when the file cannot be read or is of no known kind. On the queue.
     using Found = std::function<void(std::optional<PlayedFile> file)>;
+
+    static constexpr int maximumCutShort = 16;
 
     explicit PlayedFiles(std::shared_ptr<SerialQueue> queue);
 

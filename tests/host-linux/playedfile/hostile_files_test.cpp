@@ -115,16 +115,44 @@ TEST_F(HostileFiles, WhatLiesBeyondTheLimitsIsNotRead) {
     ASSERT_TRUE(test::makeSound(path("a.flac"), 44100, 16, 2));
     const FileDescriptor file(::open(path("a.flac").c_str(), O_RDONLY | O_CLOEXEC));
     const auto size = std::filesystem::file_size(path("a.flac"));
-    EXPECT_TRUE(readAudioFile(file.get(), size));
+    const AudioReading whole = readAudioFile(file.get(), size);
+    EXPECT_TRUE(whole.file);
+    EXPECT_FALSE(whole.isCutShort);
     AudioReadLimits few;
     few.reads = 2;
-    EXPECT_EQ(readAudioFile(file.get(), size, few), std::nullopt);
     AudioReadLimits little;
     little.totalBytes = 530;
-    EXPECT_EQ(readAudioFile(file.get(), size, little), std::nullopt);
     AudioReadLimits late;
     late.time = -1ms;
-    EXPECT_EQ(readAudioFile(file.get(), size, late), std::nullopt);
+    for (const AudioReadLimits& limits : {few, little, late}) {
+        const AudioReading cut = readAudioFile(file.get(), size, limits);
+        EXPECT_EQ(cut.file, std::nullopt);
+        EXPECT_TRUE(cut.isCutShort);
+    }
+}
+
+/// A count in the file's header that says how many attributes follow, where none does: the library asks for
+/// each of them.
+std::string windowsMediaWithCounts(int objects) {
+    const auto number = [](std::uint64_t value, int size) {
+        std::string bytes;
+        for (int i = 0; i < size; ++i) bytes += static_cast<char>(value >> (8 * i) & 0xFFU);
+        return bytes;
+    };
+    const std::string header = "\x30\x26\xB2\x75\x8E\x66\xCF\x11\xA6\xD9" + std::string(2, '\0') +
+                               "\x62\xCE\x6C" + std::string(1, '\0');
+    const std::string extended =
+        "\x40\xA4\xD0\xD2\x07\xE3\xD2\x11\x97\xF0" + std::string(1, '\0') + "\xA0\xC9\x5E\xA8\x50";
+    std::string file = header.substr(0, 11) + "\xAA" + std::string(1, '\0') + header.substr(12) +
+                       number(30 + 26 * static_cast<std::uint64_t>(objects), 8) +
+                       number(static_cast<std::uint64_t>(objects), 4) + "\1\2";
+    for (int i = 0; i < objects; ++i) file += extended + number(26, 8) + number(0xFFFF, 2);
+    return file;
+}
+
+TEST_F(HostileFiles, CountsThatPromiseWhatIsNotThereEnd) {
+    folder_.write("counts.wma", windowsMediaWithCounts(2000));
+    EXPECT_EQ(readInTime("counts.wma"), std::nullopt);
 }
 
 }  // namespace
