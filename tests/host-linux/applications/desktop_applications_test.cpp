@@ -217,6 +217,17 @@ TEST_F(DesktopApplicationsTest, TheScriptIsAskedBeforeItsInterpreter) {
     EXPECT_EQ(of(13), std::nullopt);
 }
 
+TEST_F(DesktopApplicationsTest, AnIndexKnowsNoLauncher) {
+    addDesktopFile("usr/applications/python3.desktop", "Python", "/usr/bin/python3.11");
+    addDesktopFile("usr/applications/electron.desktop", "Electron", "electron29 %u");
+    addDesktopFile("usr/applications/player.desktop", "Player", "player3.11");
+    const DesktopIndex index = DesktopIndex::read({(machine_.path() / "usr").string()}, {});
+    EXPECT_EQ(index.idOfExecutable("/usr/bin/python3.11"), std::nullopt);
+    EXPECT_EQ(index.idOfExecutable("electron29"), std::nullopt);
+    EXPECT_FALSE(index.isHelper("/usr/bin/python3.11"));
+    EXPECT_EQ(index.idOfExecutable("/usr/bin/player3.11"), "player");
+}
+
 TEST_F(DesktopApplicationsTest, AnEntryThatNoMenuShowsNamesNoProgram) {
     addDesktopFile("usr/applications/helper.desktop", "Helper", "/usr/lib/helper", "NoDisplay=true\n");
     add({.pid = 10, .program = "/usr/lib/helper"});
