@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "platform/linux/accessibility/atspi_tree.h"
+#include "platform/linux/system/unused_memory.h"
 #include "source/accessibility_scraper.h"
 #include "tests/host-linux/accessibility/fast_pace.h"
 #include "tests/support/fake_accessibility_bus.h"
@@ -153,6 +154,30 @@ TEST_F(HostileApplication, SilenceGivesNothingAndDelaysNobody) {
     walks.goOn(4s);
     EXPECT_EQ(walks.walk(), std::nullopt);
     expectNoStall(walks);
+}
+
+/// Trees as large as a window has them, and as large as one message can be: what was taken goes back.
+TEST_F(HostileApplication, LargeTreesLeaveNoMemoryBehind) {
+    keepFreeMemorySmall();  // as the program does
+    for (const int elements : {1000, 20'000, 80'000}) {
+        SCOPED_TRACE(elements);
+        malloc_trim(0);
+        const long before = residentMegabytes();
+        start(answeringItems(
+            [this, elements](sd_bus_message* answer) { appendLargeTree(answer, name(), elements); }));
+        Walks walks(*tree_);
+        if (elements <= 20'000) {
+            EXPECT_TRUE(walks.until("Hi-Res Lossless"));
+        } else {
+            walks.goOn(6s);
+        }
+        walks.goOn(500ms);
+        bus_.reset();  // the sender's own copies
+        constexpr long mostLeft = 4;
+        EXPECT_TRUE(test::isSanitized ||
+                    waitUntil([&] { return residentMegabytes() - before < mostLeft; }, 5s));
+        std::printf("%d elements left %ld MiB behind\n", elements, residentMegabytes() - before);
+    }
 }
 
 /// An application with a text of that size between two small ones, the second of which is the badge.

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "platform/linux/dbus/bus_address.h"
+#include "platform/linux/nowplaying/player_roster.h"
 #include "tests/host-linux/nowplaying/now_playing_session.h"
 #include "tests/host-linux/nowplaying/scripted_player.h"
 #include "tests/support/manual_queues.h"
@@ -329,6 +330,27 @@ TEST(MprisPlayers, APlayerAmongManyNamesIsSeenAndStaysSeenWhenTheyLeave) {
     EXPECT_TRUE(session.turnUntil([&] { return titleOf(session) == "Song"; }));
     player.tellStatus("Paused");
     EXPECT_TRUE(session.turnUntil([&] { return !session.info()->isPlaying; }));
+}
+
+TEST(MprisPlayers, APlayerForWhichThereWasNoRoomIsSeenOnceThereIs) {
+    PrivateBus bus;
+    NowPlayingSession session(bus.address());
+    std::vector<std::unique_ptr<ScriptedPlayer>> crowd;
+    for (std::size_t i = 0; i < PlayerRoster::maximumPlayers; ++i) {
+        crowd.push_back(
+            std::make_unique<ScriptedPlayer>(bus.address(), std::vector{"crowd" + std::to_string(i)}));
+        crowd.back()->tellTrack(next);
+        crowd.back()->tellStatus("Playing");
+    }
+    EXPECT_TRUE(session.turnUntil([&] { return titleOf(session) == "Next"; }));
+    session.turnFor(500ms);  // until all of them have told that they play
+    ScriptedPlayer player(bus.address(), {"player"});
+    player.setTrack(song);
+    player.setStatus("Paused");
+    session.turnFor(300ms);
+    EXPECT_EQ(player.propertiesAsked(), 0);
+    crowd.clear();
+    EXPECT_TRUE(session.turnUntil([&] { return titleOf(session) == "Song"; }));
 }
 
 /// What a player may answer that is not what was asked for.
