@@ -1,11 +1,13 @@
 #include "app/report_coordinator.h"
 
+#include <algorithm>
 #include <chrono>
 #include <string_view>
 #include <utility>
 
 #include "core/cause_engine.h"
 #include "source/introspectors.h"
+#include "source/played_file.h"
 #include "source/source_app.h"
 
 namespace purlock {
@@ -21,6 +23,17 @@ std::optional<std::string_view> sourceBundleID(const std::optional<NowPlayingInf
     if (np && np->appBundleID) return *np->appBundleID;
     if (process && process->bundleID) return *process->bundleID;
     return std::nullopt;
+}
+
+/// Whether the player is the process that is heard, and no other process produces sound.
+bool isHeardAlone(const NowPlayingInfo& np, const std::optional<AudioProcessInfo>& process,
+                  const ProcessAudioSeams& seams) {
+    if (!np.isPlaying || !process) return false;
+    const bool isTheSame =
+        np.appBundleID ? np.appBundleID == process->bundleID : np.appName && np.appName == process->appName;
+    if (!isTheSame) return false;
+    const auto processes = ProcessAudio::audioProcesses(seams.hardware);
+    return std::ranges::count_if(processes, &ProcessAudio::RawProcess::isRunningOutput) == 1;
 }
 
 }  // namespace
@@ -71,7 +84,11 @@ void ReportCoordinator::recompute(const std::optional<DeviceState>& state,
     std::optional<AudioProcessInfo> process;
     if (state) process = ProcessAudio::currentSourceFor(state->deviceID, seams_.processAudio);
     const SourceApp app = sourceAppFromBundleID(sourceBundleID(np, process));
-    const auto claim = Introspectors::claimFor(app, seams_.introspection);
+    auto claim = Introspectors::claimFor(app, seams_.introspection);
+    if (!claim && np && np->playedFile) {
+        const bool isHeard = state && state->isRunning && isHeardAlone(*np, process, seams_.processAudio);
+        claim = claimOfPlayedFile(np, isHeard);
+    }
     auto report = CauseEngine::evaluate(state, np, process, claim, seams_.words);
     objectWillChange_.fire();
     report_ = std::move(report);

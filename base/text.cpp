@@ -165,6 +165,18 @@ std::string wellFormed(std::string_view text) {
     return out;
 }
 
+std::string_view firstCharacters(std::string_view text, std::size_t bytes) {
+    if (text.size() <= bytes) return text;
+    constexpr std::size_t mostContinuations = 3;
+    std::size_t end = bytes;
+    while (end > 0 && bytes - end < mostContinuations &&
+           (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U)
+        --end;
+    // Bytes that are no UTF-8 may go on for longer.
+    const bool isCharacter = (static_cast<unsigned char>(text[end]) & 0xC0U) != 0x80U;
+    return text.substr(0, isCharacter ? end : bytes);
+}
+
 std::string joined(std::initializer_list<std::string_view> parts) {
     std::size_t size = 0;
     for (const std::string_view part : parts) size += part.size();

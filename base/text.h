@@ -28,6 +28,9 @@ std::string_view trimmed(std::string_view text);
 /// subpart.
 std::string wellFormed(std::string_view text);
 
+/// The first characters of `text`, as many as have room in `bytes`; none is cut in two.
+std::string_view firstCharacters(std::string_view text, std::size_t bytes);
+
 /// All parts in one text, made in one allocation.
 std::string joined(std::initializer_list<std::string_view> parts);
 

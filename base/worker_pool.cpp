@@ -11,7 +11,7 @@ struct WorkerPool::Tasks {
     bool scheduled = false;
 };
 
-class WorkerPool::Workers {
+class WorkerPool::Workers : public std::enable_shared_from_this<Workers> {
   public:
     Workers(std::size_t maximumThreads, std::function<void()> onThreadStart)
         : maximumThreads_(maximumThreads), onThreadStart_(std::move(onThreadStart)) {}
@@ -37,14 +37,7 @@ class WorkerPool::Workers {
     }
 
     void finish() {
-        {
-            const std::lock_guard lock(mutex_);
-            finishing_ = true;
-            for (Worker* idle : std::exchange(idle_, {})) {
-                idle->isWoken = true;
-                idle->wake.notify_one();
-            }
-        }
+        beginToFinish();
         // A task may still hand in work that starts another thread, so the list can grow while it is joined.
         for (std::size_t joined = 0;; ++joined) {
             std::thread thread;
@@ -60,6 +53,21 @@ class WorkerPool::Workers {
         }
     }
 
+    bool finishWithin(std::chrono::milliseconds limit) {
+        beginToFinish();
+        std::unique_lock lock(mutex_);
+        if (threadEnded_.wait_for(lock, limit, [this] { return ended_ == workers_.size(); })) {
+            lock.unlock();
+            finish();
+            return true;
+        }
+        stopped_ = true;
+        for (Worker& worker : workers_) {
+            if (worker.thread.joinable()) worker.thread.detach();
+        }
+        return false;
+    }
+
   private:
     struct Worker {
         std::thread thread;
@@ -67,9 +75,19 @@ class WorkerPool::Workers {
         bool isWoken = false;
     };
 
+    void beginToFinish() {
+        const std::lock_guard lock(mutex_);
+        finishing_ = true;
+        for (Worker* idle : std::exchange(idle_, {})) {
+            idle->isWoken = true;
+            idle->wake.notify_one();
+        }
+    }
+
+    /// A thread keeps the workers: it may be left to itself.
     void start() {
         Worker& worker = workers_.emplace_back();
-        worker.thread = std::thread([this, &worker] { run(worker); });
+        worker.thread = std::thread([self = shared_from_this(), &worker] { self->run(worker); });
     }
 
     void run(Worker& self) {
@@ -77,7 +95,11 @@ class WorkerPool::Workers {
         std::unique_lock lock(mutex_);
         for (;;) {
             while (!ready_.empty()) runOne(lock);
-            if (finishing_) return;
+            if (finishing_) {
+                ++ended_;
+                threadEnded_.notify_all();
+                return;
+            }
             self.isWoken = false;
             idle_.push_back(&self);
             self.wake.wait(lock, [&self] { return self.isWoken; });
@@ -106,6 +128,8 @@ class WorkerPool::Workers {
     std::deque<std::shared_ptr<Tasks>> ready_;
     std::deque<Worker> workers_;
     std::vector<Worker*> idle_;  // the last to become so at the end
+    std::condition_variable threadEnded_;
+    std::size_t ended_ = 0;
     bool finishing_ = false;
     bool stopped_ = false;
 };
@@ -133,6 +157,10 @@ WorkerPool::~WorkerPool() {
 
 void WorkerPool::finish() {
     workers_->finish();
+}
+
+bool WorkerPool::finishWithin(std::chrono::milliseconds limit) {
+    return workers_->finishWithin(limit);
 }
 
 std::shared_ptr<SerialQueue> WorkerPool::makeSerialQueue(std::string label) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
@@ -30,6 +31,10 @@ class WorkerPool final : public SerialQueueFactory {
     /// Runs everything that was handed in and ends the threads; what is handed in later is dropped. Must not
     /// run on one of them.
     void finish();
+
+    /// The same for work that may hang, as with a disk that does not answer: after `limit` it is left to
+    /// itself, and must not need anything that ends now. Whether everything has run.
+    bool finishWithin(std::chrono::milliseconds limit);
 
     std::shared_ptr<SerialQueue> makeSerialQueue(std::string label) override;
 

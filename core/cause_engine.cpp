@@ -32,9 +32,36 @@ std::optional<std::string> claimedBitrate(const SourceClaim& claim) {
     return bitrateLabel(*claim.declaredRate, *claim.declaredBitDepth, assumedChannels);
 }
 
+/// "FLAC · 24-bit · 96.0 kHz", as far as it is known.
+std::string fileSummary(const SourceClaim& claim) {
+    std::string text = claim.codec.value_or("");
+    const auto add = [&](const std::string& part) { text += (text.empty() ? "" : " · ") + part; };
+    if (claim.declaredBitDepth) add(std::to_string(*claim.declaredBitDepth) + "-bit");
+    if (claim.declaredRate) add(formatRate(*claim.declaredRate));
+    return text;
+}
+
+/// Of a file without loss the bit rate of what is in it, as of everything behind it; of a lossy one its own.
+std::optional<std::string> fileBitrate(const SourceClaim& claim) {
+    const bool isLossless = claim.isLossless.value_or(false);
+    if (isLossless && claim.declaredRate && claim.declaredBitDepth && claim.file->channelCount) {
+        return bitrateLabel(*claim.declaredRate, *claim.declaredBitDepth,
+                            static_cast<int>(*claim.file->channelCount));
+    }
+    if (!claim.file->bitsPerSecond) return std::nullopt;
+    return bitRateText(*claim.file->bitsPerSecond);
+}
+
+SignalStage fileStage(const SourceClaim& claim) {
+    const Quality quality = claim.isLossless.value_or(false) ? Quality::lossless : Quality::lossy;
+    return makeStage(Kind::source, "Source", claim.file->playerName.value_or("—"), fileSummary(claim),
+                     fileBitrate(claim), quality);
+}
+
 SignalStage sourceStage(const std::optional<SourceClaim>& claim,
                         const std::optional<NowPlayingInfo>& nowPlaying) {
     constexpr std::string_view title = "Source";
+    if (claim && claim->file) return fileStage(*claim);
     if (claim) {
         // A claim that does not say that it is lossless counts as lossy: no benefit of the doubt.
         const Quality quality = claim->isLossless.value_or(false) ? Quality::lossless : Quality::lossy;
@@ -135,6 +162,16 @@ void append(std::vector<Diagnostic>& list, std::vector<Diagnostic> more) {
     list.insert(list.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
 }
 
+/// The format that a claim is compared with: the mixer's. A player of files is compared with its own stream
+/// where that is known, for the mixer's format may be that of a conversion further on.
+std::optional<AudioFormat> handedOver(const std::optional<SourceClaim>& claim,
+                                      const std::optional<DeviceState>& state) {
+    if (!state) return std::nullopt;
+    const bool isFile = claim && claim->file;
+    if (isFile && state->mixerWork && state->mixerWork->streamFormat) return state->mixerWork->streamFormat;
+    return state->virtualFormat;
+}
+
 }  // namespace
 
 SignalPathReport evaluate(const std::optional<DeviceState>& deviceState,
@@ -156,7 +193,7 @@ SignalPathReport evaluate(const std::optional<DeviceState>& deviceState,
     report.stages.push_back(formatStage(Kind::halPhysical, "HAL physical", physicalFormat));
     report.stages.push_back(deviceStage(deviceState, words));
 
-    append(report.diagnostics, sourceVsHALDiagnostics(sourceClaim, virtualFormat));
+    append(report.diagnostics, sourceVsHALDiagnostics(sourceClaim, handedOver(sourceClaim, deviceState)));
     append(report.diagnostics,
            halResamplingDiagnostics(virtualFormat, physicalFormat, sourceClaim, words, work));
     append(report.diagnostics, transportCapDiagnostics(transport, physicalFormat, sourceClaim, words, work));

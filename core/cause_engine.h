@@ -32,7 +32,8 @@ std::string formatRate(double rate);
 std::string bitrateLabel(double rate, std::uint32_t bits, int channels);
 
 /// What the application claims against what reaches the system's mixer: at most two findings, the rate first.
-/// Nothing is said unless the claim names both a rate and a bit depth.
+/// Nothing is said unless the claim names both a rate and a bit depth. Of a played file either is enough, a
+/// higher rate than the file's is a finding too, and nothing is said unless its player is heard alone.
 std::vector<Diagnostic> sourceVsHALDiagnostics(const std::optional<SourceClaim>& claim,
                                                const std::optional<AudioFormat>& virtualFormat);
 

@@ -1,5 +1,7 @@
 // The findings of the cause engine: each names what is wrong, why, and what can be done about it.
 
+#include <algorithm>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -65,6 +67,61 @@ Diagnostic bitDepthBelowClaim(SourceApp app, std::uint32_t declared, std::uint32
                        "Confirm the track has a higher-bit master available in this service.");
 }
 
+// A player of files: what is in the file against what the player hands to the system.
+
+/// How a sentence calls the player, at its start and within it.
+struct PlayerWords {
+    std::string subject;
+    std::string possessive;
+};
+
+PlayerWords playerWords(const FileClaim& file) {
+    if (!file.playerName) return {"The player", "the player's"};
+    return {*file.playerName, joined({*file.playerName, "'s"})};
+}
+
+Diagnostic fileConverted(Severity severity, std::string_view title, const PlayerWords& player,
+                         std::string_view inFile, std::string_view handedOver, std::string_view fix) {
+    return makeFinding(
+        severity, title,
+        joined({player.subject, " is playing a ", inFile, " file but hands the system ", handedOver, "."}),
+        joined({"Look in ", player.possessive, " audio settings for ", fix}));
+}
+
+constexpr std::string_view rateFix =
+    "a fixed output sample rate, a resampler or an effect, and switch it off, so that the file's own rate is "
+    "handed over.";
+
+std::vector<Diagnostic> fileDiagnostics(const SourceClaim& claim, const AudioFormat& virtualFormat) {
+    // The mixer computes in floats that hold no more than this, so more in the file is lost in no player.
+    constexpr std::uint32_t mostUsefulBits = 24;
+    std::vector<Diagnostic> found;
+    if (!claim.file->isHeardAlone) return found;
+    const PlayerWords player = playerWords(*claim.file);
+    const bool isLossless = claim.isLossless.value_or(false);
+    if (claim.declaredRate && *claim.declaredRate != virtualFormat.sampleRate) {
+        const std::string inFile = formatRate(*claim.declaredRate);
+        const std::string handedOver = formatRate(virtualFormat.sampleRate);
+        if (*claim.declaredRate > virtualFormat.sampleRate) {
+            found.push_back(
+                fileConverted(Severity::high, "Source app downgraded", player, inFile, handedOver, rateFix));
+        } else if (isLossless) {
+            // A lossy codec may well be decoded to more than the rate that its file names.
+            found.push_back(fileConverted(Severity::medium, "Source app is resampling", player, inFile,
+                                          handedOver, rateFix));
+        }
+    }
+    if (isLossless &&
+        std::min(claim.declaredBitDepth.value_or(0), mostUsefulBits) > virtualFormat.bitsPerChannel) {
+        found.push_back(fileConverted(Severity::medium, "Source app delivered lower bit depth", player,
+                                      joined({std::to_string(*claim.declaredBitDepth), "-bit"}),
+                                      joined({std::to_string(virtualFormat.bitsPerChannel), "-bit"}),
+                                      "the bit depth of its output, and choose one that is not below the "
+                                      "file's."));
+    }
+    return found;
+}
+
 /// The label ends in the bit count, so the sentence names it twice, on purpose: "32-bit Float32".
 Diagnostic bitDepthConverted(const AudioFormat& virtualFormat, const AudioFormat& physicalFormat,
                              const SystemWords& words) {
@@ -101,9 +158,16 @@ Diagnostic airPlayCap(double declaredRate, const SystemWords& words) {
                        "Use a wired/USB DAC for HiRes. AirPlay tops out at CD quality.");
 }
 
-Diagnostic bluetoothIsLossy(SourceApp app, const SystemWords& words, const std::optional<MixerWork>& work) {
+/// Who sends: the player of a file by its name, else the service.
+std::string_view senderName(const SourceClaim& claim, const SystemWords& words) {
+    if (claim.file && claim.file->playerName) return *claim.file->playerName;
+    return claim.app == SourceApp::other ? std::string_view(words.unnamedApp) : displayName(claim.app);
+}
+
+Diagnostic bluetoothIsLossy(const SourceClaim& claim, const SystemWords& words,
+                            const std::optional<MixerWork>& work) {
     const bool isCodecKnown = work && work->linkCodec && !words.bluetoothCodecCause.empty();
-    const std::string_view name = app == SourceApp::other ? words.unnamedApp : displayName(app);
+    const std::string_view name = senderName(claim, words);
     const std::string_view codec = isCodecKnown ? std::string_view(*work->linkCodec) : std::string_view();
     return makeFinding(Severity::high, "Bluetooth can't carry lossless",
                        fill(isCodecKnown ? words.bluetoothCodecCause : words.bluetoothCause,
@@ -116,6 +180,9 @@ Diagnostic bluetoothIsLossy(SourceApp app, const SystemWords& words, const std::
 std::vector<Diagnostic> sourceVsHALDiagnostics(const std::optional<SourceClaim>& claim,
                                                const std::optional<AudioFormat>& virtualFormat) {
     std::vector<Diagnostic> found;
+    if (claim && claim->file) {
+        return virtualFormat ? fileDiagnostics(*claim, *virtualFormat) : std::vector<Diagnostic>();
+    }
     if (!claim || !virtualFormat || !claim->declaredRate || !claim->declaredBitDepth) return found;
     if (*claim->declaredRate > virtualFormat->sampleRate)
         found.push_back(rateBelowClaim(*claim, *virtualFormat));
@@ -159,7 +226,7 @@ std::vector<Diagnostic> transportCapDiagnostics(DeviceTransport transport,
     if (transport == DeviceTransport::airplay && declaredRate > airPlayRate)
         found.push_back(airPlayCap(declaredRate, words));
     if (transport == DeviceTransport::bluetooth && source->isLossless.value_or(false)) {
-        found.push_back(bluetoothIsLossy(source->app, words, work));
+        found.push_back(bluetoothIsLossy(*source, words, work));
     }
     return found;
 }

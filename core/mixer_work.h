@@ -6,6 +6,8 @@
 #include <variant>
 #include <vector>
 
+#include "core/audio_format.h"
+
 namespace purlock {
 
 /// What a system's mixer may do to the samples besides converting their rate and depth. A volume is what a
@@ -140,7 +142,8 @@ struct MixerWork {
     std::vector<Alteration> alterations;        // in the order in which the mixer works
     std::optional<std::string> linkCodec = {};  // in which it sends the sound over the air: "LDAC"
     std::optional<RateConversion> rateConversion =
-        {};  // the one that the two formats of the device stand for
+        {};                                        // the one that the two formats of the device stand for
+    std::optional<AudioFormat> streamFormat = {};  // in which the application hands over what is judged
 
     bool operator==(const MixerWork&) const = default;
 };

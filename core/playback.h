@@ -16,6 +16,18 @@ struct AudioProcessInfo {
     bool operator==(const AudioProcessInfo&) const = default;
 };
 
+/// The audio file that a player plays, as the file itself says. A host that cannot know has none.
+struct PlayedFile {
+    std::string codec;                      // "FLAC"
+    std::optional<double> sampleRate;       // Hz; of a DSD file that of its single bits
+    std::optional<std::uint32_t> bitDepth;  // absent where the codec has none, as lossy ones
+    std::optional<std::uint32_t> channelCount;
+    std::optional<double> bitsPerSecond;  // of the file's own stream, on average
+    bool isLossless = false;
+
+    bool operator==(const PlayedFile&) const = default;
+};
+
 /// The system's now-playing metadata.
 struct NowPlayingInfo {
     std::optional<std::string> title;
@@ -26,6 +38,7 @@ struct NowPlayingInfo {
     bool isPlaying = false;
     std::optional<double> elapsedSeconds;
     std::optional<double> durationSeconds;
+    std::optional<PlayedFile> playedFile{};  // absent on macOS, and while it is not known
 
     bool operator==(const NowPlayingInfo&) const = default;
 };

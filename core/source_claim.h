@@ -24,6 +24,19 @@ std::optional<SourceApp> sourceAppFromRawValue(std::string_view text);
 /// The name that findings and stages show: "Apple Music"; an em dash for `other`.
 std::string_view displayName(SourceApp app);
 
+/// What a claim says beyond the rest when it is that of a file which a player plays.
+struct FileClaim {
+    std::optional<std::string> playerName;
+    std::optional<std::uint32_t> channelCount;
+    std::optional<double> bitsPerSecond;  // of a lossy file's stream
+
+    /// Whether the watched device plays this player's sound and no other's, so that the mixer's format is
+    /// what the player hands over.
+    bool isHeardAlone = false;
+
+    bool operator==(const FileClaim&) const = default;
+};
+
 /// What the source application itself says about the quality that it delivers. Absent fields are not known.
 struct SourceClaim {
     SourceApp app = SourceApp::other;
@@ -34,6 +47,7 @@ struct SourceClaim {
     std::optional<bool> isLossless;
     std::optional<bool> isHiRes;
     std::optional<std::string> codec;
+    std::optional<FileClaim> file{};  // absent for every service, and on macOS
 
     bool operator==(const SourceClaim&) const = default;
 };

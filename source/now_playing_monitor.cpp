@@ -5,6 +5,8 @@
 #include <utility>
 #include <variant>
 
+#include "source/played_file.h"
+
 namespace purlock {
 
 namespace {
@@ -49,6 +51,7 @@ NowPlayingInfo infoFrom(const NowPlayingDictionary& dictionary) {
         valueOf<double>(dictionary, "kMRMediaRemoteNowPlayingInfoPlaybackRate").value_or(0) > pausedRate;
     info.elapsedSeconds = valueOf<double>(dictionary, "kMRMediaRemoteNowPlayingInfoElapsedTime");
     info.durationSeconds = valueOf<double>(dictionary, "kMRMediaRemoteNowPlayingInfoDuration");
+    info.playedFile = playedFileOf(dictionary);
     return info;
 }
 

@@ -2,10 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <string>
 #include <vector>
 
+#include "source/played_file.h"
 #include "tests/audio/monitor_fixture.h"
 #include "tests/source/introspection_fixture.h"
 #include "tests/source/now_playing_fixture.h"
@@ -242,6 +244,64 @@ TEST(ReportCoordinator, TheEndDropsWhatIsUnderWay) {
     EXPECT_EQ(f.loop.timerCount(), 0U);
     f.setPlaying("Song", 100);
     f.pass(1s);
+}
+
+/// A player of files that is heard at the desk, which runs at 48 kHz.
+struct FileFixture : Fixture {
+    explicit FileFixture(const char* bundleID = "mpv") {
+        applications.setRunning({{100, bundleID, "mpv"}, {200, "browser", "Browser"}});
+        setProcess(bundleID, 100);
+        makeCoordinator();
+        start();
+    }
+
+    void setPlayingFile(double playbackRate = 1) {
+        NowPlayingDictionary dictionary{{test::titleKey, "Song"}, {test::rateKey, playbackRate}};
+        addPlayedFile(dictionary, {"FLAC", 192000.0, 24, 2, {}, true});
+        framework->setAnswer(dictionary, 100);
+        nowPlaying->refresh();
+        pass(200ms);
+    }
+
+    bool accusesThePlayer() const {
+        return std::ranges::any_of(coordinator->report().diagnostics, [](const Diagnostic& finding) {
+            return finding.cause.starts_with("mpv is playing a 192.0 kHz file");
+        });
+    }
+};
+
+TEST(ReportCoordinator, AFileIsTheClaimWhereNoServiceClaimsAnything) {
+    FileFixture f;
+    f.setPlayingFile();
+    const SignalStage& source = f.coordinator->report().stages.at(0);
+    EXPECT_EQ(source.primary, "mpv");
+    EXPECT_EQ(source.secondary, "FLAC · 24-bit · 192.0 kHz");
+    EXPECT_TRUE(f.accusesThePlayer());
+
+    FileFixture service("com.qobuz.player");
+    service.setPlayingFile();
+    EXPECT_EQ(service.stage(0), "Qobuz");
+    EXPECT_FALSE(service.accusesThePlayer());
+}
+
+TEST(ReportCoordinator, APlayerThatIsNotHeardAloneIsNotAccused) {
+    FileFixture paused;
+    paused.setPlayingFile(0);
+    EXPECT_EQ(paused.stage(0), "mpv");
+    EXPECT_FALSE(paused.accusesThePlayer());
+
+    FileFixture another;
+    another.setProcess("browser", 200);
+    another.setPlayingFile();
+    EXPECT_EQ(another.stage(0), "mpv");
+    EXPECT_FALSE(another.accusesThePlayer());
+
+    FileFixture both;
+    test::FakeProcess{12, 200, "browser", true, {50}}.addTo(both.hardware);
+    both.hardware.setObjects(kAudioObjectSystemObject, kAudioHardwarePropertyProcessObjectList,
+                             test::globalScope, {11, 12});
+    both.setPlayingFile();
+    EXPECT_FALSE(both.accusesThePlayer());
 }
 
 }  // namespace

@@ -197,5 +197,47 @@ TEST(WorkerPool, ValuesReachTheMainThreadWhileHandlesAreDroppedElsewhere) {
     EXPECT_GE(delivered, 500U);
 }
 
+TEST(WorkerPool, WorkThatHangsIsLeftToItself) {
+    struct Gate {
+        std::mutex mutex;
+        std::condition_variable opens;
+        bool isOpen = false;
+        bool isPassed = false;
+    };
+    const auto gate = std::make_shared<Gate>();
+    const auto change = [gate](bool Gate::*flag) {
+        const std::lock_guard lock(gate->mutex);
+        (*gate).*flag = true;
+        gate->opens.notify_all();
+    };
+    {
+        WorkerPool pool(2);
+        const auto hanging = pool.makeSerialQueue("hanging");
+        const auto queue = pool.makeSerialQueue("queue");
+        std::atomic<bool> ran = false;
+        hanging->async([gate, change] {
+            std::unique_lock lock(gate->mutex);
+            gate->opens.wait(lock, [&] { return gate->isOpen; });
+            lock.unlock();
+            change(&Gate::isPassed);
+        });
+        queue->async([&ran] { ran = true; });
+        EXPECT_FALSE(pool.finishWithin(std::chrono::milliseconds(50)));
+        EXPECT_TRUE(ran);
+    }
+    change(&Gate::isOpen);
+    std::unique_lock lock(gate->mutex);
+    EXPECT_TRUE(gate->opens.wait_for(lock, std::chrono::seconds(10), [&] { return gate->isPassed; }));
+}
+
+TEST(WorkerPool, WorkThatEndsInTimeIsWaitedFor) {
+    WorkerPool pool(2);
+    std::atomic<int> ran = 0;
+    const auto queue = pool.makeSerialQueue("queue");
+    for (int i = 0; i < 100; ++i) queue->async([&ran] { ++ran; });
+    EXPECT_TRUE(pool.finishWithin(std::chrono::seconds(10)));
+    EXPECT_EQ(ran, 100);
+}
+
 }  // namespace
 }  // namespace purlock

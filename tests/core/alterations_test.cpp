@@ -110,6 +110,25 @@ TEST(Alterations, Findings) {
     EXPECT_TRUE(CauseEngine::alterationDiagnostics(MixerWork{}, words).empty());
 }
 
+/// The clock runs at 48 kHz, and the mixer's format is what it has made of the stream.
+TEST(Alterations, APlayerOfFilesIsComparedWithItsOwnStream) {
+    auto state = test::device(DeviceTransport::usb, integerFormat(48000, 24), integerFormat(44100, 24));
+    state.mixerWork = MixerWork{};
+    SourceClaim claim = test::claim(SourceApp::other, 44100, 24);
+    claim.isLossless = true;
+    claim.file = FileClaim{};
+    claim.file->playerName = "mpv";
+    claim.file->isHeardAlone = true;
+    const auto titleOfFirst = [&] {
+        return CauseEngine::evaluate(state, {}, {}, claim).diagnostics[0].title;
+    };
+    EXPECT_EQ(titleOfFirst(), "Source app is resampling") << "as far as the mixer's format tells";
+    state.mixerWork->streamFormat = integerFormat(44100, 24);
+    EXPECT_EQ(titleOfFirst(), "macOS is resampling");
+    state.mixerWork->streamFormat = integerFormat(44100, 16);
+    EXPECT_EQ(titleOfFirst(), "Source app delivered lower bit depth");
+}
+
 TEST(Alterations, ComeAfterTheFindingsOfTheLinkInTheirOwnOrder) {
     auto state = test::device(DeviceTransport::bluetooth, floatFormat(48000), integerFormat(44100, 24));
     state.mixerWork = MixerWork{{StreamMute{"mpv"}, DeviceMute{"Desk"}}};

@@ -2,7 +2,6 @@
 
 #include <unistd.h>
 
-#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <functional>
@@ -33,14 +32,10 @@ class FakeAccessibilityBus {
                    [this](sd_bus_message* call) { return onServiceCall(call); }) {
         waitUntil([this] { return application_.ready() && registry_.ready() && service_.ready(); });
         applicationName_ = application_.uniqueName();
-        listed_ = true;
     }
 
     std::string sessionAddress() const { return sessionBus_.address(); }
     const std::string& applicationName() const { return applicationName_; }
-
-    /// As if the application had crashed.
-    void unlist() { listed_ = false; }
 
   private:
     bool onServiceCall(sd_bus_message* call) {
@@ -59,10 +54,6 @@ class FakeAccessibilityBus {
     bool onRegistryCall(sd_bus_message* call) {
         if (sd_bus_message_is_method_call(call, nullptr, "GetChildren") <= 0) return false;
         return BusService::reply(call, [this](sd_bus_message* answer) {
-            if (!listed_) {
-                sd_bus_message_append(answer, "a(so)", 0);
-                return;
-            }
             sd_bus_message_append(answer, "a(so)", 1, applicationName_.c_str(),
                                   "/org/a11y/atspi/accessible/root");
         });
@@ -71,7 +62,6 @@ class FakeAccessibilityBus {
     PrivateBus sessionBus_;
     PrivateBus accessibilityBus_;
     std::string applicationName_;
-    std::atomic<bool> listed_ = false;
     BusService application_;
     BusService registry_;
     BusService service_;

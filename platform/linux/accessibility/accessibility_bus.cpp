@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/text.h"
+#include "platform/linux/dbus/bus_address.h"
 
 namespace purlock::host_linux {
 
@@ -56,7 +57,8 @@ void AccessibilityBus::askForAddress() {
     const auto call = newServiceCall(serviceName, "GetAddress");
     const bool sent = session_.call(call, callLimit, [this](const BusIncoming& reply) {
         const auto address = reply.isError() ? std::nullopt : reply.reader().nextText();
-        if (address && !address->empty()) return takeAddress(*address);
+        // Whoever owns the service's name could have a command run by another kind of address.
+        if (address && isSocketAddress(*address)) return takeAddress(*address);
         askAgain_.start(pauseBeforeAskingAgain, [this] { askForAddress(); });
     });
     if (!sent && service_ && !service_->owner().empty()) {

@@ -50,15 +50,17 @@ void ApplicationRegistry::find(std::int32_t pid, Found onFound) {
 /// Until it has worked: the registry is started by the first application.
 void ApplicationRegistry::listen() {
     if (std::exchange(listening_, true)) return;
-    auto call =
-        connection_.newCall({registryName, "/org/a11y/atspi/registry", registryName, "RegisterEvent"});
-    call.append("window:restore").appendEmptyTexts().append("");
-    const std::weak_ptr<ApplicationRegistry*> alive = alive_;
-    const bool sent = connection_.call(call, callLimit, [alive](const BusIncoming& reply) {
-        const auto registry = alive.lock();
-        if (registry && reply.isError()) (*registry)->listening_ = false;
-    });
-    if (!sent) listening_ = false;
+    for (const char* event : {"window:restore", "window:create", "window:activate"}) {
+        auto call =
+            connection_.newCall({registryName, "/org/a11y/atspi/registry", registryName, "RegisterEvent"});
+        call.append(event).appendEmptyTexts().append("");
+        const std::weak_ptr<ApplicationRegistry*> alive = alive_;
+        const bool sent = connection_.call(call, callLimit, [alive](const BusIncoming& reply) {
+            const auto registry = alive.lock();
+            if (registry && reply.isError()) (*registry)->listening_ = false;
+        });
+        if (!sent) listening_ = false;
+    }
 }
 
 void ApplicationRegistry::takeNames(const std::shared_ptr<Search>& search, const BusIncoming& reply) {

@@ -15,8 +15,9 @@ namespace purlock::host_linux {
 /// Finds the connection of a process on the accessibility bus, among those that the registry lists. On the
 /// bus thread.
 ///
-/// It also registers for an event, a rare one that nobody here waits for: GTK 3 keeps its cache of elements
-/// only while someone has, and without the cache each element has to be asked by itself.
+/// It also registers for the rare events of windows that come to the front, which make a tree worth reading
+/// anew. GTK 3 keeps its cache of elements only while someone has registered for an event, and without the
+/// cache each element has to be asked by itself.
 ///
 /// Process ids are asked of the bus, never of the application, and kept: a unique name never comes again on
 /// one bus.

@@ -1,24 +1,35 @@
 #include "platform/linux/accessibility/atspi_tree.h"
 
+#include <malloc.h>
+
+#include <map>
+#include <mutex>
 #include <utility>
 
+#include "base/text.h"
 #include "platform/linux/accessibility/accessibility_bus.h"
 #include "platform/linux/accessibility/application_reader.h"
 #include "platform/linux/accessibility/application_registry.h"
+#include "platform/linux/accessibility/element_probe.h"
 #include "platform/linux/accessibility/snapshot_element.h"
 
 namespace purlock::host_linux {
 
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds pauseBetweenSweeps{30};
+
+}  // namespace
+
 /// What the main thread reads and the bus thread fills.
 struct AtSpiTree::Shelf {
-    struct Entry {
-        std::shared_ptr<const Snapshot> snapshot;
-        Moment taken;
-    };
+    explicit Shelf(const ReadingPace& pace) : trees(pace) {}
 
     std::mutex mutex;
-    bool trusted = false;                   // guarded by mutex
-    std::map<std::int32_t, Entry> entries;  // by process id; guarded by mutex
+    bool trusted = false;  // guarded by mutex
+    KeptTrees trees;       // guarded by mutex
 };
 
 /// Reads applications when they are asked for; on the bus thread.
@@ -28,82 +39,126 @@ class AtSpiTree::Worker {
         : thread_(thread),
           shelf_(std::move(shelf)),
           sweep_(thread),
+          trim_(thread),
           bus_(thread, busAddress, [this](bool usable) { changeTrust(usable); }) {}
     ~Worker() { changeTrust(false); }
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
 
-    void want(std::int32_t pid) {
-        if (!registry_ || reads_.contains(pid) || reads_.size() >= maximumReads) return;
-        const auto now = std::chrono::steady_clock::now();
-        if (const auto last = lastRead_.find(pid);
-            last != lastRead_.end() && now - last->second < pauseBetweenReads) {
-            return;
-        }
-        lastRead_[pid] = now;
-        reads_[pid] = nullptr;
-        registry_->find(pid, [this, pid](const std::optional<std::string>& busName) { read(pid, busName); });
+    void want(std::int32_t pid, std::optional<FoundElement> found) {
+        if (!registry_ || (!reads_.contains(pid) && reads_.size() >= maximumReads))
+            return finish(pid, std::nullopt);
+        Application& read = reads_[pid];
+        read.found = std::move(found);
+        if (!read.busName.empty()) return begin(pid);
+        registry_->find(pid, [this, pid](const std::optional<std::string>& busName) {
+            if (!busName) return finish(pid, std::nullopt);
+            follow(pid, *busName);
+            begin(pid);
+        });
     }
 
     void enable() { bus_.enable(); }
 
   private:
-    static constexpr std::size_t maximumReads = 8;
+    static constexpr std::size_t maximumReads = 16;
+
+    /// An application that was found on the bus, and what is being asked of it.
+    struct Application {
+        std::string busName;
+        std::optional<FoundElement> found;
+        std::unique_ptr<ElementProbe> probe;
+        std::unique_ptr<ApplicationReader> reader;
+        BusSlot leaving;
+        BusSlot windows;
+    };
 
     void changeTrust(bool trusted) {
         reads_.clear();
-        lastRead_.clear();
         registry_.reset();
         if (trusted) registry_ = std::make_unique<ApplicationRegistry>(bus_.connection());
         const std::lock_guard lock(shelf_->mutex);
         shelf_->trusted = trusted;
-        shelf_->entries.clear();
+        shelf_->trees.clear();
     }
 
-    void read(std::int32_t pid, const std::optional<std::string>& busName) {
-        if (!busName) return finish(pid, std::nullopt);
-        reads_[pid] = std::make_unique<ApplicationReader>(
-            thread_, bus_.connection(), *busName,
+    void follow(std::int32_t pid, const std::string& busName) {
+        Application& application = reads_[pid];
+        application.busName = busName;
+        application.leaving = bus_.connection().addMatch(
+            joined({"type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='", busName,
+                    "'"}),
+            [this, pid](const BusIncoming&) { leaveLater(pid); });
+        application.windows = bus_.connection().addMatch(
+            joined({"type='signal',sender='", busName, "',interface='org.a11y.atspi.Event.Window'"}),
+            [this, pid](const BusIncoming&) {
+                const std::lock_guard lock(shelf_->mutex);
+                shelf_->trees.noteWindow(pid, Clock::now());
+            });
+    }
+
+    /// Not from within the signal whose slot goes with the application.
+    void leaveLater(std::int32_t pid) {
+        thread_.post([this, pid, alive = std::weak_ptr(alive_)] {
+            if (!alive.expired()) finish(pid, std::nullopt);
+        });
+    }
+
+    void begin(std::int32_t pid) {
+        Application& application = reads_[pid];
+        if (!application.found) return readTree(pid);
+        application.probe = std::make_unique<ElementProbe>(bus_.connection(), application.busName,
+                                                           *std::exchange(application.found, {}),
+                                                           [this, pid](bool isUnchanged) {
+                                                               if (!isUnchanged) return readTree(pid);
+                                                               const std::lock_guard lock(shelf_->mutex);
+                                                               shelf_->trees.confirm(pid, Clock::now());
+                                                           });
+    }
+
+    void readTree(std::int32_t pid) {
+        Application& application = reads_[pid];
+        application.reader = std::make_unique<ApplicationReader>(
+            thread_, bus_.connection(), application.busName,
             [this, pid](std::optional<Snapshot> snapshot) { finish(pid, std::move(snapshot)); });
     }
 
-    /// A read that failed leaves the last snapshot to grow too old; an application that is gone leaves none.
+    /// An application that did not answer, or is gone, is looked for anew.
     void finish(std::int32_t pid, std::optional<Snapshot> snapshot) {
-        const bool isGone = !reads_[pid];
-        reads_.erase(pid);
+        if (snapshot) {
+            reads_[pid].reader.reset();
+        } else {
+            reads_.erase(pid);
+        }
         {
             const std::lock_guard lock(shelf_->mutex);
-            if (snapshot) {
-                shelf_->entries[pid] = {std::make_shared<const Snapshot>(std::move(*snapshot)),
-                                        std::chrono::steady_clock::now()};
-            } else if (isGone) {
-                shelf_->entries.erase(pid);
-            }
+            shelf_->trees.take(pid, std::move(snapshot), Clock::now());
         }
-        sweep_.start(oldestSnapshot, [this] { sweep(); });
+        // Once the walk over it has shrunk the tree.
+        trim_.start(std::chrono::milliseconds(2000), [] { malloc_trim(0); });
+        if (!sweep_.running()) sweep_.start(pauseBetweenSweeps, [this] { sweep(); });
     }
 
-    /// Nobody has walked for a while: the memory is given back.
     void sweep() {
-        const auto now = std::chrono::steady_clock::now();
-        std::erase_if(lastRead_, [&](const auto& last) { return now - last.second > oldestSnapshot; });
         const std::lock_guard lock(shelf_->mutex);
-        std::erase_if(shelf_->entries,
-                      [&](const auto& entry) { return now - entry.second.taken > oldestSnapshot; });
+        if (shelf_->trees.sweep(Clock::now())) return sweep_.start(pauseBetweenSweeps, [this] { sweep(); });
+        reads_.clear();
     }
 
     BusThread& thread_;
     const std::shared_ptr<Shelf> shelf_;
     BusTimer sweep_;
+    BusTimer trim_;
     AccessibilityBus bus_;
     std::unique_ptr<ApplicationRegistry> registry_;  // while trusted
-    std::map<std::int32_t, std::unique_ptr<ApplicationReader>>
-        reads_;  // null while the connection is looked for
-    std::map<std::int32_t, Moment> lastRead_;
+    std::map<std::int32_t, Application> reads_;
+    const std::shared_ptr<Worker*> alive_ = std::make_shared<Worker*>(this);
 };
 
-AtSpiTree::AtSpiTree(BusThread& thread, std::string busAddress)
-    : shelf_(std::make_shared<Shelf>()),
+AtSpiTree::AtSpiTree(BusThread& thread, std::string busAddress, std::function<bool()> soundRuns,
+                     const ReadingPace& pace)
+    : soundRuns_(std::move(soundRuns)),
+      shelf_(std::make_shared<Shelf>(pace)),
       worker_(std::make_unique<OnBusThread<Worker>>(
           thread, [&thread, address = std::move(busAddress), shelf = shelf_] {
               return std::make_unique<Worker>(thread, address, shelf);
@@ -117,17 +172,27 @@ bool AtSpiTree::isProcessTrusted() {
 }
 
 std::shared_ptr<AccessibilityElement> AtSpiTree::createApplication(std::int32_t pid) {
-    worker_->post([pid](Worker& worker) { worker.want(pid); });
-    std::shared_ptr<const Snapshot> snapshot;
+    const auto now = Clock::now();
+    const bool mayRead = !soundRuns_ || soundRuns_();
+    KeptTrees::View view;
+    std::optional<KeptTrees::Question> question;
     {
         const std::lock_guard lock(shelf_->mutex);
-        const auto entry = shelf_->entries.find(pid);
-        if (entry != shelf_->entries.end() &&
-            std::chrono::steady_clock::now() - entry->second.taken <= oldestSnapshot) {
-            snapshot = entry->second.snapshot;
+        if (shelf_->trusted) {
+            view = shelf_->trees.view(pid, now);
+            if (mayRead) question = shelf_->trees.due(pid, now);
         }
     }
-    return std::make_shared<SnapshotElement>(std::move(snapshot), 0U);
+    if (question) {
+        worker_->post([pid, found = std::move(question->found)](Worker& worker) { worker.want(pid, found); });
+    }
+    if (!view.record) view.record = std::make_shared<WalkRecord>();
+    return std::make_shared<SnapshotElement>(std::move(view.snapshot), 0U, std::move(view.record));
+}
+
+void AtSpiTree::noteChange() {
+    const std::lock_guard lock(shelf_->mutex);
+    shelf_->trees.noteChange(Clock::now());
 }
 
 void AtSpiTree::enable() {

@@ -5,13 +5,13 @@
 #include <unordered_map>
 #include <utility>
 
+#include "platform/linux/accessibility/element_rules.h"
+
 namespace purlock::host_linux {
 
 namespace {
 
 constexpr std::string_view textInterface = "org.a11y.atspi.Text";
-constexpr std::int64_t showingState = 25;  // ATSPI_STATE_SHOWING
-constexpr std::int64_t visibleState = 30;  // ATSPI_STATE_VISIBLE
 
 std::string textAt(const BusValue& item, std::size_t place) {
     const BusValue* value = item.at(place);
@@ -30,13 +30,6 @@ bool lists(const BusValue* values, std::string_view wanted) {
     return std::ranges::any_of(*values->list(), [&](const BusValue& value) {
         return value.text() != nullptr && *value.text() == wanted;
     });
-}
-
-/// The states come as two words of 32 bits; both of interest lie in the first.
-bool tellsOfVisibility(const BusValue* states) {
-    const BusValue* word = states != nullptr ? states->at(0) : nullptr;
-    const std::int64_t bits = word != nullptr ? word->integer().value_or(0) : 0;
-    return (bits & (std::int64_t{1} << showingState | std::int64_t{1} << visibleState)) != 0;
 }
 
 class TreeBuilder {
@@ -61,7 +54,7 @@ class TreeBuilder {
         std::uint32_t first = 0;  // the node of the level's first item
         for (int depth = 1; depth <= limits_.depth && !level.empty(); ++depth) {
             const auto next = static_cast<std::uint32_t>(tree_.snapshot.nodes.size());
-            level = addChildren(level, first, depth);
+            level = addChildren(level, first);
             first = next;
         }
         return std::move(tree_);
@@ -86,19 +79,19 @@ class TreeBuilder {
     bool lacksElements() const {
         constexpr std::string_view bridgedPaths = "/org/a11y/atspi/accessible/";  // and the root of GTK 4
         for (std::size_t i = 0; i < items_.size(); ++i) {
+            if (!items_[i].isVisible && items_[i].path != applicationElementPath) continue;
             if (items_[i].path.starts_with(bridgedPaths) || places_.at(items_[i].path) != i) continue;
             if (items_[i].childCount > static_cast<std::int64_t>(children_[i].size())) return true;
         }
         return false;
     }
 
-    std::vector<std::size_t> addChildren(const std::vector<std::size_t>& level, std::uint32_t first,
-                                         int depth) {
+    std::vector<std::size_t> addChildren(const std::vector<std::size_t>& level, std::uint32_t first) {
         std::vector<std::size_t> next;
         for (std::size_t i = 0; i < level.size(); ++i) {
             for (const std::size_t child : children_[level[i]]) {
                 if (tree_.snapshot.nodes.size() >= limits_.elements) return next;
-                if (placed_[child] || (depth == 1 && !items_[child].isVisible)) continue;
+                if (placed_[child] || !items_[child].isVisible) continue;
                 placed_[child] = true;
                 const std::uint32_t node = add(child);  // first: it moves the nodes
                 tree_.snapshot.nodes[first + i].children.push_back(node);
@@ -112,8 +105,9 @@ class TreeBuilder {
         const CacheItem& item = items_[place];
         const auto node = static_cast<std::uint32_t>(tree_.snapshot.nodes.size());
         tree_.snapshot.nodes.push_back(
-            {std::nullopt, texts_.take(&item.name), texts_.take(&item.description), {}});
-        if (item.hasText && item.name.empty()) tree_.textElements.push_back({node, item.path});
+            {std::nullopt, texts_.take(&item.name), texts_.take(&item.description), {}, item.path});
+        if (item.hasText && countsByContent(item.role, item.name.empty()))
+            tree_.textElements.push_back({node, item.path});
         return node;
     }
 
@@ -151,7 +145,9 @@ std::optional<CacheItem> parseCacheItem(const BusValue& item, std::string_view b
     result.hasText = lists(item.at(interfaces), textInterface);
     result.name = textAt(item, interfaces + 1);
     result.description = textAt(item, interfaces + 3);
-    result.isVisible = tellsOfVisibility(item.at(interfaces + 4));
+    const BusValue* role = item.at(interfaces + 2);
+    if (role != nullptr) result.role = role->integer().value_or(0);
+    result.isVisible = isOnScreen(item.at(interfaces + 4));
     return result;
 }
 

@@ -25,6 +25,7 @@ struct CacheItem {
     bool hasText = false;         // implements org.a11y.atspi.Text
     bool isVisible = false;       // its states hold VISIBLE or SHOWING
     std::int64_t childCount = 0;  // as the newer form tells it
+    std::int64_t role = 0;
 
     bool operator==(const CacheItem&) const = default;
 };
@@ -45,11 +46,11 @@ struct TextElement {
 
 struct CachedTree {
     Snapshot snapshot;
-    std::vector<TextElement> textElements;  // with text, but without a name
+    std::vector<TextElement> textElements;  // whose content counts
 };
 
 /// The tree below the application's element, breadth first: children in order, each element once at its first
-/// place, and of the application's windows those that are visible. Absent when the items hold no application
+/// place, and without what is not on the screen. Absent when the items hold no application
 /// with children, or when GTK 4 has left some out: it lists only what somebody has asked for by its parent.
 /// The bridge of GTK 3 lists everything but what it counts without having it as an element, such as the cells
 /// of tables. Pure; any thread.

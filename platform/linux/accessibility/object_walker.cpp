@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/accessibility/element_rules.h"
+
 namespace purlock::host_linux {
 
 namespace {
@@ -13,11 +15,7 @@ constexpr const char* textInterface = "org.a11y.atspi.Text";
 constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
 
 constexpr std::size_t maximumUnderWay = 64;
-constexpr std::size_t maximumTextElements = 256;
 constexpr std::chrono::milliseconds callLimit{1500};
-
-/// Of the bytes of a text, the first of these are asked for; a badge is a few words.
-constexpr std::int32_t firstCharacters = 512;
 
 BusReadLimits repliesLimits(const SnapshotLimits& limits) {
     return {.textBytes = limits.textBytes, .totalTextBytes = 8U << 20U, .values = 4 * limits.elements};
@@ -40,8 +38,7 @@ void ObjectWalker::readTree() {
 
 void ObjectWalker::readTexts(CachedTree tree) {
     snapshot_ = std::move(tree.snapshot);
-    const std::size_t count = std::min(tree.textElements.size(), maximumTextElements);
-    for (std::size_t i = 0; i < count; ++i) askForText(tree.textElements[i].node, tree.textElements[i].path);
+    for (const TextElement& element : tree.textElements) askForText(element.node, element.path);
     sendQueued();
 }
 
@@ -49,12 +46,30 @@ void ObjectWalker::addElement(std::string path, int depth, std::optional<std::ui
     if (snapshot_.nodes.size() >= limits_.elements || !seen_.insert(path).second) return;
     const auto node = static_cast<std::uint32_t>(snapshot_.nodes.size());
     snapshot_.nodes.emplace_back();
+    snapshot_.nodes.back().path = path;
     if (parent) snapshot_.nodes[*parent].children.push_back(node);
-    waiting_.push_back({node, depth, std::move(path)});
+    waiting_.push_back({node, depth, std::move(path), parent});
 }
 
 BusCall ObjectWalker::newCall(const std::string& path, const char* interface, const char* member) const {
     return connection_.newCall({busName_, path, interface, member});
+}
+
+/// First, for what is not on the screen is asked nothing further.
+void ObjectWalker::askForState(const Element& element) {
+    queue(newCall(element.path, accessibleInterface, "GetState"),
+          [this, element](const BusIncoming& reply) { takeState(element, reply); });
+}
+
+void ObjectWalker::takeState(const Element& element, const BusIncoming& reply) {
+    const auto states = reply.isError() ? std::nullopt : reply.reader(repliesLimits(limits_)).next();
+    if (element.parent && !(states && isOnScreen(&*states))) {
+        std::erase(snapshot_.nodes[*element.parent].children, element.node);
+        return;
+    }
+    askForProperty(element, "Name");
+    askForProperty(element, "Description");
+    if (element.depth < limits_.depth) askForChildren(element);
 }
 
 /// One by one: the call for all properties at once makes applications of Qt 6.4 read beyond its arguments and
@@ -74,7 +89,15 @@ void ObjectWalker::askForProperty(const Element& element, const char* property) 
 
 void ObjectWalker::takeName(const Element& element, const std::string* name) {
     snapshot_.nodes[element.node].title = texts_.take(name);
-    if (name != nullptr && name->empty() && element.depth > 0) askWhetherText(element);
+    if (name != nullptr && element.depth > 0) askForRole(element, name->empty());
+}
+
+void ObjectWalker::askForRole(const Element& element, bool isNameless) {
+    queue(newCall(element.path, accessibleInterface, "GetRole"),
+          [this, element, isNameless](const BusIncoming& reply) {
+              const auto role = reply.isError() ? std::nullopt : reply.reader(repliesLimits(limits_)).next();
+              if (role && countsByContent(role->integer().value_or(0), isNameless)) askWhetherText(element);
+          });
 }
 
 /// Asking an element without text for it would be less work, but GTK complains of that in the application's
@@ -92,8 +115,9 @@ void ObjectWalker::askWhetherText(const Element& element) {
 }
 
 void ObjectWalker::askForText(std::uint32_t node, const std::string& path) {
+    if (contents_++ >= maximumContents) return;
     auto call = newCall(path, textInterface, "GetText");
-    call.append(std::int32_t{0}).append(firstCharacters);
+    call.append(std::int32_t{0}).append(firstTextCharacters);
     queue(std::move(call), [this, node](const BusIncoming& reply) {
         if (reply.isError()) return;
         const auto text = reply.reader(repliesLimits(limits_)).nextText();
@@ -133,9 +157,7 @@ void ObjectWalker::sendQueued() {
             if (waiting_.empty()) break;
             const Element element = std::move(waiting_.front());
             waiting_.pop_front();
-            askForProperty(element, "Name");
-            askForProperty(element, "Description");
-            if (element.depth < limits_.depth) askForChildren(element);
+            askForState(element);
         }
         const auto [call, onReply] = std::move(calls_.front());
         calls_.pop_front();

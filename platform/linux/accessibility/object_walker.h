@@ -15,12 +15,15 @@
 
 namespace purlock::host_linux {
 
+/// How much of an element's content is asked for; a badge is a few words.
+inline constexpr std::int32_t firstTextCharacters = 512;
+
 /// Reads an application's tree element by element, for toolkits without a useful cache, and the texts of the
 /// elements of a tree that is there already. On the bus thread; owned by an `ApplicationReader`, which limits
 /// its time.
 ///
-/// Breadth first, with at most 64 calls under way. An element costs three calls (name, description,
-/// children), and up to two more when it has no name, for its content.
+/// Breadth first, with at most 64 calls under way. An element costs four calls (states, name, description,
+/// children), one where it is not on the screen, and up to three more where its content may count.
 class ObjectWalker {
   public:
     using Finish = std::function<void(std::optional<Snapshot>)>;
@@ -31,7 +34,7 @@ class ObjectWalker {
     /// Reads everything. Finishes with nothing when the application's own element does not answer.
     void readTree();
 
-    /// Reads the contents of those elements, at most 256 of them.
+    /// Reads the contents of those elements, at most `maximumContents` of them.
     void readTexts(CachedTree tree);
 
   private:
@@ -39,9 +42,13 @@ class ObjectWalker {
         std::uint32_t node = 0;
         int depth = 0;
         std::string path;
+        std::optional<std::uint32_t> parent;
     };
     using Reply = std::function<void(const BusIncoming&)>;
 
+    void askForState(const Element& element);
+    void takeState(const Element& element, const BusIncoming& reply);
+    void askForRole(const Element& element, bool isNameless);
     void askForProperty(const Element& element, const char* property);
     void askForChildren(const Element& element);
     void askWhetherText(const Element& element);
@@ -65,6 +72,7 @@ class ObjectWalker {
     std::deque<Element> waiting_;  // known, not yet asked
     std::deque<std::pair<BusCall, Reply>> calls_;
     std::size_t underWay_ = 0;
+    std::size_t contents_ = 0;  // asked for so far
     bool finished_ = false;
     const std::shared_ptr<ObjectWalker*> alive_ = std::make_shared<ObjectWalker*>(this);
 };

@@ -2,202 +2,287 @@
 
 #include <algorithm>
 #include <map>
+#include <mutex>
 #include <utility>
 
-#include "platform/linux/applications/known_identifiers.h"
+#include "platform/linux/applications/process_applications.h"
 #include "platform/linux/applications/process_identity.h"
 
 namespace purlock::host_linux {
 
 namespace {
 
-constexpr int maximumParents = 8;
+using Moment = std::chrono::steady_clock::time_point;
 
-/// Whether a program runs scripts, so that the script is what a desktop file would name: "python3.11" too.
-bool isInterpreter(std::string_view program) {
-    program = program.substr(program.find_last_of('/') + 1);
-    const std::size_t version = program.find_first_of("0123456789.");
-    const std::string_view name = program.substr(0, version);
-    constexpr std::string_view interpreters[] = {"python", "perl", "ruby", "gjs-console", "gjs",
-                                                 "node",   "bash", "sh",   "dash"};
-    return std::ranges::find(interpreters, name) != std::end(interpreters);
-}
-
-/// The script that an interpreter was started with: its first argument that is no option.
-std::optional<std::string> scriptOf(const std::vector<std::string>& arguments) {
-    const auto isScript = [](const std::string& word) { return !word.empty() && word.front() != '-'; };
-    if (arguments.size() < 2) return std::nullopt;
-    const auto script = std::find_if(arguments.begin() + 1, arguments.end(), isScript);
-    return script != arguments.end() ? std::optional(*script) : std::nullopt;
+std::vector<RunningApplication> withoutTimes(const std::vector<StartedApplication>& instances) {
+    std::vector<RunningApplication> running;
+    running.reserve(instances.size());
+    for (const auto& [startTime, application] : instances) running.push_back(application);
+    return running;
 }
 
 }  // namespace
 
-DesktopApplications::DesktopApplications(std::shared_ptr<SerialQueue> queue, DesktopRoots roots)
-    : queue_(std::move(queue)), roots_(std::move(roots)), processes_(roots_.processFolder) {
-    desktop_->reading = true;
-    readAgain();
+/// Answers are asked for again and again while something plays, and each costs several reads of /proc; so
+/// they are kept for a moment, each as long as its processes are the same ones. A process may change its
+/// control group soon after its start, and an application may start at any time: hence no longer.
+class DesktopApplications::Desk : public std::enable_shared_from_this<Desk> {
+  public:
+    Desk(std::shared_ptr<SerialQueue> queue, DesktopRoots roots)
+        : queue_(std::move(queue)), roots_(std::move(roots)), processes_(roots_.processFolder) {}
+
+    void readDesktopFiles() {
+        onQueue([](Desk& desk) { desk.readIndex(); });
+    }
+
+    std::optional<RunningApplication> application(std::int32_t pid);
+    std::vector<RunningApplication> instances(std::string_view bundleID);
+    std::vector<RunningApplication> instancesNow(std::string_view bundleID);
+    std::shared_ptr<const DesktopIndex> currentIndex();
+
+  private:
+    struct KeptProcess {
+        std::optional<RunningApplication> application;
+        std::uint64_t startTime = 0;
+        Moment asked;
+        Moment seen;
+    };
+    struct KeptInstances {
+        std::vector<StartedApplication> instances;
+        Moment searched{};
+        Moment seen{};
+        bool searching = false;
+    };
+    struct Sandbox {
+        std::uint64_t startTime = 0;
+        std::optional<std::string> application;  // absent too while it is being read
+    };
+
+    /// Runs `work(desk)` on the queue, unless the desk is gone by then.
+    template <typename Work>
+    void onQueue(Work work) {
+        queue_->async([weak = weak_from_this(), work = std::move(work)] {
+            if (const auto desk = weak.lock()) work(*desk);
+        });
+    }
+
+    void readIndex();
+    std::optional<std::string> sandboxOf(std::int32_t pid);
+    std::optional<std::string> readSandbox(std::int32_t pid) const;
+    void search(const std::string& bundleID);
+    void keepInstances(const std::string& bundleID, std::vector<StartedApplication> found);
+    std::vector<StartedApplication> stillRunning(std::vector<StartedApplication> instances) const;
+    void forgetOld(Moment now);
+
+    static constexpr std::size_t maximumSandboxes = 1024;
+
+    const std::shared_ptr<SerialQueue> queue_;
+    const DesktopRoots roots_;
+    const ProcessFiles processes_;
+
+    std::mutex mutex_;  // guards what follows; never held over a read
+    std::shared_ptr<const DesktopIndex> index_ = std::make_shared<DesktopIndex>();
+    bool checking_ = true;  // until the first reading has ended
+    Moment checked_{};
+    std::map<std::int32_t, Sandbox> sandboxes_;
+    std::map<std::int32_t, KeptProcess> keptProcesses_;
+    std::map<std::string, KeptInstances, std::less<>> keptInstances_;
+};
+
+void DesktopApplications::Desk::readIndex() {
+    auto index = std::make_shared<const DesktopIndex>(
+        DesktopIndex::read(roots_.dataFolders, localeSuffixes(roots_.locale)));
+    const std::lock_guard lock(mutex_);
+    index_ = std::move(index);
+    checking_ = false;
+    checked_ = std::chrono::steady_clock::now();
+    keptProcesses_.clear();
+    keptInstances_.clear();
 }
 
-void DesktopApplications::readAgain() {
-    queue_->async([weak = std::weak_ptr(desktop_), folders = roots_.dataFolders, locale = roots_.locale] {
-        if (weak.expired()) return;
-        auto index =
-            std::make_shared<const DesktopIndex>(DesktopIndex::read(folders, localeSuffixes(locale)));
-        const auto desktop = weak.lock();
-        if (!desktop) return;
-        const std::lock_guard lock(desktop->mutex);
-        desktop->index = std::move(index);
-        desktop->reading = false;
+std::shared_ptr<const DesktopIndex> DesktopApplications::Desk::currentIndex() {
+    const std::lock_guard lock(mutex_);
+    const auto now = std::chrono::steady_clock::now();
+    if (checking_ || now - checked_ < roots_.keptIndexTime) return index_;
+    checking_ = true;
+    checked_ = now;
+    onQueue([index = index_](Desk& desk) {
+        if (index->isOutdated()) return desk.readIndex();
+        const std::lock_guard deskLock(desk.mutex_);
+        desk.checking_ = false;
     });
+    return index_;
 }
 
-std::shared_ptr<const DesktopIndex> DesktopApplications::currentIndex() {
-    std::shared_ptr<const DesktopIndex> index;
-    {
-        const std::lock_guard lock(desktop_->mutex);
-        index = desktop_->index;
-        if (desktop_->reading) return index;
-        const auto now = std::chrono::steady_clock::now();
-        if (now - desktop_->checked < roots_.keptIndexTime) return index;
-        desktop_->checked = now;
-    }
-    if (!index->isOutdated()) return index;
-    {
-        const std::lock_guard lock(desktop_->mutex);
-        if (std::exchange(desktop_->reading, true)) return index;
-    }
-    readAgain();
-    return index;
+std::optional<std::string> DesktopApplications::Desk::readSandbox(std::int32_t pid) const {
+    const auto info = processes_.flatpakInfo(pid);
+    return info ? applicationOfFlatpakInfo(*info) : std::nullopt;
 }
 
-std::optional<std::string> DesktopApplications::identifyByProgram(std::int32_t pid,
-                                                                  const DesktopIndex& index) const {
-    const auto program = processes_.executable(pid);
-    if (!program) return std::nullopt;
-    if (auto id = index.idOfExecutable(*program)) return id;
-    if (!isInterpreter(*program)) return std::nullopt;
-    const auto script = scriptOf(processes_.arguments(pid));
-    return script ? index.idOfExecutable(*script) : std::nullopt;
-}
-
-std::optional<std::string> DesktopApplications::identify(std::int32_t pid, const DesktopIndex& index) const {
-    if (const auto info = processes_.flatpakInfo(pid)) {
-        if (auto id = applicationOfFlatpakInfo(*info)) return id;
-    }
-    if (auto id = applicationOfControlGroup(processes_.controlGroups(pid))) {
-        const DesktopEntry* entry = index.find(*id);
-        if (entry == nullptr || !entry->isTerminal) return id;
-    }
-    return identifyByProgram(pid, index);
-}
-
-std::optional<std::string> DesktopApplications::identifyByParents(std::int32_t pid,
-                                                                  const DesktopIndex& index) const {
-    auto status = processes_.status(pid);
-    const std::string controlGroups = processes_.controlGroups(pid);
-    for (int level = 0; level < maximumParents && status; ++level) {
-        const std::int32_t parent = status->parent;
-        const auto parentStatus = processes_.status(parent);
-        if (parent <= 1 || !parentStatus || parentStatus->session != status->session) break;
-        if (processes_.controlGroups(parent) != controlGroups) break;
-        if (auto id = identifyByProgram(parent, index)) {
-            const DesktopEntry* entry = index.find(*id);
-            if (entry == nullptr || entry->isNotShown || entry->isTerminal) break;
-            return id;
-        }
-        status = parentStatus;
-    }
+std::optional<std::string> DesktopApplications::Desk::sandboxOf(std::int32_t pid) {
+    const auto status = processes_.status(pid);
+    if (!status) return std::nullopt;
+    const std::lock_guard lock(mutex_);
+    const auto known = sandboxes_.find(pid);
+    if (known != sandboxes_.end() && known->second.startTime == status->startTime)
+        return known->second.application;
+    if (sandboxes_.size() >= maximumSandboxes) sandboxes_.clear();
+    sandboxes_.insert_or_assign(pid, Sandbox{status->startTime, std::nullopt});
+    onQueue([pid, startTime = status->startTime](Desk& desk) {
+        auto application = desk.readSandbox(pid);
+        if (!application) return;
+        const std::lock_guard deskLock(desk.mutex_);
+        desk.sandboxes_.insert_or_assign(pid, Sandbox{startTime, std::move(application)});
+        desk.keptProcesses_.erase(pid);
+    });
     return std::nullopt;
 }
 
-std::optional<RunningApplication> DesktopApplications::findApplication(std::int32_t pid,
-                                                                       const DesktopIndex& index) const {
-    auto id = identify(pid, index);
-    if (!id) id = identifyByParents(pid, index);
-    if (!id) return std::nullopt;
-    const DesktopEntry* entry = index.find(*id);
-    return RunningApplication{pid, bundleIdentifierOf(*id), entry != nullptr ? entry->name : std::nullopt};
+std::optional<RunningApplication> DesktopApplications::Desk::application(std::int32_t pid) {
+    const auto index = currentIndex();
+    const auto now = std::chrono::steady_clock::now();
+    {
+        const std::lock_guard lock(mutex_);
+        forgetOld(now);
+        const auto kept = keptProcesses_.find(pid);
+        if (kept != keptProcesses_.end() && now - kept->second.seen < roots_.trustedProcessTime)
+            return kept->second.application;
+    }
+    const auto status = processes_.status(pid);
+    if (!status) return std::nullopt;
+    {
+        const std::lock_guard lock(mutex_);
+        const auto kept = keptProcesses_.find(pid);
+        if (kept != keptProcesses_.end() && kept->second.startTime == status->startTime) {
+            kept->second.seen = now;
+            return kept->second.application;
+        }
+    }
+    const ProcessApplications lookup(processes_, index,
+                                     [this](std::int32_t other) { return sandboxOf(other); });
+    auto application = lookup.applicationOf(pid);
+    const std::lock_guard lock(mutex_);
+    // What came meanwhile, such as newer desktop files, is asked next time.
+    if (index == index_)
+        keptProcesses_.insert_or_assign(pid, KeptProcess{application, status->startTime, now, now});
+    return application;
 }
 
-std::vector<std::pair<std::uint64_t, RunningApplication>> DesktopApplications::findInstances(
-    std::string_view bundleID, const DesktopIndex& index) const {
-    std::map<std::int32_t, ProcessStatus> members;
-    std::vector<std::pair<std::uint64_t, RunningApplication>> instances;
-    for (const std::int32_t pid : processes_.processes()) {
-        const auto id = identify(pid, index);
-        if (!id || !isBundleIdentifierOf(bundleID, *id)) continue;
-        const auto status = processes_.status(pid);
-        if (!status) continue;
-        members.emplace(pid, *status);
-        const DesktopEntry* entry = index.find(*id);
-        instances.push_back(
-            {status->startTime, {pid, std::string(bundleID), entry != nullptr ? entry->name : std::nullopt}});
+std::vector<RunningApplication> DesktopApplications::Desk::instances(std::string_view bundleID) {
+    currentIndex();
+    const auto now = std::chrono::steady_clock::now();
+    KeptInstances kept;
+    {
+        const std::lock_guard lock(mutex_);
+        const auto found = keptInstances_.find(bundleID);
+        if (found != keptInstances_.end()) kept = found->second;
     }
-    std::erase_if(instances, [&](const auto& instance) {
-        return members.contains(members.at(instance.second.processIdentifier).parent);
+    const bool isTrusted = now - kept.seen < roots_.trustedProcessTime;
+    if (!isTrusted) kept.instances = stillRunning(std::move(kept.instances));
+    const auto keptTime = kept.instances.empty() ? keptAbsenceTime : keptInstancesTime;
+    const bool isOld = now - kept.searched >= keptTime;
+    const std::lock_guard lock(mutex_);
+    KeptInstances& stored = keptInstances_[std::string(bundleID)];
+    if (!isTrusted && stored.searched == kept.searched) {
+        stored.instances = kept.instances;
+        stored.seen = now;
+    }
+    if (isOld && !std::exchange(stored.searching, true))
+        onQueue([id = std::string(bundleID)](Desk& desk) { desk.search(id); });
+    return withoutTimes(kept.instances);
+}
+
+std::vector<StartedApplication> DesktopApplications::Desk::stillRunning(
+    std::vector<StartedApplication> instances) const {
+    std::erase_if(instances, [this](const auto& instance) {
+        const auto status = processes_.status(instance.second.processIdentifier);
+        return !status || status->startTime != instance.first;
     });
-    std::ranges::stable_sort(instances, {}, [](const auto& instance) { return instance.first; });
     return instances;
 }
 
-bool DesktopApplications::stillRun(KeptInstances& kept, Moment now) const {
-    if (now - kept.seen < roots_.trustedProcessTime) return true;
-    kept.seen = now;
-    return std::ranges::all_of(kept.instances, [this](const auto& instance) {
-        const auto status = processes_.status(instance.second.processIdentifier);
-        return status && status->startTime == instance.first;
-    });
+/// On the queue, or on a thread that may wait.
+void DesktopApplications::Desk::search(const std::string& bundleID) {
+    std::shared_ptr<const DesktopIndex> index;
+    {
+        const std::lock_guard lock(mutex_);
+        index = index_;
+    }
+    const ProcessApplications lookup(processes_, index,
+                                     [this](std::int32_t pid) { return readSandbox(pid); });
+    keepInstances(bundleID, lookup.instancesOf(bundleID));
 }
+
+void DesktopApplications::Desk::keepInstances(const std::string& bundleID,
+                                              std::vector<StartedApplication> found) {
+    const auto now = std::chrono::steady_clock::now();
+    const std::lock_guard lock(mutex_);
+    keptInstances_.insert_or_assign(bundleID, KeptInstances{std::move(found), now, now, false});
+}
+
+std::vector<RunningApplication> DesktopApplications::Desk::instancesNow(std::string_view bundleID) {
+    const std::string id(bundleID);
+    {
+        const std::lock_guard lock(mutex_);
+        const auto kept = keptInstances_.find(bundleID);
+        if (kept != keptInstances_.end() &&
+            std::chrono::steady_clock::now() - kept->second.searched < keptAbsenceTime) {
+            return withoutTimes(kept->second.instances);
+        }
+    }
+    search(id);
+    const std::lock_guard lock(mutex_);
+    return withoutTimes(keptInstances_[id].instances);
+}
+
+/// With the mutex held.
+void DesktopApplications::Desk::forgetOld(Moment now) {
+    std::erase_if(keptProcesses_,
+                  [&](const auto& each) { return now - each.second.asked >= keptProcessTime; });
+}
+
+class DesktopApplications::Direct final : public RunningApplications {
+  public:
+    explicit Direct(std::shared_ptr<Desk> desk) : desk_(std::move(desk)) {}
+
+    std::optional<RunningApplication> runningApplicationWithProcessIdentifier(std::int32_t pid) override {
+        return pid > 0 ? desk_->application(pid) : std::nullopt;
+    }
+    std::vector<RunningApplication> runningApplicationsWithBundleIdentifier(
+        std::string_view bundleID) override {
+        return desk_->instancesNow(bundleID);
+    }
+
+  private:
+    const std::shared_ptr<Desk> desk_;
+};
+
+DesktopApplications::DesktopApplications(std::shared_ptr<SerialQueue> queue, DesktopRoots roots)
+    : desk_(std::make_shared<Desk>(std::move(queue), std::move(roots))),
+      direct_(std::make_unique<Direct>(desk_)) {
+    desk_->readDesktopFiles();
+}
+
+DesktopApplications::~DesktopApplications() = default;
 
 std::optional<RunningApplication> DesktopApplications::runningApplicationWithProcessIdentifier(
     std::int32_t pid) {
-    if (pid <= 0) return std::nullopt;
-    const auto index = currentIndex();
-    const auto now = std::chrono::steady_clock::now();
-    const std::lock_guard lock(kept_.mutex);
-    forgetOld(index, now);
-    const auto kept = kept_.processes.find(pid);
-    const bool isKept = kept != kept_.processes.end();
-    if (isKept && now - kept->second.seen < roots_.trustedProcessTime) return kept->second.application;
-    const auto status = processes_.status(pid);
-    if (!status) return std::nullopt;
-    if (isKept && kept->second.startTime == status->startTime) {
-        kept->second.seen = now;
-        return kept->second.application;
-    }
-    auto application = findApplication(pid, *index);
-    kept_.processes.insert_or_assign(pid, KeptProcess{application, status->startTime, now, now});
-    return application;
+    return direct_->runningApplicationWithProcessIdentifier(pid);
 }
 
 std::vector<RunningApplication> DesktopApplications::runningApplicationsWithBundleIdentifier(
     std::string_view bundleID) {
-    const auto index = currentIndex();
-    const auto now = std::chrono::steady_clock::now();
-    const std::lock_guard lock(kept_.mutex);
-    forgetOld(index, now);
-    auto kept = kept_.applications.find(bundleID);
-    if (kept == kept_.applications.end() || !stillRun(kept->second, now)) {
-        KeptInstances found{findInstances(bundleID, *index), now, now};
-        kept = kept_.applications.insert_or_assign(std::string(bundleID), std::move(found)).first;
-    }
-    std::vector<RunningApplication> running;
-    for (const auto& [startTime, application] : kept->second.instances) running.push_back(application);
-    return running;
+    return desk_->instances(bundleID);
 }
 
-/// With the answers' mutex held. Those that another index gave are all forgotten.
-void DesktopApplications::forgetOld(const std::shared_ptr<const DesktopIndex>& index, Moment now) {
-    if (kept_.index != index) {
-        kept_.processes.clear();
-        kept_.applications.clear();
-        kept_.index = index;
-    }
-    std::erase_if(kept_.processes,
-                  [&](const auto& each) { return now - each.second.asked >= keptProcessTime; });
-    std::erase_if(kept_.applications,
-                  [&](const auto& each) { return now - each.second.asked >= keptInstancesTime; });
+RunningApplications& DesktopApplications::searchingAtOnce() {
+    return *direct_;
+}
+
+std::optional<std::string> DesktopApplications::nameOfDesktopFile(std::string_view id) {
+    const auto index = desk_->currentIndex();
+    const DesktopEntry* entry = index->find(id);
+    return entry != nullptr && entry->isApplication && !entry->isNotShown ? entry->name : std::nullopt;
 }
 
 }  // namespace purlock::host_linux

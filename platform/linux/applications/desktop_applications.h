@@ -1,13 +1,10 @@
 #pragma once
 
 #include <chrono>
-#include <functional>
-#include <map>
+#include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "base/running_applications.h"
@@ -26,7 +23,7 @@ struct DesktopRoots {
 
     /// How long the desktop files that were read count as the present ones, before their folders are looked
     /// at.
-    std::chrono::milliseconds keptIndexTime{3000};
+    std::chrono::milliseconds keptIndexTime{10'000};
 
     /// How long a process that was seen counts as the one that has its number, before /proc is asked again.
     /// Numbers of ended processes come up again only after thousands of others.
@@ -35,78 +32,46 @@ struct DesktopRoots {
 
 /// Processes and the desktop's applications.
 ///
-/// A process's application is named, in this order, by its sandbox, by its control group, and by the desktop
+/// A process's application is named, in this order, by its control group, by its sandbox, and by the desktop
 /// files that name its program (or its script, when the program is an interpreter); a terminal's control
-/// group does not name what runs inside it. When nothing names the process itself, its parents are asked, a
-/// few levels up and only within the same session and control group: a browser's audio process belongs to the
-/// browser, but a command-line player does not belong to the terminal or the desktop shell that started it,
-/// and so belongs to no application.
+/// group does not name what runs inside it, and a desktop file that no menu shows names no program. When
+/// nothing names the process itself, its parents are asked, a few levels up and only within the same session
+/// and control group: a browser's audio process belongs to the browser, but a command-line player does not
+/// belong to the terminal or the desktop shell that started it, and so belongs to no application.
 ///
-/// The desktop files are read on `queue`, first when this is made, then again when a question finds that a
-/// folder has changed; until they are read, only sandboxes and control groups name applications, and names
-/// are absent. Questions come from any thread and cost some reads of /proc. Owned by the host.
+/// Questions come from any thread and cost some reads of /proc. What may take long is done on `queue`, and a
+/// later question has it: the desktop files are read when this is made and when a folder has changed;
+/// a process's own root, which may hang, is looked into once; all processes are searched for the instances of
+/// an application. No mutex is held over a read. Owned by the host.
 class DesktopApplications final : public RunningApplications {
   public:
     explicit DesktopApplications(std::shared_ptr<SerialQueue> queue, DesktopRoots roots = {});
+    ~DesktopApplications() override;
 
     std::optional<RunningApplication> runningApplicationWithProcessIdentifier(std::int32_t pid) override;
 
-    /// In the order of their start. Of an application's processes the topmost is the instance.
+    /// In the order of their start; of an application's processes the topmost is the instance. Those that the
+    /// last search has found and that still run; nothing before the first.
     std::vector<RunningApplication> runningApplicationsWithBundleIdentifier(
         std::string_view bundleID) override;
 
-    /// How long an answer is kept.
+    /// The same for a thread that may wait: its question searches all processes at once.
+    RunningApplications& searchingAtOnce();
+
+    /// The name of the desktop file with that id; absent when there is none that a menu shows.
+    std::optional<std::string> nameOfDesktopFile(std::string_view id);
+
+    /// How long an answer is kept: that of a process, that nothing runs, and instances that still run.
     static constexpr std::chrono::seconds keptProcessTime{5};
-    static constexpr std::chrono::seconds keptInstancesTime{2};
+    static constexpr std::chrono::seconds keptAbsenceTime{2};
+    static constexpr std::chrono::seconds keptInstancesTime{30};
 
   private:
-    using Moment = std::chrono::steady_clock::time_point;
+    class Desk;
+    class Direct;
 
-    /// What the queue shares with the questions, and outlives both.
-    struct Desktop {
-        std::mutex mutex;
-        std::shared_ptr<const DesktopIndex> index = std::make_shared<DesktopIndex>();  // guarded by mutex
-        bool reading = false;                                                          // guarded by mutex
-        Moment checked{};                                                              // guarded by mutex
-    };
-
-    /// Answers are asked for again and again while something plays, and each costs several reads of /proc; so
-    /// they are kept for a moment, each as long as its processes are the same ones. A process may change its
-    /// control group soon after its start, and an application may start at any time: hence no longer.
-    struct KeptProcess {
-        std::optional<RunningApplication> application;
-        std::uint64_t startTime = 0;
-        Moment asked;
-        Moment seen;
-    };
-    struct KeptInstances {
-        std::vector<std::pair<std::uint64_t, RunningApplication>> instances;  // each with its start time
-        Moment asked;
-        Moment seen;
-    };
-    struct Kept {
-        std::mutex mutex;
-        std::shared_ptr<const DesktopIndex> index;  // that all answers come from
-        std::map<std::int32_t, KeptProcess> processes;
-        std::map<std::string, KeptInstances, std::less<>> applications;
-    };
-
-    std::optional<RunningApplication> findApplication(std::int32_t pid, const DesktopIndex& index) const;
-    std::vector<std::pair<std::uint64_t, RunningApplication>> findInstances(std::string_view bundleID,
-                                                                            const DesktopIndex& index) const;
-    void forgetOld(const std::shared_ptr<const DesktopIndex>& index, Moment now);
-    bool stillRun(KeptInstances& kept, Moment now) const;
-    std::shared_ptr<const DesktopIndex> currentIndex();
-    void readAgain();
-    std::optional<std::string> identify(std::int32_t pid, const DesktopIndex& index) const;
-    std::optional<std::string> identifyByParents(std::int32_t pid, const DesktopIndex& index) const;
-    std::optional<std::string> identifyByProgram(std::int32_t pid, const DesktopIndex& index) const;
-
-    const std::shared_ptr<SerialQueue> queue_;
-    const DesktopRoots roots_;
-    const ProcessFiles processes_;
-    const std::shared_ptr<Desktop> desktop_ = std::make_shared<Desktop>();
-    Kept kept_;
+    const std::shared_ptr<Desk> desk_;  // what the queue shares with the questions, and outlives both
+    const std::unique_ptr<Direct> direct_;
 };
 
 }  // namespace purlock::host_linux

@@ -3,13 +3,13 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
 #include <utility>
 
 #include "base/text.h"
+#include "platform/linux/applications/launchers.h"
 #include "platform/linux/system/files.h"
 
 namespace purlock::host_linux {
@@ -18,22 +18,21 @@ namespace {
 
 constexpr std::size_t maximumFiles = 16'384;
 constexpr std::size_t maximumFileBytes = 256 * 1024;
+constexpr std::size_t maximumFolders = 2000;
 constexpr int maximumDepth = 4;  // of folders below "applications"
 constexpr std::string_view suffix = ".desktop";
-
-/// Programs that run other programs: a desktop file that starts with one says nothing of the process.
-constexpr std::array<std::string_view, 18> launchers = {
-    "bash",   "dash",   "electron", "env",  "flatpak", "gjs",  "java", "node",     "perl",
-    "pkexec", "python", "python3",  "ruby", "sh",      "snap", "wine", "xdg-open", "zsh"};
 
 std::string_view fileName(std::string_view path) {
     return path.substr(path.find_last_of('/') + 1);
 }
 
+std::int64_t changeTime(const struct stat& status) {
+    return std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
+}
+
 std::int64_t changeTime(const std::string& folder) {
     struct stat status {};
-    if (stat(folder.c_str(), &status) != 0) return 0;
-    return std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
+    return stat(folder.c_str(), &status) == 0 ? changeTime(status) : 0;
 }
 
 std::string resolved(const std::string& path) {
@@ -60,7 +59,12 @@ DesktopIndex DesktopIndex::read(const std::vector<std::string>& folders,
 
 void DesktopIndex::readFolder(const std::string& folder, const std::string& prefix, int depth,
                               const std::vector<std::string>& localeSuffixes) {
-    folderTimes_[folder] = changeTime(folder);  // before it is read, so that a change meanwhile is noticed
+    if (folderTimes_.size() >= maximumFolders) return;
+    struct stat status {};
+    const bool isThere = stat(folder.c_str(), &status) == 0;
+    if (isThere && !folders_.emplace(status.st_dev, status.st_ino).second) return;
+    // The time before it is read, so that a change meanwhile is noticed.
+    folderTimes_[folder] = isThere ? changeTime(status) : 0;
     const auto names = namesInFolder(folder, maximumFiles);
     if (!names || depth > maximumDepth) return;
     for (const std::string& name : *names) {
@@ -88,7 +92,7 @@ void DesktopIndex::indexExecutables() {
         if (!entry.isApplication || entry.isHidden) continue;
         for (const std::string& executable : entry.executables) {
             const std::string_view name = fileName(executable);
-            if (std::ranges::find(launchers, name) != launchers.end()) continue;
+            if (isLauncher(name)) continue;
             executables_.emplace(name, id);
             if (executable.starts_with('/')) executables_.emplace(resolved(executable), id);
         }
@@ -106,18 +110,22 @@ std::optional<std::string> DesktopIndex::idOfExecutable(std::string_view path) c
     return best(name, name);
 }
 
+bool DesktopIndex::isHelper(std::string_view path) const {
+    return !idOfExecutable(path) && (isNamed(path) || isNamed(fileName(path)));
+}
+
+bool DesktopIndex::isNamed(std::string_view key) const {
+    return executables_.contains(key);
+}
+
 std::optional<std::string> DesktopIndex::best(std::string_view key, std::string_view name) const {
     const std::string* chosen = nullptr;
-    int chosenRank = 0;
     const auto [first, last] = executables_.equal_range(key);
     for (auto candidate = first; candidate != last; ++candidate) {
         const DesktopEntry* entry = find(candidate->second);
-        const int rank =
-            entry == nullptr ? 0 : (entry->isNotShown ? 1 : 3) + (candidate->second == name ? 1 : 0);
-        if (rank > chosenRank) {
-            chosenRank = rank;
-            chosen = &candidate->second;
-        }
+        if (entry == nullptr || entry->isNotShown) continue;
+        if (candidate->second == name) return candidate->second;
+        if (chosen == nullptr) chosen = &candidate->second;
     }
     return chosen != nullptr ? std::optional(*chosen) : std::nullopt;
 }

@@ -3,8 +3,10 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/applications/desktop_entry.h"
@@ -14,8 +16,8 @@ namespace purlock::host_linux {
 /// The desktop files of the system, by their ids and by the programs that they name.
 ///
 /// Built in one go and then unchanged; any thread. An id is the file's path below "applications" with '-' for
-/// '/' and without ".desktop"; the folder that comes first wins. At most 16,384 files of at most 256 KiB are
-/// read.
+/// '/' and without ".desktop"; the folder that comes first wins. At most 16,384 files of at most 256 KiB in
+/// 2,000 folders are read, each folder once, also when links lead to it again.
 class DesktopIndex {
   public:
     /// Reads all desktop files below `folders`, each with a folder "applications". Takes some milliseconds,
@@ -27,9 +29,13 @@ class DesktopIndex {
     const DesktopEntry* find(std::string_view id) const;
 
     /// The id of the application that runs the program at `path`: one whose file names that very path, else
-    /// one that names a program with the same name. Among several, one that menus show wins, then one whose
-    /// id is the program's name, then the first in order. Absent when no desktop file names it.
+    /// one that names a program with the same name. Among several, one whose id is the program's name wins,
+    /// then the first in order. Absent when no desktop file that a menu shows names it, and for programs that
+    /// only run others.
     std::optional<std::string> idOfExecutable(std::string_view path) const;
+
+    /// Whether only desktop files that no menu shows name the program: a desktop's shell, a handler.
+    bool isHelper(std::string_view path) const;
 
     /// Whether a folder that was read has changed since, appeared or gone. Some calls of stat.
     bool isOutdated() const;
@@ -45,9 +51,11 @@ class DesktopIndex {
     void add(std::string id, DesktopEntry entry);
     void indexExecutables();
     std::optional<std::string> best(std::string_view key, std::string_view name) const;
+    bool isNamed(std::string_view key) const;
 
     Entries entries_;
     Executables executables_;
+    std::set<std::pair<std::uint64_t, std::uint64_t>> folders_;  // those read, as the kernel numbers them
     std::map<std::string, std::int64_t>
         folderTimes_;  // time of the last change in ns; 0 when there is no folder
 };

@@ -27,6 +27,13 @@ std::optional<std::int32_t> numberOf(const std::string& name) {
     return result.ec == std::errc() && result.ptr == end && number > 0 ? std::optional(number) : std::nullopt;
 }
 
+std::optional<std::string> linkTarget(const std::string& path) {
+    std::array<char, PATH_MAX> buffer{};
+    const ssize_t size = readlink(path.c_str(), buffer.data(), buffer.size());
+    return size > 0 ? std::optional(std::string(buffer.data(), static_cast<std::size_t>(size)))
+                    : std::nullopt;
+}
+
 bool isThisUsers(const std::string& path) {
     struct stat status {};
     return stat(path.c_str(), &status) == 0 && status.st_uid == geteuid();
@@ -47,18 +54,20 @@ std::string ProcessFiles::controlGroups(std::int32_t pid) const {
     return readFile(pathOf(pid, "/cgroup"), maximumTextBytes).value_or("");
 }
 
+bool ProcessFiles::hasOwnMounts(std::int32_t pid) const {
+    const auto mounts = linkTarget(pathOf(pid, "/ns/mnt"));
+    return mounts && mounts != linkTarget(folder_ + "/self/ns/mnt");
+}
+
 std::optional<std::string> ProcessFiles::flatpakInfo(std::int32_t pid) const {
     return readFile(pathOf(pid, "/root/.flatpak-info"), maximumTextBytes);
 }
 
 std::optional<std::string> ProcessFiles::executable(std::int32_t pid) const {
-    std::array<char, PATH_MAX> buffer{};
-    const ssize_t size = readlink(pathOf(pid, "/exe").c_str(), buffer.data(), buffer.size());
-    if (size <= 0) return std::nullopt;
-    std::string_view path(buffer.data(), static_cast<std::size_t>(size));
+    auto path = linkTarget(pathOf(pid, "/exe"));
     constexpr std::string_view mark = " (deleted)";  // the program was updated while it runs
-    if (path.ends_with(mark)) path.remove_suffix(mark.size());
-    return std::string(path);
+    if (path && path->ends_with(mark)) path->resize(path->size() - mark.size());
+    return path;
 }
 
 std::vector<std::string> ProcessFiles::arguments(std::int32_t pid) const {

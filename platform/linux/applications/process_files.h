@@ -21,7 +21,11 @@ class ProcessFiles {
     /// The text of its control groups.
     std::string controlGroups(std::int32_t pid) const;
 
-    /// The text of its sandbox's description; absent outside a sandbox of Flatpak's.
+    /// Whether it sees other mounts than this process, as in a sandbox; not asked of its own file system.
+    bool hasOwnMounts(std::int32_t pid) const;
+
+    /// The text of its sandbox's description; absent outside a sandbox of Flatpak's. Read from the process's
+    /// own root, which may be a file system that never answers: for a thread that may wait.
     std::optional<std::string> flatpakInfo(std::int32_t pid) const;
 
     /// The program file that it runs, as a path.

@@ -61,6 +61,16 @@ std::string busAddressOfPath(const std::string& path) {
     return address;
 }
 
+bool isSocketAddress(std::string_view address) {
+    constexpr std::string_view socket = "unix:";
+    for (;;) {
+        const std::size_t end = address.find(';');
+        if (!address.substr(0, end).starts_with(socket)) return false;
+        if (end == std::string_view::npos) return true;
+        address.remove_prefix(end + 1);
+    }
+}
+
 std::optional<std::string> pathOfBusAddress(std::string_view address) {
     constexpr std::string_view transport = "unix:";
     constexpr std::string_view key = "path=";

@@ -19,6 +19,10 @@ std::string systemBusAddress();
 /// The address of a socket in the file system; bytes that an address must not hold are escaped.
 std::string busAddressOfPath(const std::string& path);
 
+/// Whether every bus that the address names is a socket of this machine. Other kinds of address run a command
+/// or use the network.
+bool isSocketAddress(std::string_view address);
+
 /// The socket's path in an address; absent when the first bus that the address names has none.
 std::optional<std::string> pathOfBusAddress(std::string_view address);
 

@@ -6,6 +6,8 @@
 #include <limits>
 #include <string_view>
 
+#include "base/text.h"
+
 namespace purlock::host_linux {
 
 namespace {
@@ -142,8 +144,11 @@ BusValue BusReader::readText(char type) {
         cutShort();
         return BusValue();
     }
-    const std::size_t length = strnlen(text, limits_.textBytes + 1);
-    if (length > limits_.textBytes) return BusValue();
+    std::size_t length = strnlen(text, limits_.textBytes + 1);
+    if (length > limits_.textBytes) {
+        if (limits_.longTexts == LongText::absent) return BusValue();
+        length = firstCharacters({text, length}, limits_.textBytes).size();
+    }
     if (length > limits_.totalTextBytes) {
         cutShort();
         return BusValue();

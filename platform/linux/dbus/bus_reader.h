@@ -10,12 +10,19 @@ struct sd_bus_message;
 
 namespace purlock::host_linux {
 
+/// What becomes of a text that is longer than the limit.
+enum class LongText {
+    absent,
+    cut,  // at a character
+};
+
 /// How much of one message is read at most; what lies beyond is absent.
 struct BusReadLimits {
-    std::size_t textBytes = 64 * 1024;         // of one text; a longer one is absent, what follows it is read
+    std::size_t textBytes = 64 * 1024;         // of one text; what follows a longer one is read
     std::size_t totalTextBytes = 4096 * 1024;  // of all texts kept; then reading ends
     std::size_t values = 20'000;               // of any type, inner ones included; then reading ends
     int depth = 16;  // of arrays, structures and variants in one another; then reading ends
+    LongText longTexts = LongText::absent;
 };
 
 /// Reads what a peer sent, whatever it sent: no type is taken on trust, and time and memory are bounded.

@@ -2,33 +2,20 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <mutex>
 #include <utility>
 
 #include "platform/linux/nowplaying/mpris_players.h"
+#include "platform/linux/nowplaying/now_playing_shelf.h"
+#include "platform/linux/playedfile/file_url.h"
 
 namespace purlock::host_linux {
 
 namespace {
 
 constexpr std::string_view frameworkPath = "/System/Library/PrivateFrameworks/MediaRemote.framework";
-
-NowPlayingDictionary dictionaryOf(const PlayerRoster::Player* player, std::optional<double> positionSeconds) {
-    NowPlayingDictionary dictionary;
-    if (player == nullptr) return dictionary;
-    const PlayerTrack& track = player->properties.track;
-    const auto put = [&](const char* key, const auto& value) {
-        if (value) dictionary.emplace(key, *value);
-    };
-    put("kMRMediaRemoteNowPlayingInfoTitle", track.title);
-    put("kMRMediaRemoteNowPlayingInfoArtist", track.artist);
-    put("kMRMediaRemoteNowPlayingInfoAlbum", track.album);
-    put("kMRMediaRemoteNowPlayingInfoElapsedTime", positionSeconds);
-    put("kMRMediaRemoteNowPlayingInfoDuration", track.durationSeconds);
-    put("kMRMediaRemoteNowPlayingInfoPlaybackRate", std::optional(player->properties.playbackRate()));
-    return dictionary;
-}
 
 void postChanges(MainNotificationCenter& center, const NowPlayingChanges& changes) {
     if (changes.information) center.post("kMRMediaRemoteNowPlayingInfoDidChangeNotification");
@@ -41,43 +28,89 @@ void postChanges(MainNotificationCenter& center, const NowPlayingChanges& change
 /// The players, and whether anybody wants to hear of them.
 class MprisFrameworkLoader::Service {
   public:
-    Service(BusThread& thread, const std::string& address, MainNotificationCenter& center)
-        : players_(thread, [this, &thread, &center, address] {
+    Service(BusThread& thread, const std::string& address, MainNotificationCenter& center, PlayedFiles& files,
+            std::shared_ptr<NowPlayingShelf> shelf)
+        : files_(files), shelf_(std::move(shelf)), players_(thread, [this, &thread, &center, address] {
               return std::make_unique<MprisPlayers>(
                   thread, address,
                   [this, &center](const NowPlayingChanges& changes) {
                       if (isRegistered_) postChanges(center, changes);
                   },
-                  [this](std::optional<std::int32_t> process) { current_ = process.value_or(noPlayer); });
+                  [this](const std::optional<CurrentPlayer>& player) { take(player); });
           }) {}
+
+    ~Service() {
+        const std::lock_guard lock(self_->mutex);
+        self_->service = nullptr;
+    }
+    Service(const Service&) = delete;
+    Service& operator=(const Service&) = delete;
 
     void registerForNotifications() { isRegistered_ = true; }
 
     void getInfo(const NowPlayingFramework::Queue& queue, NowPlayingFramework::InfoBlock block) {
-        if (current_ == noPlayer) {
-            queue->async([block = std::move(block)] { block({}); });
-            return;
-        }
-        players_.post([queue, block = std::move(block)](MprisPlayers& players) {
-            players.readCurrent([queue, block](const auto* player, std::optional<double> position) {
-                queue->async([block, dictionary = dictionaryOf(player, position)] { block(dictionary); });
-            });
+        lookNowAndThen();
+        queue->async([shelf = shelf_, block = std::move(block)] {
+            const NowPlayingShelf::Reading reading = shelf->read(std::chrono::steady_clock::now());
+            const auto outer = std::exchange(answered, reading.processIdentifier);
+            block(reading.dictionary);
+            answered = outer;
         });
     }
 
     void getPID(const NowPlayingFramework::Queue& queue, NowPlayingFramework::PIDBlock block) {
-        queue->async([block = std::move(block), pid = std::max(current_.load(), 0)] { block(pid); });
+        const std::int32_t pid =
+            answered ? *answered : shelf_->read(std::chrono::steady_clock::now()).processIdentifier;
+        queue->async([block = std::move(block), pid] { block(std::max(pid, 0)); });
     }
 
   private:
-    static constexpr std::int32_t noPlayer = -1;
+    /// A reader wakes the bus thread only when a player is to be asked for what signals should have told.
+    void lookNowAndThen() {
+        using Clock = std::chrono::steady_clock;
+        const auto now = Clock::now().time_since_epoch().count();
+        const auto pause =
+            std::chrono::duration_cast<Clock::duration>(MprisPlayers::propertiesLifetime).count();
+        auto last = lastLook_.load();
+        if (now - last < pause || !lastLook_.compare_exchange_strong(last, now)) return;
+        players_.post([](MprisPlayers& players) { players.look(); });
+    }
 
+    /// On the bus thread.
+    void take(const std::optional<CurrentPlayer>& player) {
+        const auto address = shelf_->setPlayer(player);
+        auto path = address ? localPathOf(*address) : std::nullopt;
+        if (!path) return;
+        files_.read(std::move(*path), [self = self_, address = *address](std::optional<PlayedFile> file) {
+            const std::lock_guard lock(self->mutex);
+            if (self->service != nullptr) self->service->takeFile(address, std::move(file));
+        });
+    }
+
+    /// On the files' queue.
+    void takeFile(const std::string& address, std::optional<PlayedFile> file) {
+        if (!file || !shelf_->setFile(address, std::move(file))) return;
+        players_.post([](MprisPlayers& players) { players.noteInformation(); });
+    }
+
+    /// The process of the dictionary that is being handed over on this thread.
+    static thread_local std::optional<std::int32_t> answered;
+
+    /// How a file that was read finds the service, if it is still there.
+    struct Self {
+        std::mutex mutex;
+        Service* service;  // guarded by mutex
+    };
+
+    PlayedFiles& files_;
+    const std::shared_ptr<NowPlayingShelf> shelf_;
+    const std::shared_ptr<Self> self_{new Self{{}, this}};
     std::atomic<bool> isRegistered_ = false;
-    // The current player's process, mirrored here so that a fetch wakes the bus thread only when it has a
-    // player to ask.
-    std::atomic<std::int32_t> current_ = noPlayer;
+    std::atomic<std::chrono::steady_clock::rep> lastLook_ = 0;
     OnBusThread<MprisPlayers> players_;
 };
+
+thread_local std::optional<std::int32_t> MprisFrameworkLoader::Service::answered;
 
 /// How the functions reach the service, on whatever thread they are called, until the loader closes it. They
 /// do not keep the service alive: what they are asked to call back may be dropped on the bus thread, where it
@@ -123,10 +156,12 @@ class MprisFrameworkLoader::Framework final : public NowPlayingFramework {
 };
 
 MprisFrameworkLoader::MprisFrameworkLoader(BusThread& thread, std::string sessionBusAddress,
-                                           MainNotificationCenter& center)
+                                           MainNotificationCenter& center, PlayedFiles& files)
     : thread_(thread),
       address_(std::move(sessionBusAddress)),
       center_(center),
+      files_(files),
+      shelf_(std::make_shared<NowPlayingShelf>()),
       door_(std::make_shared<Door>()) {}
 
 MprisFrameworkLoader::~MprisFrameworkLoader() {
@@ -134,10 +169,14 @@ MprisFrameworkLoader::~MprisFrameworkLoader() {
     door_->service = nullptr;
 }
 
+std::optional<PlayerIdentity> MprisFrameworkLoader::identityOf(std::int32_t processIdentifier) const {
+    return shelf_->identityOf(processIdentifier);
+}
+
 std::shared_ptr<NowPlayingFramework> MprisFrameworkLoader::openNowPlayingFramework(std::string_view path) {
     if (path != frameworkPath) return nullptr;
     if (!service_) {
-        service_ = std::make_unique<Service>(thread_, address_, center_);
+        service_ = std::make_unique<Service>(thread_, address_, center_, files_, shelf_);
         const std::lock_guard lock(door_->mutex);
         door_->service = service_.get();
     }

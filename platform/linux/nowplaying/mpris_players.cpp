@@ -11,6 +11,7 @@ constexpr const char* busName = "org.freedesktop.DBus";
 constexpr const char* busPath = "/org/freedesktop/DBus";
 constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
 constexpr const char* playerPath = "/org/mpris/MediaPlayer2";
+constexpr const char* rootInterface = "org.mpris.MediaPlayer2";
 constexpr const char* playerInterface = "org.mpris.MediaPlayer2.Player";
 
 constexpr const char* nameOwnerRule =
@@ -25,8 +26,9 @@ constexpr const char* seekedRule =
 
 constexpr std::chrono::seconds busTimeLimit{5};
 
-/// Readers of one player's position at the same time; the next ones do without.
-constexpr int maximumPositionCalls = 8;
+/// Names beyond the roster's room are asked for, so that a player among them is not missed.
+constexpr std::size_t maximumNames = 512;
+constexpr std::chrono::milliseconds pauseBetweenLists{1000};
 
 BusMethod busMethod(const char* member) {
     return {busName, busPath, busName, member};
@@ -47,6 +49,7 @@ MprisPlayers::MprisPlayers(BusThread& thread, std::string address, ChangeCallbac
     : onChange_(std::move(onChange)),
       onCurrent_(std::move(onCurrent)),
       tellLater_(thread),
+      listLater_(thread),
       connection_(thread, std::move(address), {[this] { becomeConnected(); }, [this] { becomeLost(); }}) {}
 
 // Coming and going of the bus and of players
@@ -73,11 +76,17 @@ void MprisPlayers::listNames() {
         connection_.newCall(busMethod("ListNames")), busTimeLimit, [this](const BusIncoming& reply) {
             BusReader reader = reply.reader();
             if (reply.isError() || !reader.enterArray()) return;
+            std::size_t asked = 0;
             while (const auto name = reader.next()) {
-                if (name->text() != nullptr && name->text()->starts_with(playerNamePrefix))
-                    askForOwner(*name->text());
+                if (name->text() == nullptr || !name->text()->starts_with(playerNamePrefix)) continue;
+                if (++asked > maximumNames) break;
+                askForOwner(*name->text());
             }
         }));
+}
+
+void MprisPlayers::listNamesSoon() {
+    if (!listLater_.running()) listLater_.start(pauseBetweenLists, [this] { listNames(); });
 }
 
 /// The bus tells of owners in the order in which they change, so each answer is newer than what is known.
@@ -99,10 +108,13 @@ void MprisPlayers::onNameOwnerChanged(const BusIncoming& signal) {
 }
 
 void MprisPlayers::takeOwner(const std::string& name, const std::string& owner) {
+    const bool wasFull = roster_.isFull();
     if (roster_.setNameOwner(name, owner) == PlayerRoster::Arrival::added) {
         askForProcess(owner);
+        askForIdentity(owner);
         askForProperties(owner);
     }
+    if (wasFull && !roster_.isFull()) listNamesSoon();  // there is room for those that were refused
     rosterChanged();
 }
 
@@ -116,6 +128,16 @@ void MprisPlayers::askForProcess(const std::string& owner) {
         const std::int64_t pid = value ? value->integer().value_or(0) : 0;
         if (std::in_range<std::int32_t>(pid))
             roster_.setProcessIdentifier(owner, static_cast<std::int32_t>(pid));
+        rosterChanged();
+    }));
+}
+
+void MprisPlayers::askForIdentity(const std::string& owner) {
+    BusCall call = connection_.newCall(propertiesMethod(owner, "GetAll"));
+    call.append(rootInterface);
+    static_cast<void>(connection_.call(call, propertiesTimeLimit, [this, owner](const BusIncoming& reply) {
+        if (const auto properties = valueOf(owner, reply))
+            roster_.setIdentity(owner, identityFrom(*properties));
         rosterChanged();
     }));
 }
@@ -137,6 +159,7 @@ void MprisPlayers::askForProperties(const std::string& owner) {
 void MprisPlayers::takeProperties(const std::string& owner, const BusIncoming& reply) {
     if (!roster_.contains(owner)) return;
     if (const auto properties = valueOf(owner, reply)) roster_.updateProperties(owner, *properties);
+    if (reply.errorName() == "org.freedesktop.DBus.Error.NoReply") roster_.setSilent(owner, true);
     if (roster_.contains(owner)) {
         Calls& calls = calls_[owner];
         calls.askingForProperties = false;
@@ -147,7 +170,10 @@ void MprisPlayers::takeProperties(const std::string& owner, const BusIncoming& r
 
 void MprisPlayers::onPropertiesChanged(const BusIncoming& signal) {
     const std::string owner(signal.sender());
-    if (!roster_.contains(owner)) return;
+    if (!roster_.contains(owner)) {
+        if (roster_.isFull()) listNamesSoon();  // one that had no room may play now
+        return;
+    }
     BusReader reader = signal.reader(playerReadLimits);
     if (reader.nextText() != playerInterface) return;
     if (const auto changed = reader.next()) roster_.updateProperties(owner, *changed);
@@ -158,64 +184,51 @@ void MprisPlayers::onPropertiesChanged(const BusIncoming& signal) {
 }
 
 void MprisPlayers::onSeeked(const BusIncoming& signal) {
-    if (roster_.currentOwner() != signal.sender() || signal.sender().empty()) return;
-    untold_.information = true;
+    const std::string owner(signal.sender());
+    if (!roster_.contains(owner)) return;
+    const auto position = signal.reader(playerReadLimits).next();
+    roster_.setPosition(owner, position ? secondsFromMicroseconds(*position) : std::nullopt);
+    roster_.setSilent(owner, false);
+    if (roster_.currentOwner() == owner) untold_.information = true;
     rosterChanged();
+}
+
+void MprisPlayers::askForPosition(const std::string& owner) {
+    BusCall call = connection_.newCall(propertiesMethod(owner, "Get"));
+    call.append(playerInterface).append("Position");
+    calls_[owner].askingForPosition =
+        connection_.call(call, positionTimeLimit, [this, owner](const BusIncoming& reply) {
+            if (!roster_.contains(owner)) return;
+            calls_[owner].askingForPosition = false;
+            const auto answer = valueOf(owner, reply);
+            roster_.setPosition(owner, answer ? secondsFromMicroseconds(*answer) : std::nullopt);
+            if (roster_.currentOwner() == owner) untold_.information = true;
+            rosterChanged();
+        });
 }
 
 // What a reader is told
 
-std::optional<std::int32_t> MprisPlayers::currentProcessIdentifier() const {
-    const auto* player = roster_.find(roster_.currentOwner());
-    return player != nullptr ? std::optional(player->processIdentifier) : std::nullopt;
+void MprisPlayers::look() {
+    const std::string current = roster_.currentOwner();
+    const auto now = std::chrono::steady_clock::now();
+    for (const std::string& owner : current.empty() ? roster_.owners() : std::vector{current}) {
+        if (now - calls_[owner].propertiesAsked >= propertiesLifetime) askForProperties(owner);
+    }
 }
 
-void MprisPlayers::readCurrent(const ReadCallback& onRead) {
+void MprisPlayers::noteInformation() {
+    untold_.information = true;
+    rosterChanged();
+}
+
+/// The position of the current player, where what is counted begins with a guess.
+void MprisPlayers::askWhatIsMissing() {
     const std::string owner = roster_.currentOwner();
     const auto* player = roster_.find(owner);
-    if (player == nullptr) {
-        onRead(nullptr, std::nullopt);
-        return;
-    }
-    Calls& calls = calls_[owner];
-    if (!calls.isSilent && calls.positions < maximumPositionCalls && askForPosition(owner, onRead)) return;
-    onRead(player, std::nullopt);
-    // Asked for nobody, to notice when it answers again.
-    if (calls.isSilent && calls.positions == 0) askForPosition(owner, nullptr);
-}
-
-/// One question, whose answer holds the position.
-bool MprisPlayers::askForPosition(const std::string& owner, ReadCallback onRead) {
-    Calls& calls = calls_[owner];
-    const auto now = std::chrono::steady_clock::now();
-    const Asked asked =
-        now - calls.propertiesAsked < propertiesLifetime ? Asked::position : Asked::everything;
-    BusCall call = connection_.newCall(propertiesMethod(owner, asked == Asked::position ? "Get" : "GetAll"));
-    call.append(playerInterface);
-    if (asked == Asked::position) call.append("Position");
-    auto onReply = [this, owner, asked, onRead = std::move(onRead)](const BusIncoming& reply) {
-        takePosition(owner, asked, reply, onRead);
-    };
-    if (!connection_.call(call, positionTimeLimit, std::move(onReply))) return false;
-    if (asked == Asked::everything) calls.propertiesAsked = now;
-    ++calls.positions;
-    return true;
-}
-
-void MprisPlayers::takePosition(const std::string& owner, Asked asked, const BusIncoming& reply,
-                                const ReadCallback& onRead) {
-    std::optional<double> seconds;
-    if (roster_.contains(owner)) {
-        Calls& calls = calls_[owner];
-        calls.positions = std::max(0, calls.positions - 1);  // a player may leave and return meanwhile
-        calls.isSilent = reply.errorName() == "org.freedesktop.DBus.Error.NoReply";
-        const auto answer = valueOf(owner, reply).value_or(BusValue());
-        if (asked == Asked::everything) roster_.updateProperties(owner, answer);
-        const BusValue* position = asked == Asked::everything ? answer.find("Position") : &answer;
-        if (position != nullptr) seconds = secondsFromMicroseconds(*position);
-    }
-    if (onRead) onRead(roster_.find(owner), seconds);
-    rosterChanged();
+    if (player == nullptr || !player->isPositionWanted || player->isSilent) return;
+    const Calls& calls = calls_[owner];
+    if (!calls.askingForPosition && !calls.askingForProperties) askForPosition(owner);
 }
 
 /// What a player answered; absent when it did not. A player that is no longer there, of whose end no signal
@@ -231,12 +244,21 @@ std::optional<BusValue> MprisPlayers::valueOf(const std::string& owner, const Bu
     return std::nullopt;
 }
 
+void MprisPlayers::tellCurrent() {
+    std::optional<CurrentPlayer> current;
+    if (const auto* player = roster_.find(roster_.currentOwner())) {
+        current = CurrentPlayer{player->processIdentifier, player->identity, player->properties.track,
+                                player->playbackRate(), player->clock};
+    }
+    if (current == told_) return;
+    told_ = std::move(current);
+    onCurrent_(told_);
+}
+
 void MprisPlayers::rosterChanged() {
     std::erase_if(calls_, [this](const auto& entry) { return !roster_.contains(entry.first); });
-    if (const auto process = currentProcessIdentifier(); process != toldProcess_) {
-        toldProcess_ = process;
-        onCurrent_(process);
-    }
+    askWhatIsMissing();
+    tellCurrent();
     untold_ = untold_ | roster_.takeChanges();
     if (!untold_.any() || tellLater_.running()) return;
     const auto sinceLast = std::chrono::steady_clock::now() - lastTold_;

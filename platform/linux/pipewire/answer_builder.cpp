@@ -138,6 +138,7 @@ class AnswerBuilder {
         for (Routes::Path& serials : routes_.pathsFrom(serial)) {
             PlayingPath path{{}, application};
             for (const std::uint64_t each : serials) path.nodes.push_back(&graph_.nodes.at(each));
+            paths_.push_back(path);
             playing_.push_back({serial, std::move(serials), std::move(path)});
         }
     }
@@ -302,13 +303,12 @@ class AnswerBuilder {
             addElsewhere(work, node);
             return work;
         }
-        std::vector<PlayingPath> all;
-        for (const Playing& each : playing_) all.push_back(each.path);
+        work.streamFormat = formatOf(first->path);
         for (const Playing& each : playing_) {
             if (each.stream != first->stream || !each.passes(serial)) continue;
             const auto physical = physicalFormat(each.serials.back());
             if (physical && isFedUnchanged(*physical)) continue;
-            addOnce(work.alterations, alterationsOnPath(each.path, all, graph_));
+            addOnce(work.alterations, alterationsOnPath(each.path, paths_, graph_));
         }
         return work;
     }
@@ -316,8 +316,17 @@ class AnswerBuilder {
     void addElsewhere(MixerWork& work, const NodeRecord& node) const {
         if (playing_.empty()) return;
         const Playing& other = playing_.front();
+        work.streamFormat = formatOf(other.path);
         work.alterations.push_back(alteration::Elsewhere{
             other.path.application, nameOf(other.path.nodes.back()->properties), nameOf(node.properties)});
+    }
+
+    static std::optional<AudioFormat> formatOf(const PlayingPath& path) {
+        const auto& format = path.nodes.front()->format;
+        if (!format) return std::nullopt;
+        const StreamDescription stream = streamDescription(*format);
+        return AudioFormat{stream.sampleRate, stream.bitsPerChannel, stream.channelsPerFrame,
+                           stream.formatFlags, stream.formatID};
     }
 
     // Clocks
@@ -365,7 +374,8 @@ class AnswerBuilder {
     ObjectIDs& ids_;
     const Routes routes_{graph_};
     std::vector<ProcessAnswers> processes_;
-    std::vector<Playing> playing_;  // in the order of the processes
+    std::vector<Playing> playing_;    // in the order of the processes
+    std::vector<PlayingPath> paths_;  // the same paths
 };
 
 }  // namespace

@@ -2,9 +2,12 @@
 
 #include <pthread.h>
 
+#include <algorithm>
+#include <chrono>
 #include <string>
 #include <utility>
 
+#include "audio/process_audio.h"
 #include "platform/linux/dbus/bus_address.h"
 #include "platform/linux/storage/json_user_defaults.h"
 #include "platform/linux/system/directories.h"
@@ -17,6 +20,11 @@ namespace {
 // As many as there are queues whose work may hang: the log's and the snapshot's disk, the monitors'
 // notifications.
 constexpr std::size_t workerThreads = 4;
+
+// As many as there are queues for files of other programs: preferences, played files, applications. The disk
+// of any may hang without end, and the program ends all the same.
+constexpr std::size_t foreignFileThreads = 3;
+constexpr std::chrono::milliseconds longestFarewell{1000};
 
 void nameWorkerThread() {
     pthread_setname_np(pthread_self(), "purlock-worker");
@@ -36,17 +44,38 @@ LinuxHost::LinuxHost(std::string sessionBus)
     : sessionBus_(std::move(sessionBus)),
       files_(dataDirectory()),
       queues_(workerThreads, nameWorkerThread),
+      foreignFiles_(foreignFileThreads, nameWorkerThread),
+      preferences_(foreignFiles_.makeSerialQueue(queueLabel(".purlock.preferences"))),
       notificationCenter_(mainLoop_),
-      players_(busThread_, sessionBus_, notificationCenter_),
-      accessibility_(busThread_, sessionBus_),
+      playedFiles_(foreignFiles_.makeSerialQueue(queueLabel(".purlock.playedfile"))),
+      players_(busThread_, sessionBus_, notificationCenter_, playedFiles_),
+      accessibility_(busThread_, sessionBus_, [this] { return soundRuns(); }),
       bluetooth_(busThread_, systemBusAddress()),
-      applications_(queues_.makeSerialQueue(queueLabel(".purlock.applications"))),
-      hardware_(applications_),
-      statusBar_(mainLoop_, busThread_, sessionBus_) {}
+      applications_(foreignFiles_.makeSerialQueue(queueLabel(".purlock.applications"))),
+      hardware_(applications_.searchingAtOnce()),
+      statusBar_(mainLoop_, busThread_, sessionBus_) {
+    followPlayers();
+}
+
+/// A badge changes with what plays.
+void LinuxHost::followPlayers() {
+    for (const char* name : {"kMRMediaRemoteNowPlayingInfoDidChangeNotification",
+                             "kMRMediaRemoteNowPlayingApplicationDidChangeNotification",
+                             "kMRMediaRemoteNowPlayingApplicationIsPlayingDidChangeNotification"}) {
+        playerChanges_.push_back(
+            notificationCenter_.addObserverForName(name, [this] { accessibility_.noteChange(); }));
+    }
+}
+
+bool LinuxHost::soundRuns() {
+    return std::ranges::any_of(ProcessAudio::audioProcesses(hardware_),
+                               &ProcessAudio::RawProcess::isRunningOutput);
+}
 
 LinuxHost::~LinuxHost() {
     // A refresh that is under way on a queue still asks the services.
     queues_.finish();
+    foreignFiles_.finishWithin(longestFarewell);
 }
 
 void LinuxHost::provideSharedServices() {
@@ -66,12 +95,12 @@ void LinuxHost::listenToStarts(std::function<void()> onActivate) {
 AppDelegateSeams LinuxHost::seams() {
     return {.mainLoop = mainLoop_,
             .audio = {hardware_, usb_, bluetooth_, applications_, operatingSystem_, mainLoop_, queues_},
-            .nowPlaying = {mainLoop_, mainQueues_, operatingSystem_, applications_, players_,
+            .nowPlaying = {mainLoop_, mainQueues_, operatingSystem_, playerApplications_, players_,
                            notificationCenter_},
             .coordinator = {mainLoop_,
                             clock_,
-                            {hardware_, applications_, operatingSystem_},
-                            {fileSystem_, propertyLists_, applications_, accessibility_},
+                            {hardware_, playerApplications_, operatingSystem_},
+                            {preferences_, preferences_, applications_, accessibility_},
                             linuxWords()},
             .windows = {application_, statusBar_, panels_, outsideClicks_, workspace_, accessibilityPrompt_,
                         &clipboard_}};

@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "base/clock.h"
 #include "base/run_loop_queues.h"
@@ -19,9 +20,10 @@
 #include "platform/linux/desktop/qt_run_loop.h"
 #include "platform/linux/nowplaying/main_notification_center.h"
 #include "platform/linux/nowplaying/mpris_framework.h"
+#include "platform/linux/nowplaying/player_applications.h"
 #include "platform/linux/pipewire/pipewire_hardware.h"
-#include "platform/linux/propertylist/posix_file_system.h"
-#include "platform/linux/propertylist/property_list_file_reader.h"
+#include "platform/linux/playedfile/played_files.h"
+#include "platform/linux/propertylist/preference_files.h"
 #include "platform/linux/storage/disk_application_files.h"
 #include "platform/linux/system/host_operating_system.h"
 #include "platform/linux/tray/tray_status_bar.h"
@@ -65,23 +67,28 @@ class LinuxHost {
     void listenToStarts(std::function<void()> onActivate);
 
   private:
+    void followPlayers();
+    bool soundRuns();
+
     const std::string sessionBus_;
     QtRunLoop mainLoop_;
     RunLoopQueues mainQueues_{mainLoop_};
     SystemClock clock_;
     HostOperatingSystem operatingSystem_;
     DiskApplicationFiles files_;
-    PosixFileSystem fileSystem_;
-    PropertyListFileReader propertyLists_;
     WorkerPool queues_;
+    WorkerPool foreignFiles_;  // for what may hang: files of other programs
+    PreferenceFiles preferences_;
     BusThread busThread_;
     MainNotificationCenter notificationCenter_;
+    PlayedFiles playedFiles_;
     MprisFrameworkLoader players_;
     AtSpiTree accessibility_;
     EnableAccessibility accessibilityPrompt_{accessibility_};
     BlueZStack bluetooth_;
     SysfsUsbRegistry usb_;
     DesktopApplications applications_;
+    PlayerApplications playerApplications_{applications_, players_};
     PipeWireHardware hardware_;
     QtApplication application_;
     QtWorkspace workspace_;
@@ -90,6 +97,7 @@ class LinuxHost {
     TrayStatusBar statusBar_;
     QtPanelWindows panels_{[this] { return statusBar_.iconFrame(); }};
     std::unique_ptr<InstanceActivation> activation_;
+    std::vector<Cancellable> playerChanges_;
 };
 
 }  // namespace purlock::host_linux

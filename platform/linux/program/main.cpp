@@ -14,6 +14,7 @@
 #include "platform/linux/program/quit_signals.h"
 #include "platform/linux/storage/instance_lock.h"
 #include "platform/linux/system/directories.h"
+#include "platform/linux/system/unused_memory.h"
 
 namespace {
 
@@ -62,6 +63,7 @@ int run(const std::string& sessionBus) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    keepFreeMemorySmall();
     const InstanceLock lock(lockFile());
     if (lock.outcome() == InstanceLock::Outcome::heldByAnother) return activateTheOther();
     quietenToolkit();

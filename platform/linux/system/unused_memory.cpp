@@ -72,6 +72,12 @@ int giveBackSegments(dl_phdr_info* object, std::size_t /*size*/, void* pagemap) 
 
 }  // namespace
 
+void keepFreeMemorySmall() {
+    constexpr int largePiece = 256 * 1024;
+    mallopt(M_MMAP_THRESHOLD, largePiece);
+    mallopt(M_TRIM_THRESHOLD, largePiece);
+}
+
 void giveBackUnusedMemory() {
     malloc_trim(0);
     FileDescriptor pagemap(::open("/proc/self/pagemap", O_RDONLY | O_CLOEXEC));

@@ -10,4 +10,9 @@ namespace purlock::host_linux {
 /// memory, it leaves a program everything that it has ever touched. Takes a few milliseconds; any thread.
 void giveBackUnusedMemory();
 
+/// Has large pieces of memory go back to the system as soon as they are freed, and the end of the heap not
+/// grow beyond what is in use. The allocator would else learn from the first large message that more is to
+/// come, and keep what it took. Once, at the program's start.
+void keepFreeMemorySmall();
+
 }  // namespace purlock::host_linux

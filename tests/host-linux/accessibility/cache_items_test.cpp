@@ -44,13 +44,13 @@ const ItemRow itemRows[] = {
     {"NewForm",
      BusValue(List{reference("/a"), reference(root), reference("/p"), number(3), number(2), text,
                    BusValue("name"), number(29), BusValue("description"), visible}),
-     CacheItem{"/a", "/p", 3, {}, "name", "description", true, true, 2}},
+     CacheItem{"/a", "/p", 3, {}, "name", "description", true, true, 2, 29}},
     {"OldForm",
      BusValue(List{reference("/a"), reference(root), reference("/p"),
                    BusValue(List{reference("/c"), reference("/d", ":1.8"), reference("/e")}),
                    BusValue(List{}), BusValue("name"), number(29), BusValue("description"),
                    states(std::int64_t{1} << 25)}),
-     CacheItem{"/a", "/p", 0, {"/c", "/e"}, "name", "description", false, true}},
+     CacheItem{"/a", "/p", 0, {"/c", "/e"}, "name", "description", false, true, 0, 29}},
     {"Hidden",
      BusValue(List{reference("/a"), reference(root), reference("/p"), number(0), number(0), BusValue(List{}),
                    BusValue(""), number(0), BusValue(""), states(5)}),
@@ -131,9 +131,9 @@ const TreeRow treeRows[] = {
     {"HiddenWindowsAreLeftOut",
      {item(root, "", 0, "app"), {"/a", root, 0, {}, "a", "", false, false}, item("/b", root, 1, "b")},
      "app(b)"},
-    {"HiddenElementsWithinAWindowStay",
+    {"HiddenElementsWithinAWindowArePassedOver",
      {item(root, "", 0, "app"), item("/w", root, 0, "w"), {"/a", "/w", 0, {}, "a", "", false, false}},
-     "app(w(a))"},
+     "app(w)"},
     {"AnElementThatIsItsOwnParent",
      {item(root, root, 0, "app"), item("/a", root, 0, "a"), item("/b", "/b", 0, "b")},
      "app(a)"},
@@ -153,6 +153,16 @@ const TreeRow treeRows[] = {
     {"TheSameItemTwice",
      {item(root, "", 0, "app"), item("/a", root, 0, "first"), item("/a", root, 1, "second")},
      "app(first)"},
+    {"AClosedMenuIsPassedOverWithItsEntries",
+     {item(root, "", 0, "app"),
+      item("/combo", root, 0, "combo"),
+      {"/menu", "/combo", 0, {}, "menu", "", false, false},
+      item("/normal", "/menu", 0, "normal"),
+      item("/high", "/combo", 1, "high")},
+     "app(combo(high))"},
+    {"WhatIsNotOnTheScreenNeedNotBeWhole",
+     {item(root, "", 0, "app"), {"/w", root, 0, {}, "w", "", false, false, 7}, item("/a", root, 1, "a")},
+     "app(a)"},
     {"AnElementWithoutAllOfItsChildren",
      {item(root, "", 0, "app"), {"/w", root, 0, {}, "w", "", false, true, 2}, item("/a", "/w", 0, "a")},
      ""},
@@ -190,12 +200,21 @@ TEST(CachedTree, KeepsItsBounds) {
     EXPECT_EQ(tree->snapshot.nodes[5].title, std::nullopt);  // 3 + 3 * 10 bytes are spent
 }
 
-TEST(CachedTree, ListsTheElementsWithTextButWithoutAName) {
+TEST(CachedTree, ListsTheElementsWhoseContentCounts) {
+    constexpr int label = 29;
+    constexpr int password = 40;
+    constexpr int entry = 79;
+    const auto element = [](const char* path, int index, const char* name, bool hasText, int role) {
+        return CacheItem{path, root, index, {}, name, "", hasText, true, 0, role};
+    };
     const std::vector<CacheItem> items{item(root, "", 0, "app"),
-                                       {"/a", root, 0, {}, "", "", true, true},
-                                       {"/b", root, 1, {}, "named", "", true, true},
-                                       {"/c", root, 2, {}, "", "", false, true}};
-    EXPECT_EQ(buildTree(items, {})->textElements, (std::vector<TextElement>{{1, "/a"}}));
+                                       element("/a", 0, "", true, label),
+                                       element("/b", 1, "named", true, label),
+                                       element("/c", 2, "", false, label),
+                                       element("/d", 3, "named", true, entry),
+                                       element("/e", 4, "", true, password),
+                                       element("/f", 5, "named", false, entry)};
+    EXPECT_EQ(buildTree(items, {})->textElements, (std::vector<TextElement>{{1, "/a"}, {4, "/d"}}));
 }
 
 }  // namespace

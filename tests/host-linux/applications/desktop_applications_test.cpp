@@ -43,6 +43,8 @@ class DesktopApplicationsTest : public ::testing::Test {
         }
         if (!process.flatpak.empty()) {
             machine_.write(folder + "root/.flatpak-info", "[Application]\nname=" + process.flatpak + "\n");
+            std::filesystem::create_directories(machine_.path() / (folder + "ns"));
+            std::filesystem::create_symlink("mnt:[4026531999]", machine_.path() / (folder + "ns/mnt"));
         }
     }
 
@@ -71,6 +73,18 @@ class DesktopApplicationsTest : public ::testing::Test {
         return applications().runningApplicationWithProcessIdentifier(pid);
     }
 
+    /// What is known once the queue has done what the question asked for.
+    std::optional<RunningApplication> later(std::int32_t pid) {
+        of(pid);
+        queue_->run();
+        return of(pid);
+    }
+    Applications instancesLater(std::string_view bundleID) {
+        applications().runningApplicationsWithBundleIdentifier(bundleID);
+        queue_->run();
+        return applications().runningApplicationsWithBundleIdentifier(bundleID);
+    }
+
     static std::optional<RunningApplication> application(std::int32_t pid, const char* id, const char* name) {
         return RunningApplication{pid, id, name != nullptr ? std::optional<std::string>(name) : std::nullopt};
     }
@@ -83,11 +97,30 @@ class DesktopApplicationsTest : public ::testing::Test {
     std::unique_ptr<DesktopApplications> applications_;
 };
 
-TEST_F(DesktopApplicationsTest, TheSandboxNamesAProcessBeforeItsControlGroup) {
+TEST_F(DesktopApplicationsTest, TheControlGroupNamesAProcessBeforeItsSandbox) {
     addDesktopFile("usr/applications/com.spotify.Client.desktop", "Spotify",
                    "flatpak run com.spotify.Client");
-    add({.pid = 10, .unit = "app-flatpak-org.other.App-1.scope", .flatpak = "com.spotify.Client"});
+    add({.pid = 10, .unit = "app-flatpak-com.spotify.Client-1.scope", .flatpak = "org.other.App"});
     EXPECT_EQ(of(10), application(10, "com.spotify.client", "Spotify"));
+    EXPECT_EQ(queue_->run(), 1U) << "the desktop files' folders; nobody looks into the sandbox";
+}
+
+TEST_F(DesktopApplicationsTest, TheSandboxNamesAProcessBeforeItsProgramOnceItWasReadOnTheQueue) {
+    addDesktopFile("usr/applications/com.spotify.Client.desktop", "Spotify",
+                   "flatpak run com.spotify.Client");
+    addDesktopFile("usr/applications/mpv.desktop", "mpv", "mpv");
+    add({.pid = 10, .program = "/usr/bin/mpv", .flatpak = "com.spotify.Client"});
+    EXPECT_EQ(of(10), application(10, "mpv", "mpv"));
+    EXPECT_EQ(later(10), application(10, "com.spotify.client", "Spotify"));
+}
+
+/// A process may make anything its root; only one with mounts of its own can be a sandbox.
+TEST_F(DesktopApplicationsTest, AProcessWithTheSameMountsIsNotAskedForASandbox) {
+    addDesktopFile("usr/applications/mpv.desktop", "mpv", "mpv");
+    add({.pid = 10, .program = "/usr/bin/mpv", .flatpak = "com.spotify.Client"});
+    std::filesystem::create_directories(machine_.path() / "proc/self/ns");
+    std::filesystem::create_symlink("mnt:[4026531999]", machine_.path() / "proc/self/ns/mnt");
+    EXPECT_EQ(later(10), application(10, "mpv", "mpv"));
 }
 
 TEST_F(DesktopApplicationsTest, TheControlGroupNamesAProcessBeforeItsProgram) {
@@ -154,6 +187,63 @@ TEST_F(DesktopApplicationsTest, AScriptIsFoundByItsName) {
     EXPECT_EQ(of(11), std::nullopt);
 }
 
+/// Debian's package of the interpreter has a desktop file of its own, which names the very program that every
+/// such player runs.
+TEST_F(DesktopApplicationsTest, TheScriptIsAskedBeforeItsInterpreter) {
+    addDesktopFile("usr/applications/python3.11.desktop", "Python (v3.11)", "/usr/bin/python3.11",
+                   "NoDisplay=true\n");
+    addDesktopFile("usr/applications/python3.desktop", "Python", "/usr/bin/python3.11");
+    addDesktopFile("usr/applications/org.gnome.Lollypop.desktop", "Lollypop", "lollypop %U");
+    const auto commandLine = [](std::initializer_list<std::string> words) {
+        std::string text;
+        for (const std::string& word : words) text += word + '\0';
+        return text;
+    };
+    add({.pid = 10,
+         .program = "/usr/bin/python3.11",
+         .commandLine = commandLine({"python3", "-W", "ignore", "/usr/bin/lollypop", "-e"})});
+    add({.pid = 11,
+         .program = "/usr/bin/python3.11",
+         .commandLine = commandLine({"python3", "-m", "lollypop"})});
+    add({.pid = 12,
+         .program = "/usr/bin/python3.11",
+         .commandLine = commandLine({"python3", "-c", "lollypop"})});
+    add({.pid = 13,
+         .program = "/usr/bin/python3.11",
+         .commandLine = commandLine({"python3", "/opt/other.py"})});
+    EXPECT_EQ(of(10), application(10, "org.gnome.Lollypop", "Lollypop"));
+    EXPECT_EQ(of(11), application(11, "org.gnome.Lollypop", "Lollypop"));
+    EXPECT_EQ(of(12), std::nullopt);
+    EXPECT_EQ(of(13), std::nullopt);
+}
+
+TEST_F(DesktopApplicationsTest, AnIndexKnowsNoLauncher) {
+    addDesktopFile("usr/applications/python3.desktop", "Python", "/usr/bin/python3.11");
+    addDesktopFile("usr/applications/electron.desktop", "Electron", "electron29 %u");
+    addDesktopFile("usr/applications/player.desktop", "Player", "player3.11");
+    const DesktopIndex index = DesktopIndex::read({(machine_.path() / "usr").string()}, {});
+    EXPECT_EQ(index.idOfExecutable("/usr/bin/python3.11"), std::nullopt);
+    EXPECT_EQ(index.idOfExecutable("electron29"), std::nullopt);
+    EXPECT_FALSE(index.isHelper("/usr/bin/python3.11"));
+    EXPECT_EQ(index.idOfExecutable("/usr/bin/player3.11"), "player");
+}
+
+TEST_F(DesktopApplicationsTest, AnEntryThatNoMenuShowsNamesNoProgram) {
+    addDesktopFile("usr/applications/helper.desktop", "Helper", "/usr/lib/helper", "NoDisplay=true\n");
+    add({.pid = 10, .program = "/usr/lib/helper"});
+    EXPECT_EQ(of(10), std::nullopt);
+}
+
+TEST_F(DesktopApplicationsTest, FoldersThatLeadToThemselvesAreReadOnce) {
+    addDesktopFile("usr/applications/player.desktop", "Player", "player");
+    for (int i = 0; i < 12; ++i)
+        std::filesystem::create_symlink(".", machine_.path() / "usr/applications" / std::to_string(i));
+    add({.pid = 10, .program = "/usr/bin/player"});
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(of(10), application(10, "player", "Player"));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
+}
+
 TEST_F(DesktopApplicationsTest, ALauncherNamesNoProgram) {
     addDesktopFile("usr/applications/org.gnome.Music.desktop", "Music",
                    "/usr/bin/flatpak run org.gnome.Music");
@@ -217,12 +307,10 @@ TEST_F(DesktopApplicationsTest, ANewDesktopFileIsNoticedByTheNextQuestion) {
     add({.pid = 10, .program = "/usr/bin/player"});
     std::filesystem::create_directories(machine_.path() / "usr/applications");
     EXPECT_EQ(of(10), std::nullopt);
-    EXPECT_EQ(queue_->run(), 0U);  // nothing has changed, so nothing is read
     addDesktopFile("usr/applications/player.desktop", "Player", "player");
-    EXPECT_EQ(of(10), std::nullopt);  // asks for the files to be read, and does not wait
+    EXPECT_EQ(of(10), std::nullopt);  // the folders are looked at elsewhere, and nobody waits
     EXPECT_EQ(queue_->run(), 1U);
     EXPECT_EQ(of(10), application(10, "player", "Player"));
-    EXPECT_EQ(queue_->run(), 0U);
 }
 
 TEST_F(DesktopApplicationsTest, InstancesComeInTheOrderOfTheirStartEachOnce) {
@@ -238,9 +326,32 @@ TEST_F(DesktopApplicationsTest, InstancesComeInTheOrderOfTheirStartEachOnce) {
     add({.pid = 40, .parent = 2, .startTime = 300, .program = "/usr/bin/mpv"});
     const Applications expected{*application(30, "com.spotify.client", "Spotify"),
                                 *application(10, "com.spotify.client", "Spotify")};
-    EXPECT_EQ(applications().runningApplicationsWithBundleIdentifier("com.spotify.client"), expected);
-    EXPECT_EQ(applications().runningApplicationsWithBundleIdentifier("com.spotify.Client"), Applications{});
-    EXPECT_EQ(applications().runningApplicationsWithBundleIdentifier(""), Applications{});
+    EXPECT_EQ(applications().runningApplicationsWithBundleIdentifier("com.spotify.client"), Applications{});
+    EXPECT_EQ(instancesLater("com.spotify.client"), expected);
+    EXPECT_EQ(instancesLater("com.spotify.Client"), Applications{});
+    EXPECT_EQ(instancesLater(""), Applications{});
+    EXPECT_EQ(applications().searchingAtOnce().runningApplicationsWithBundleIdentifier("com.spotify.client"),
+              expected);
+
+    std::filesystem::remove_all(machine_.path() / "proc/30");
+    EXPECT_EQ(applications().runningApplicationsWithBundleIdentifier("com.spotify.client"),
+              Applications{expected.back()});
+}
+
+TEST_F(DesktopApplicationsTest, AQuestionForInstancesLooksAtNoOtherProcess) {
+    addDesktopFile("usr/applications/player.desktop", "Player", "player");
+    constexpr int processes = 3000;
+    for (int pid = 1000; pid < 1000 + processes; ++pid)
+        std::filesystem::create_directories(machine_.path() / "proc" / std::to_string(pid));
+    add({.pid = 10, .program = "/usr/bin/player"});
+    const auto ask = [&] { return applications().runningApplicationsWithBundleIdentifier("player"); };
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(ask(), Applications{});
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(5));
+    queue_->run();
+    const auto again = std::chrono::steady_clock::now();
+    EXPECT_EQ(ask(), Applications{*application(10, "player", "Player")});
+    EXPECT_LT(std::chrono::steady_clock::now() - again, std::chrono::milliseconds(5));
 }
 
 TEST_F(DesktopApplicationsTest, AProcessThatIsNotThereHasNoApplication) {
@@ -259,6 +370,24 @@ TEST_F(DesktopApplicationsTest, MayEndBeforeTheFilesAreRead) {
     EXPECT_EQ(early->runningApplicationWithProcessIdentifier(1 << 30), std::nullopt);
     early.reset();
     EXPECT_EQ(queue_->run(), 1U);
+}
+
+TEST(DesktopApplicationsOfThisMachine, NoDesktopFileNamesAnInterpreter) {
+    const DesktopIndex index = DesktopIndex::read(desktopDataFolders(), {});
+    int interpreters = 0;
+    for (const char* folder : {"/usr/bin", "/bin", "/usr/local/bin"}) {
+        std::error_code error;
+        for (const auto& file : std::filesystem::directory_iterator(folder, error)) {
+            const std::string path = file.path().string();
+            const std::string name = file.path().filename().string();
+            if (!name.starts_with("python3") && name != "bash" && name != "sh" && !name.starts_with("perl"))
+                continue;
+            ++interpreters;
+            EXPECT_EQ(index.idOfExecutable(path), std::nullopt) << path;
+            EXPECT_EQ(index.idOfExecutable(name), std::nullopt) << name;
+        }
+    }
+    EXPECT_GT(interpreters, 2);
 }
 
 TEST(DesktopApplicationsOfThisMachine, KnowTheirOwnProcessAndAnswerQuickly) {

@@ -298,5 +298,25 @@ TEST_F(BusConnectionTest, AnIdleConnectionWakesNobody) {
     EXPECT_LE(watched, asking);
 }
 
+TEST(BusAddress, OnlySocketsOfThisMachineAreSockets) {
+    struct Case {
+        const char* address;
+        bool isSocket;
+    };
+    constexpr Case cases[] = {
+        {"unix:path=/run/bus", true},
+        {"unix:abstract=x,guid=7", true},
+        {"unix:path=/a;unix:path=/b", true},
+        {"unix:path=/a;tcp:host=127.0.0.1", false},
+        {"tcp:host=127.0.0.1", false},
+        {"unixexec:path=/usr/bin/touch,argv1=/tmp/x", false},
+        {"unix:path=/a;unixexec:path=/usr/bin/touch", false},
+        {"unix:path=/a;", false},
+        {"x-machine-unix:machine=.host", false},
+        {"", false},
+    };
+    for (const Case& row : cases) EXPECT_EQ(isSocketAddress(row.address), row.isSocket) << row.address;
+}
+
 }  // namespace
 }  // namespace purlock::host_linux

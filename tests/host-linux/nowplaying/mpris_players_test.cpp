@@ -8,9 +8,12 @@
 #include <string>
 
 #include "platform/linux/dbus/bus_address.h"
+#include "platform/linux/nowplaying/player_roster.h"
 #include "tests/host-linux/nowplaying/now_playing_session.h"
 #include "tests/host-linux/nowplaying/scripted_player.h"
+#include "tests/support/manual_queues.h"
 #include "tests/support/private_bus.h"
+#include "tests/support/wait_until.h"
 
 namespace purlock::host_linux {
 namespace {
@@ -25,6 +28,19 @@ const ScriptedPlayer::Track next{"Next", {"Singer"}, "Record", 60'000'000};
 
 std::string titleOf(const NowPlayingSession& session) {
     return session.info() ? session.info()->title.value_or("") : "nothing";
+}
+
+/// What is published, without the position, which runs while a player plays.
+NowPlayingInfo still(const NowPlayingSession& session) {
+    NowPlayingInfo info = session.info().value_or(NowPlayingInfo{});
+    info.elapsedSeconds.reset();
+    return info;
+}
+
+/// Whether a position that was this one at some moment of the test is shown.
+bool showsAbout(const NowPlayingSession& session, double seconds) {
+    const double shown = session.info() ? session.info()->elapsedSeconds.value_or(-1) : -1;
+    return shown >= seconds && shown < seconds + 5;
 }
 
 /// A session with one player that plays `song`.
@@ -57,8 +73,10 @@ TEST(MprisPlayers, WithoutAPlayerNothingPlays) {
 TEST(MprisPlayers, TellsAllOfAPlayerThatIsThereAlready) {
     OnePlayer one;
     ASSERT_TRUE(one.showsSong());
-    EXPECT_EQ(one.session->info(), (NowPlayingInfo{"Song", "Singer, Choir", "Record", "com.example.test",
-                                                   "Test", true, 30.25, 180.5}));
+    EXPECT_EQ(
+        still(*one.session),
+        (NowPlayingInfo{"Song", "Singer, Choir", "Record", "com.example.test", "Test", true, {}, 180.5}));
+    EXPECT_TRUE(showsAbout(*one.session, 30.25));
 }
 
 TEST(MprisPlayers, NoticesAPlayerThatComesAndGoes) {
@@ -66,8 +84,12 @@ TEST(MprisPlayers, NoticesAPlayerThatComesAndGoes) {
     NowPlayingSession session(bus.address());
     {
         ScriptedPlayer player(bus.address(), {"scripted"});
+        EXPECT_TRUE(session.turnUntil([&] { return player.propertiesAsked() > 0; }));
+        session.turnFor(200ms);
+        EXPECT_EQ(session.info(), std::nullopt) << "it is merely open";
+        player.tellStatus("Paused");
         EXPECT_TRUE(session.turnUntil([&] { return session.info().has_value(); }));
-        EXPECT_EQ(session.info(), (NowPlayingInfo{{}, {}, {}, "com.example.test", "Test", false, 0.0, {}}));
+        EXPECT_EQ(still(session), (NowPlayingInfo{{}, {}, {}, "com.example.test", "Test", false, {}, {}}));
         player.tellTrack(song);
         EXPECT_TRUE(session.turnUntil([&] { return titleOf(session) == "Song"; }));
     }
@@ -85,23 +107,49 @@ TEST(MprisPlayers, FollowsPauseTrackAndSeekWithoutBeingAsked) {
     EXPECT_TRUE(one.session->turnUntil([&] { return titleOf(*one.session) == "Next"; }));
     EXPECT_EQ(one.session->info()->durationSeconds, 60.0);
     one.player.tellSeeked(12'000'000);
-    EXPECT_TRUE(one.session->turnUntil([&] { return one.session->info()->elapsedSeconds == 12.0; }));
+    EXPECT_TRUE(one.session->turnUntil([&] { return showsAbout(*one.session, 12); }));
 }
 
-TEST(MprisPlayers, AFetchAsksForThePositionAndForNothingElse) {
+TEST(MprisPlayers, AFetchAsksThePlayerNothing) {
     OnePlayer one;
     ASSERT_TRUE(one.showsSong());
     one.session->turnFor(200ms);
-    const int properties = one.player.propertiesAsked();
-    EXPECT_EQ(properties, 1);
-    for (int second = 1; second <= 5; ++second) {
-        const int positions = one.player.positionsAsked();
-        one.player.setPosition(second * 1'000'000);
+    EXPECT_EQ(one.player.propertiesAsked(), 1);
+    const int positions = one.player.positionsAsked();
+    for (int fetch = 0; fetch < 5; ++fetch) {
+        const double before = *one.session->info()->elapsedSeconds;
         one.session->refresh();
-        EXPECT_TRUE(one.session->turnUntil([&] { return one.session->info()->elapsedSeconds == second; }));
-        EXPECT_EQ(one.player.positionsAsked(), positions + 1);
+        EXPECT_TRUE(one.session->turnUntil([&] { return *one.session->info()->elapsedSeconds > before; }));
     }
-    EXPECT_EQ(one.player.propertiesAsked(), properties);
+    EXPECT_TRUE(showsAbout(*one.session, 30.25));
+    EXPECT_EQ(one.player.positionsAsked(), positions);
+    EXPECT_EQ(one.player.propertiesAsked(), 1);
+}
+
+TEST(MprisPlayers, AsksForThePositionWhereATrackOrAStateBegins) {
+    OnePlayer one;
+    ASSERT_TRUE(one.showsSong());
+    one.session->turnFor(200ms);
+    const int before = one.player.positionsAsked();
+    one.player.setPosition(1'000'000);
+    one.player.tellTrack(next);
+    EXPECT_TRUE(one.session->turnUntil(
+        [&] { return titleOf(*one.session) == "Next" && showsAbout(*one.session, 1); }));
+    one.player.setPosition(7'500'000);
+    one.player.tellStatus("Paused");
+    EXPECT_TRUE(one.session->turnUntil([&] { return one.session->info()->elapsedSeconds == 7.5; }));
+    EXPECT_EQ(one.player.positionsAsked(), before + 2);
+}
+
+TEST(MprisPlayers, ThePositionEndsWithTheTrack) {
+    OnePlayer one;
+    ASSERT_TRUE(one.showsSong());
+    one.player.tellSeeked(180'400'000);
+    EXPECT_TRUE(one.session->turnUntil([&] {
+        one.session->refresh();
+        one.session->turnFor(20ms);
+        return one.session->info()->elapsedSeconds == 180.5;
+    }));
 }
 
 TEST(MprisPlayers, AsksAgainForPropertiesThatAreNoLongerTrue) {
@@ -128,7 +176,6 @@ TEST(MprisPlayers, SeesInTheEndWhatNoSignalTold) {
         15s));
     EXPECT_GT(NowPlayingSession::Clock::now() - start, 5s);
     EXPECT_EQ(one.player.propertiesAsked(), 2);
-    EXPECT_EQ(one.session->info()->elapsedSeconds, 30.25);
 }
 
 TEST(MprisPlayers, OfTwoTheOneThatStartedLastIsCurrent) {
@@ -165,42 +212,144 @@ TEST(MprisPlayers, APeerWithTwoNamesIsAskedOnce) {
     EXPECT_EQ(player.propertiesAsked(), 1);
 }
 
-TEST(MprisPlayers, ASilentPlayerDelaysAReaderOnceAndIsHeardAgain) {
+TEST(MprisPlayers, ASilentPlayerDelaysNoReaderAndDoesNotPlayForEver) {
     OnePlayer one;
     ASSERT_TRUE(one.showsSong());
-    one.session->turnFor(200ms);
     one.player.answerPositionWith(nullptr);
-    const auto fetchTime = [&] {
+    one.player.answerPropertiesWith(nullptr);
+    const auto fetch = [&] {
         const int before = one.session->publications();
         const auto start = NowPlayingSession::Clock::now();
         one.session->refresh();
         EXPECT_TRUE(one.session->turnUntil([&] { return one.session->publications() > before; }));
-        return NowPlayingSession::Clock::now() - start;
+        EXPECT_LT(NowPlayingSession::Clock::now() - start, 200ms);
+        one.session->turnFor(100ms);
     };
-    const auto first = fetchTime();
-    EXPECT_GT(first, 400ms);
-    EXPECT_LT(first, 900ms);
+    EXPECT_TRUE(one.session->turnUntil(
+        [&] {
+            fetch();
+            return !one.session->info()->isPlaying;
+        },
+        20s));
     EXPECT_EQ(titleOf(*one.session), "Song");
-    EXPECT_EQ(one.session->info()->elapsedSeconds, std::nullopt);
-    for (int i = 0; i < 5; ++i) EXPECT_LT(fetchTime(), 200ms);
-
-    one.player.answerPositionWith(
-        [](sd_bus_message* reply) { sd_bus_message_append(reply, "v", "x", 7'000'000L); });
-    EXPECT_TRUE(one.session->turnUntil([&] {
-        fetchTime();
-        return one.session->info()->elapsedSeconds == 7.0;
-    }));
+    one.player.tellStatus("Playing");
+    EXPECT_TRUE(one.session->turnUntil([&] { return one.session->info()->isPlaying; }));
 }
 
-TEST(MprisPlayers, APlayerThatNeverTellsItsPropertiesIsOnlyAnApplication) {
+/// The process that is asked for from within a dictionary's block is that dictionary's, whoever has become
+/// current meanwhile: no title is ever published with another player's name.
+TEST(MprisFramework, ADictionaryAndItsProcessAreThoseOfOnePlayer) {
+    PrivateBus bus;
+    auto player = std::make_unique<ScriptedPlayer>(bus.address(), std::vector<std::string>{"scripted"});
+    player->setTrack(song);
+    player->setStatus("Playing");
+    test::ManualRunLoop loop;
+    BusThread thread;
+    MainNotificationCenter center(loop);
+    PlayedFiles files(std::make_shared<test::ManualSerialQueue>("files"));
+    MprisFrameworkLoader loader(thread, bus.address(), center, files);
+    const auto framework =
+        loader.openNowPlayingFramework("/System/Library/PrivateFrameworks/MediaRemote.framework");
+    const auto getInfo = framework->getInfoFunctionForName("MRMediaRemoteGetNowPlayingInfo");
+    const auto getPID = framework->getPIDFunctionForName("MRMediaRemoteGetNowPlayingApplicationPID");
+    const auto queue = std::make_shared<test::ManualSerialQueue>("framework");
+    const auto entries = [&] {
+        std::size_t count = 0;
+        getInfo(queue, [&](const NowPlayingDictionary& dictionary) { count = dictionary.size(); });
+        queue->run();
+        return count;
+    };
+    ASSERT_TRUE(test::waitUntil([&] { return entries() > 3; }));
+    std::int32_t pid = -1;
+    getInfo(queue, [&](const NowPlayingDictionary& dictionary) {
+        EXPECT_TRUE(dictionary.contains("kMRMediaRemoteNowPlayingInfoTitle"));
+        player.reset();
+        EXPECT_TRUE(test::waitUntil([&] { return entries() == 0; }));
+        getPID(queue, [&](std::int32_t answer) { pid = answer; });
+    });
+    queue->run();
+    EXPECT_EQ(pid, getpid());
+    getPID(queue, [&](std::int32_t answer) { pid = answer; });
+    queue->run();
+    EXPECT_EQ(pid, 0) << "asked by itself it is the current player's";
+}
+
+TEST(MprisPlayers, APlayerThatNeverTellsItsPropertiesIsNoSourceUntilItIsHeard) {
     PrivateBus bus;
     ScriptedPlayer player(bus.address(), {"scripted"});
     player.answerPropertiesWith(nullptr);
     player.answerPositionWith(nullptr);
     NowPlayingSession session(bus.address());
-    EXPECT_TRUE(session.turnUntil([&] { return session.info().has_value(); }));
-    EXPECT_EQ(session.info(), (NowPlayingInfo{{}, {}, {}, "com.example.test", "Test", false, {}, {}}));
+    EXPECT_TRUE(session.turnUntil([&] { return player.propertiesAsked() > 0; }));
+    session.turnFor(200ms);
+    EXPECT_EQ(session.info(), std::nullopt);
     player.tellTrack(song);  // what it tells unasked is heard
+    EXPECT_TRUE(session.turnUntil([&] { return titleOf(session) == "Song"; }));
+}
+
+TEST(MprisPlayers, TellsWhatThePlayerCallsItself) {
+    PrivateBus bus;
+    ScriptedPlayer player(bus.address(), {"scripted"});
+    player.setIdentity("C* Music Player", "cmus");
+    NowPlayingSession session(bus.address());
+    player.tellTrack(song);
+    EXPECT_TRUE(session.turnUntil([&] { return session.identityOf(getpid()).has_value(); }));
+    EXPECT_TRUE(session.turnUntil([&] {
+        return session.identityOf(getpid()) == PlayerIdentity{"C* Music Player", "cmus"};
+    }));
+    EXPECT_EQ(session.identityOf(1), std::nullopt);
+    EXPECT_EQ(session.identityOf(0), std::nullopt);
+}
+
+TEST(MprisPlayers, AFileWithoutTagsIsKnownByItsName) {
+    PrivateBus bus;
+    ScriptedPlayer player(bus.address(), {"scripted"});
+    NowPlayingSession session(bus.address());
+    player.tellTrack({"", {}, "", 0, "file:///music/A%20song.flac"});
+    EXPECT_TRUE(session.turnUntil([&] { return titleOf(session) == "A song.flac"; }));
+    player.tellTrack({"", {}, "", 0, "https://radio.example/stream"});
+    EXPECT_TRUE(session.turnUntil([&] { return titleOf(session).empty(); }));
+}
+
+/// Names without players behind them are no reason to miss one.
+TEST(MprisPlayers, APlayerAmongManyNamesIsSeenAndStaysSeenWhenTheyLeave) {
+    PrivateBus bus;
+    NowPlayingSession session(bus.address());
+    std::vector<std::unique_ptr<ScriptedPlayer>> crowd;
+    for (int i = 0; i < 70; ++i)
+        crowd.push_back(
+            std::make_unique<ScriptedPlayer>(bus.address(), std::vector{"crowd" + std::to_string(i)}));
+    ScriptedPlayer player(bus.address(), {"player"});
+    player.tellTrack(song);
+    player.tellStatus("Playing");
+    EXPECT_TRUE(session.turnUntil([&] { return titleOf(session) == "Song" && session.info()->isPlaying; }));
+    crowd.front()->tellTrack(next);  // it had to make room
+    crowd.front()->tellStatus("Playing");
+    EXPECT_TRUE(session.turnUntil([&] { return titleOf(session) == "Next"; }));
+    crowd.clear();
+    EXPECT_TRUE(session.turnUntil([&] { return titleOf(session) == "Song"; }));
+    player.tellStatus("Paused");
+    EXPECT_TRUE(session.turnUntil([&] { return !session.info()->isPlaying; }));
+}
+
+TEST(MprisPlayers, APlayerForWhichThereWasNoRoomIsSeenOnceThereIs) {
+    PrivateBus bus;
+    NowPlayingSession session(bus.address());
+    std::vector<std::unique_ptr<ScriptedPlayer>> crowd;
+    for (std::size_t i = 0; i < PlayerRoster::maximumPlayers; ++i) {
+        crowd.push_back(
+            std::make_unique<ScriptedPlayer>(bus.address(), std::vector{"crowd" + std::to_string(i)}));
+        crowd.back()->tellTrack(next);
+        crowd.back()->tellStatus("Playing");
+    }
+    EXPECT_TRUE(session.turnUntil([&] { return titleOf(session) == "Next"; }));
+    session.turnFor(500ms);  // until all of them have told that they play
+    ScriptedPlayer player(bus.address(), {"player"});
+    player.setTrack(song);
+    player.setStatus("Paused");
+    session.turnFor(300ms);
+    EXPECT_EQ(player.propertiesAsked(), 0);
+    crowd.clear();
     EXPECT_TRUE(session.turnUntil([&] { return titleOf(session) == "Song"; }));
 }
 
@@ -238,10 +387,9 @@ TEST(MprisPlayers, WrongTypesAreAsIfNothingWasSaid) {
         player.answerPropertiesWith(row.write);
         player.answerPositionWith(row.write);
         NowPlayingSession session(bus.address());
-        EXPECT_TRUE(
-            session.turnUntil([&] { return player.positionsAsked() > 0 && session.info().has_value(); }));
+        EXPECT_TRUE(session.turnUntil([&] { return player.propertiesAsked() > 0; }));
         session.turnFor(100ms);
-        EXPECT_EQ(session.info(), (NowPlayingInfo{{}, {}, {}, "com.example.test", "Test", false, {}, {}}));
+        EXPECT_EQ(session.info(), std::nullopt);
         player.tell(row.write);
         player.tellTrack(song);
         EXPECT_TRUE(session.turnUntil([&] { return titleOf(session) == "Song"; }));
@@ -258,7 +406,7 @@ TEST(MprisPlayers, SurvivesTheEndOfTheBusAndFindsItAgain) {
         ASSERT_TRUE(one.bus.start());
     }
     EXPECT_TRUE(one.showsSong());
-    EXPECT_EQ(one.session->info()->elapsedSeconds, 30.25);
+    EXPECT_TRUE(showsAbout(*one.session, 30.25));
 }
 
 TEST(MprisPlayers, FindsABusThatComesLater) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,7 +32,7 @@ class NowPlayingSession {
 
     /// With the desktop's own idea of the running applications, or with `applications` where there is none.
     NowPlayingSession(const std::string& busAddress, RunningApplications* desktop)
-        : loader_(thread_, busAddress, center_) {
+        : loader_(thread_, busAddress, center_, files_) {
         applications.setRunning({{getpid(), "com.example.test", "Test"}});
         RunningApplications& used = desktop != nullptr ? *desktop : applications;
         monitor_ = std::make_shared<NowPlayingMonitor>(
@@ -55,6 +56,13 @@ class NowPlayingSession {
     }
     int publications() const { return publications_; }
     void refresh() { monitor_->refresh(); }
+
+    std::optional<host_linux::PlayerIdentity> identityOf(std::int32_t process) const {
+        return loader_.identityOf(process);
+    }
+    Cancellable subscribe(std::function<void(const Info&)> observer) {
+        return monitor_->current().subscribe(std::move(observer));
+    }
 
     /// Turns the main loop until the condition holds; false when it does not in time.
     template <typename Condition>
@@ -98,9 +106,10 @@ class NowPlayingSession {
     ManualRunLoop loop_;
     host_linux::BusThread thread_;
     host_linux::MainNotificationCenter center_{loop_};
+    std::unique_ptr<WorkerPool> pool_ = std::make_unique<WorkerPool>(2);
+    host_linux::PlayedFiles files_{pool_->makeSerialQueue("files")};
     host_linux::MprisFrameworkLoader loader_;
     FakeOperatingSystem operatingSystem_;
-    std::unique_ptr<WorkerPool> pool_ = std::make_unique<WorkerPool>(2);
     std::shared_ptr<NowPlayingMonitor> monitor_;
     Cancellable counting_;
     int publications_ = 0;

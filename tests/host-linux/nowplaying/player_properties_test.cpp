@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/nowplaying/direction_isolation.h"
+
 namespace purlock::host_linux {
 namespace {
 
@@ -53,7 +55,10 @@ const std::vector<MetadataRow>& metadataRows() {
         {"a title that is a list", title(BusValue(List{BusValue("Song")})), {}},
         {"a title that was too long to read", title(BusValue()), {}},
         {"the longest title", title(BusValue(longest)), {.title = longest}},
-        {"a title that is longer", title(BusValue(longest + "x")), {}},
+        {"a title that is longer is cut", title(BusValue(longest + "x")), {.title = longest}},
+        {"a longer title is cut at a character",
+         title(BusValue(longest.substr(1) + "ü")),
+         {.title = longest.substr(1)}},
         {"the first of two titles",
          BusValue(Dictionary{{"xesam:title", BusValue("First")}, {"xesam:title", BusValue("Second")}}),
          {.title = "First"}},
@@ -73,7 +78,8 @@ const std::vector<MetadataRow>& metadataRows() {
         {"an artist that is a number", artist(integer(1)), {}},
         {"artists that together are too long",
          artist(BusValue(List{BusValue("A"), BusValue(longest)})),
-         {.artist = "A"}},
+         {.artist = "A, " + longest.substr(3)}},
+        {"an artist that is too long", artist(BusValue(List{BusValue(longest + "x")})), {.artist = longest}},
         {"a length", length(integer(1'500'000)), {.durationSeconds = 1.5}},
         {"a length of one microsecond", length(integer(1)), {.durationSeconds = 1e-6}},
         {"a length of 0", length(integer(0)), {}},
@@ -93,6 +99,61 @@ TEST(PlayerProperties, ReadsTheTrackFromAnyMetadata) {
     for (const MetadataRow& row : metadataRows()) {
         SCOPED_TRACE(row.name);
         EXPECT_EQ(trackFromMetadata(row.metadata), row.track);
+    }
+}
+
+struct AddressRow {
+    const char* name;
+    std::size_t bytes;
+    bool kept;
+};
+
+TEST(PlayerProperties, AnAddressIsWholeOrAbsent) {
+    for (const AddressRow& row : {AddressRow{"short", 20, true},
+                                  {"the longest", longestPlayerAddress, true},
+                                  {"longer", longestPlayerAddress + 1, false}}) {
+        SCOPED_TRACE(row.name);
+        const std::string address(row.bytes, 'x');
+        const auto track = trackFromMetadata(BusValue(Dictionary{{"xesam:url", BusValue(address)}}));
+        EXPECT_EQ(track.address, row.kept ? std::optional(address) : std::nullopt);
+    }
+}
+
+TEST(PlayerProperties, ReadsWhatThePlayerCallsItself) {
+    EXPECT_EQ(identityFrom(BusValue(Dictionary{{"Identity", BusValue("C* Music Player")},
+                                               {"DesktopEntry", BusValue("cmus.desktop")}})),
+              (PlayerIdentity{"C* Music Player", "cmus"}));
+    EXPECT_EQ(identityFrom(BusValue(Dictionary{{"Identity", integer(7)}})), PlayerIdentity{});
+    EXPECT_EQ(identityFrom(BusValue()), PlayerIdentity{});
+    const auto longest =
+        identityFrom(BusValue(Dictionary{{"Identity", BusValue(std::string(255, 'x') + "ü")}}));
+    EXPECT_EQ(longest.name, std::string(255, 'x'));
+}
+
+// Texts that turn what stands beside them around
+
+struct DirectionRow {
+    const char* name;
+    const char* text;
+    const char* isolated;
+};
+
+const DirectionRow directionRows[] = {
+    {"nothing", "", ""},
+    {"a usual text", "Björk · Homogenic", "Björk · Homogenic"},
+    {"Hebrew, which needs no help", "\u05d0\u05d1", "\u05d0\u05d1"},
+    {"an override", "a\u202Eb", "\u2068a\u202Eb\u2069"},
+    {"a mark", "a\u200F", "\u2068a\u200F\u2069"},
+    {"an isolate that is not closed", "\u2067a", "\u2068\u2067a\u2069\u2069"},
+    {"an isolate that is closed", "\u2067a\u2069b", "\u2068\u2067a\u2069b\u2069"},
+    {"a close without an opening", "a\u2069b", "\u2068ab\u2069"},
+    {"bytes that are no text", "a\xFF\u202E", "\u2068a\xFF\u202E\u2069"},
+};
+
+TEST(IsolatedText, ClosesWhatChangesTheDirection) {
+    for (const DirectionRow& row : directionRows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(isolatedText(row.text), row.isolated);
     }
 }
 

@@ -41,6 +41,13 @@ Event loads(const std::string& owner, const std::string& title) {
     return tells(owner, "Metadata", BusValue(Dictionary{{"xesam:title", BusValue(title)}}));
 }
 
+Event stops(const std::string& owner) {
+    return tells(owner, "PlaybackStatus", BusValue("Stopped"));
+}
+Event unloads(const std::string& owner) {
+    return tells(owner, "Metadata", BusValue(Dictionary{}));
+}
+
 struct CurrentRow {
     const char* name;
     std::vector<Event> events;
@@ -53,8 +60,8 @@ const std::vector<CurrentRow>& currentRows() {
     const Event three = arrives(":3", "three");
     static const std::vector<CurrentRow> rows = {
         {"no player", {}, ""},
-        {"one player that says nothing", {one}, ":1"},
-        {"two players that say nothing", {two, one}, ":2"},
+        {"one player that says nothing", {one}, ""},
+        {"two players with a track", {two, one, loads(":2", "a"), loads(":1", "b")}, ":1"},
         {"the playing one", {one, two, plays(":2")}, ":2"},
         {"the one that started last", {one, two, plays(":2"), plays(":1")}, ":1"},
         {"the one that started last, the other way", {one, two, plays(":1"), plays(":2")}, ":2"},
@@ -85,7 +92,13 @@ const std::vector<CurrentRow>& currentRows() {
         {"of three, the last but one",
          {one, two, three, plays(":1"), plays(":2"), plays(":3"), leaves("three")},
          ":2"},
-        {"a stranger that plays", {one, plays(":9")}, ":1"},
+        {"a stranger that plays", {one, loads(":1", "a"), plays(":9")}, ":1"},
+        {"a stopped player without a track", {one, stops(":1")}, ""},
+        {"a stopped player with a track", {one, loads(":1", "a"), stops(":1")}, ":1"},
+        {"a stopped player whose track goes", {one, loads(":1", "a"), stops(":1"), unloads(":1")}, ""},
+        {"a paused player without a track", {one, pauses(":1")}, ":1"},
+        {"a player that plays without a track", {one, plays(":1")}, ":1"},
+        {"a stopped player without a track is passed over", {one, loads(":1", "a"), two, stops(":2")}, ":1"},
     };
     return rows;
 }
@@ -108,6 +121,8 @@ constexpr ProxyRow proxyRows[] = {
     {"org.mpris.MediaPlayer2.playerctld", true},
     {"org.mpris.MediaPlayer2.playerctld.instance7", true},
     {"org.mpris.MediaPlayer2.kdeconnect.mpris_000001", true},
+    {"org.mpris.MediaPlayer2.plasma-browser-integration", true},
+    {"org.mpris.MediaPlayer2.plasma-browser-integration.instance7", true},
     {"org.mpris.MediaPlayer2.mpv", false},
     {"org.mpris.MediaPlayer2.vlc.instance4711", false},
     {"org.mpris.MediaPlayer2.playerctldish", false},
@@ -163,11 +178,77 @@ TEST(PlayerRoster, KeepsABoundedNumberOfPlayersAndNames) {
         const std::string number = std::to_string(i);
         EXPECT_EQ(roster.setNameOwner(playerName(number), ":" + number), Arrival::added);
     }
-    EXPECT_EQ(roster.setNameOwner(playerName("more"), ":more"), Arrival::refused);
     for (int i = 0; i < 1000; ++i) roster.setNameOwner(playerName("alias" + std::to_string(i)), ":0");
     EXPECT_LE(roster.find(":0")->names.size(), PlayerRoster::maximumPlayers);
-    roster.setNameOwner(playerName("1"), "");
+    EXPECT_TRUE(roster.isFull());
+    for (const std::string& owner : roster.owners()) plays(owner)(roster);
+    EXPECT_EQ(roster.setNameOwner(playerName("more"), ":more"), Arrival::refused) << "all of them play";
+    leaves("1")(roster);
     EXPECT_EQ(roster.setNameOwner(playerName("more"), ":more"), Arrival::added);
+}
+
+TEST(PlayerRoster, ANewPlayerTakesThePlaceOfOneThatIsMerelyOpen) {
+    PlayerRoster roster;
+    for (std::size_t i = 0; i < PlayerRoster::maximumPlayers; ++i) {
+        const std::string number = std::to_string(i);
+        arrives(":" + number, number)(roster);
+        if (i != 7) loads(":" + number, "a")(roster);
+    }
+    EXPECT_EQ(roster.setNameOwner(playerName("mpv"), ":mpv"), Arrival::added);
+    EXPECT_FALSE(roster.contains(":7"));
+    plays(":mpv")(roster);
+    EXPECT_EQ(roster.currentOwner(), ":mpv");
+    EXPECT_EQ(roster.setNameOwner(playerName("vlc"), ":vlc"), Arrival::added);
+    EXPECT_FALSE(roster.contains(":0")) << "nobody is merely open: the one that said nothing for longest";
+    EXPECT_EQ(roster.owners().size(), PlayerRoster::maximumPlayers);
+}
+
+TEST(PlayerRoster, APlayerThatDoesNotAnswerDoesNotPlay) {
+    PlayerRoster roster;
+    arrives(":1", "one")(roster);
+    arrives(":2", "two")(roster);
+    loads(":1", "a")(roster);
+    loads(":2", "b")(roster);
+    plays(":1")(roster);
+    plays(":2")(roster);
+    roster.setSilent(":2", true);
+    EXPECT_EQ(roster.currentOwner(), ":1");
+    roster.setSilent(":1", true);
+    EXPECT_EQ(roster.find(roster.currentOwner())->playbackRate(), 0);
+    plays(":2")(roster);  // it is heard again
+    EXPECT_EQ(roster.currentOwner(), ":2");
+    EXPECT_EQ(roster.find(":2")->playbackRate(), 1);
+}
+
+TEST(PlayerRoster, CountsThePositionBetweenTwoWordsOfThePlayer) {
+    using std::chrono::seconds;
+    PlayerRoster roster;
+    const PlayerRoster::Moment start{};
+    const auto tell = [&](Dictionary properties, int second) {
+        roster.updateProperties(":1", BusValue(std::move(properties)), start + seconds(second));
+    };
+    const auto position = [&](int second) {
+        return roster.find(":1")->clock.positionAt(start + seconds(second));
+    };
+    arrives(":1", "one")(roster);
+    EXPECT_EQ(position(0), std::nullopt);
+    tell({{"PlaybackStatus", BusValue("Playing")},
+          {"Rate", BusValue(2.0)},
+          {"Position", BusValue(std::int64_t{10'000'000})}},
+         0);
+    EXPECT_FALSE(roster.find(":1")->isPositionWanted);
+    EXPECT_EQ(position(5), 20.0);
+    tell({{"PlaybackStatus", BusValue("Paused")}}, 5);
+    EXPECT_TRUE(roster.find(":1")->isPositionWanted) << "its own word is better";
+    EXPECT_EQ(position(60), 20.0);
+    roster.setPosition(":1", 20.5, start + seconds(60));
+    tell({{"PlaybackStatus", BusValue("Playing")}, {"Rate", BusValue(1.0)}}, 70);
+    EXPECT_EQ(position(71), 21.5);
+    roster.setSilent(":1", true, start + seconds(71));
+    EXPECT_EQ(position(99), 21.5);
+    tell({{"Metadata", BusValue(Dictionary{{"xesam:title", BusValue("b")}})}}, 99);
+    EXPECT_EQ(position(99), std::nullopt) << "another track";
+    EXPECT_TRUE(roster.find(":1")->isPositionWanted);
 }
 
 TEST(PlayerRoster, TellsWhatAReaderCouldSeeDiffer) {
@@ -176,11 +257,16 @@ TEST(PlayerRoster, TellsWhatAReaderCouldSeeDiffer) {
     EXPECT_EQ(roster.takeChanges(), nothing);
 
     arrives(":1", "one")(roster);
+    EXPECT_EQ(roster.takeChanges(), nothing) << "it is merely open";
+    pauses(":1")(roster);
     EXPECT_EQ(roster.takeChanges(), (NowPlayingChanges{.application = true}));
     EXPECT_EQ(roster.takeChanges(), nothing);
 
     roster.setProcessIdentifier(":1", 4711);
     EXPECT_EQ(roster.find(":1")->processIdentifier, 4711);
+    EXPECT_EQ(roster.takeChanges(), (NowPlayingChanges{.application = true}));
+
+    roster.setIdentity(":1", {.name = "One", .desktopID = std::nullopt});
     EXPECT_EQ(roster.takeChanges(), (NowPlayingChanges{.application = true}));
 
     loads(":1", "a")(roster);

@@ -51,13 +51,13 @@ class RealPlayers : public ::testing::Test {
         return session_->turnUntil([&] { return title() == wantedTitle && isPlaying() == playing; });
     }
 
-    /// VLC does not tell of a seek while it is paused; the program's own regular refresh sees it all the
-    /// same.
+    /// VLC does not tell of a seek while it is paused; the look that a regular refresh leads to every 10 s
+    /// sees it all the same.
     bool showsPosition(double seconds) {
         const auto isThere = [&] {
             return std::abs(session_->info()->elapsedSeconds.value_or(-1) - seconds) < 1;
         };
-        for (int i = 0; i < 10; ++i) {
+        for (int i = 0; i < 18; ++i) {
             session_->refresh();
             if (session_->turnUntil(isThere, 800ms)) return true;
         }

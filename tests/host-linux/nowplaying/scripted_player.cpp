@@ -12,6 +12,7 @@ namespace purlock::test {
 namespace {
 
 constexpr const char* playerPath = "/org/mpris/MediaPlayer2";
+constexpr const char* rootInterface = "org.mpris.MediaPlayer2";
 constexpr const char* playerInterface = "org.mpris.MediaPlayer2.Player";
 constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
 
@@ -40,6 +41,7 @@ void appendTrack(sd_bus_message* message, const ScriptedPlayer::Track& track) {
     appendText(message, "xesam:title", track.title);
     appendArtists(message, track.artists);
     appendText(message, "xesam:album", track.album);
+    if (!track.url.empty()) appendText(message, "xesam:url", track.url);
     sd_bus_message_append(message, "{sv}", "mpris:length", "x", track.lengthMicroseconds);
     sd_bus_message_close_container(message);
     sd_bus_message_close_container(message);
@@ -107,7 +109,11 @@ int ScriptedPlayer::answer(sd_bus_message* call) {
     Writer writer;
     {
         const std::lock_guard lock(mutex_);
-        if (member == "GetAll") {
+        const char* interface = "";
+        sd_bus_message_read(call, "s", &interface);
+        if (member == "GetAll" && std::string_view(interface) == rootInterface) {
+            writer = identity_;
+        } else if (member == "GetAll") {
             ++propertiesAsked_;
             writer = properties_;
         } else if (member == "Get") {
@@ -142,6 +148,15 @@ void ScriptedPlayer::setTrack(const Track& track) {
 
 void ScriptedPlayer::setPosition(std::int64_t microseconds) {
     change([&] { script_.position = microseconds; });
+}
+
+void ScriptedPlayer::setIdentity(const std::string& name, const std::string& desktopEntry) {
+    change([&] {
+        identity_ = [=](sd_bus_message* reply) {
+            sd_bus_message_append(reply, "a{sv}", 2, "Identity", "s", name.c_str(), "DesktopEntry", "s",
+                                  desktopEntry.c_str());
+        };
+    });
 }
 
 void ScriptedPlayer::answerPropertiesWith(Writer writer) {

@@ -27,6 +27,7 @@ class ScriptedPlayer {
         std::vector<std::string> artists;
         std::string album;
         std::int64_t lengthMicroseconds = 0;
+        std::string url = {};
     };
 
     /// Owns all of the names when this returns; each is what follows "org.mpris.MediaPlayer2.".
@@ -40,6 +41,7 @@ class ScriptedPlayer {
     void setStatus(const std::string& status);
     void setTrack(const Track& track);
     void setPosition(std::int64_t microseconds);
+    void setIdentity(const std::string& name, const std::string& desktopEntry);
     void answerPropertiesWith(Writer writer);  // "a{sv}"
     void answerPositionWith(Writer writer);    // "v"
 
@@ -70,7 +72,8 @@ class ScriptedPlayer {
     Script script() const;
 
     mutable std::mutex mutex_;
-    Script script_;  // guarded by mutex_, as are both writers
+    Script script_;  // guarded by mutex_, as are the writers
+    Writer identity_ = [](sd_bus_message*) {};
     Writer properties_;
     Writer position_;
     std::atomic<int> propertiesAsked_ = 0;

@@ -39,7 +39,8 @@ Texts textsFor(const Json& state) {
             state["verdict"]["headline"],
             "Source matches device at " + summary(mixer) + ". No conversion in path.",
             // the path
-            grade, "SOURCE", "mpv Media Player", "(source quality not detected)", "delivers to",       //
+            "Lossless", "SOURCE", "2.30 Mbps", "mpv Media Player", "FLAC · 24-bit · 48.0 kHz",         //
+            "delivers to",                                                                             //
             grade, "APP", "mpv Media Player", "mpv", "writes to OS",                                   //
             grade, "HAL VIRTUAL", bitrate(mixer), summary(mixer), mixer["label"], "OS sends to wire",  //
             grade, "HAL PHYSICAL", bitrate(device), summary(device), device["label"], "to device",     //

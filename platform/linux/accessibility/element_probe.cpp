@@ -1,0 +1,62 @@
+#include "platform/linux/accessibility/element_probe.h"
+
+#include <utility>
+
+#include "platform/linux/accessibility/element_rules.h"
+#include "platform/linux/accessibility/object_walker.h"
+
+namespace purlock::host_linux {
+
+namespace {
+
+constexpr std::chrono::milliseconds callLimit{1500};
+
+}  // namespace
+
+ElementProbe::ElementProbe(BusConnection& connection, std::string busName, FoundElement element,
+                           Finish onFinish)
+    : connection_(connection),
+      busName_(std::move(busName)),
+      element_(std::move(element)),
+      onFinish_(std::move(onFinish)) {
+    open_ = 2;
+    ask(connection_.newCall({busName_, element_.path, "org.a11y.atspi.Accessible", "GetState"}),
+        [](const BusIncoming& reply) {
+            const auto states = reply.reader().next();
+            return states && isOnScreen(&*states);
+        });
+    ask(newTextCall(), [this](const BusIncoming& reply) {
+        const auto text = reply.reader().next();
+        return text && text->text() != nullptr && *text->text() == element_.text;
+    });
+}
+
+BusCall ElementProbe::newTextCall() const {
+    if (element_.attribute == SnapshotText::value) {
+        auto call = connection_.newCall({busName_, element_.path, "org.a11y.atspi.Text", "GetText"});
+        call.append(std::int32_t{0}).append(firstTextCharacters);
+        return call;
+    }
+    auto call = connection_.newCall({busName_, element_.path, "org.freedesktop.DBus.Properties", "Get"});
+    const char* property = element_.attribute == SnapshotText::title ? "Name" : "Description";
+    call.append("org.a11y.atspi.Accessible").append(property);
+    return call;
+}
+
+/// A question that cannot be sent is answered when the connection's loss drops this.
+void ElementProbe::ask(BusCall call, std::function<bool(const BusIncoming&)> isAsExpected) {
+    const std::weak_ptr<ElementProbe*> alive = alive_;
+    const bool sent = connection_.call(
+        call, callLimit, [this, alive, isAsExpected = std::move(isAsExpected)](const BusIncoming& reply) {
+            if (alive.expired() || !onFinish_) return;
+            if (reply.isError() || !isAsExpected(reply)) return finish(false);
+            if (--open_ == 0) finish(true);
+        });
+    static_cast<void>(sent);
+}
+
+void ElementProbe::finish(bool isUnchanged) {
+    if (const auto onFinish = std::exchange(onFinish_, {})) onFinish(isUnchanged);  // may drop this
+}
+
+}  // namespace purlock::host_linux

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "platform/linux/dbus/bus_value.h"
+
+namespace purlock::host_linux {
+
+// What of an element counts, in whichever way it is read (at-spi2-core, atspi-constants.h). Pure; any thread.
+
+/// Whether an element with these states can be on the screen: what is neither shown nor visible, such as a
+/// closed menu or a page of a notebook that is not on top, is not, and nothing inside it is.
+bool isOnScreen(const BusValue* states);
+
+/// Whether an element's content is read, beside its name: where there is no name, and in fields that a name
+/// only labels. Never that of a password.
+bool countsByContent(std::int64_t role, bool isNameless);
+
+/// Contents are read of this many elements of one tree at most.
+inline constexpr std::size_t maximumContents = 256;
+
+}  // namespace purlock::host_linux

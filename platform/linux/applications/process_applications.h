@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "base/running_applications.h"
+#include "platform/linux/applications/desktop_index.h"
+#include "platform/linux/applications/process_files.h"
+
+namespace purlock::host_linux {
+
+/// An application's instance and when it started, in clock ticks since boot.
+using StartedApplication = std::pair<std::uint64_t, RunningApplication>;
+
+/// Which application a process belongs to: `DesktopApplications` says by which rules. Some reads of /proc a
+/// process; any thread.
+class ProcessApplications {
+  public:
+    /// What a sandboxed process's own root says of its application; absent while it is not known. A process
+    /// may make its root a file system that hangs, so only a caller who may wait reads it here and now.
+    using SandboxLookup = std::function<std::optional<std::string>(std::int32_t pid)>;
+
+    ProcessApplications(const ProcessFiles& processes, std::shared_ptr<const DesktopIndex> index,
+                        SandboxLookup sandbox)
+        : processes_(processes), index_(std::move(index)), sandbox_(std::move(sandbox)) {}
+
+    std::optional<RunningApplication> applicationOf(std::int32_t pid) const;
+
+    /// In the order of their start. Of an application's processes the topmost is the instance.
+    std::vector<StartedApplication> instancesOf(std::string_view bundleID) const;
+
+  private:
+    std::optional<std::string> identify(std::int32_t pid) const;
+    std::optional<std::string> identifyByParents(std::int32_t pid) const;
+    std::optional<std::string> identifyByProgram(std::int32_t pid) const;
+    bool isHelper(std::int32_t pid) const;
+    std::optional<std::string> nameOf(const std::string& id) const;
+
+    const ProcessFiles& processes_;
+    const std::shared_ptr<const DesktopIndex> index_;
+    const SandboxLookup sandbox_;
+};
+
+}  // namespace purlock::host_linux

@@ -1,0 +1,89 @@
+#include "platform/linux/nowplaying/now_playing_shelf.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "base/text.h"
+#include "platform/linux/nowplaying/direction_isolation.h"
+#include "platform/linux/playedfile/file_url.h"
+#include "source/played_file.h"
+
+namespace purlock::host_linux {
+
+namespace {
+
+std::optional<std::string> isolated(const std::optional<std::string>& text) {
+    return text ? std::optional(isolatedText(*text)) : std::nullopt;
+}
+
+/// A file without tags is known by its name.
+std::optional<std::string> fileName(const PlayerTrack& track) {
+    const auto path = track.address ? localPathOf(*track.address) : std::nullopt;
+    if (!path) return std::nullopt;
+    const std::string name = path->substr(path->find_last_of('/') + 1);
+    return name.empty() ? std::nullopt : std::optional(wellFormed(name));
+}
+
+std::optional<double> positionOf(const CurrentPlayer& player, NowPlayingShelf::Moment now) {
+    auto position = player.clock.positionAt(now);
+    if (position && player.track.durationSeconds)
+        *position = std::min(*position, *player.track.durationSeconds);
+    return position;
+}
+
+NowPlayingDictionary dictionaryOf(const CurrentPlayer& player, NowPlayingShelf::Moment now) {
+    NowPlayingDictionary dictionary;
+    const PlayerTrack& track = player.track;
+    const auto put = [&](const char* key, const auto& value) {
+        if (value) dictionary.emplace(key, *value);
+    };
+    put("kMRMediaRemoteNowPlayingInfoTitle", isolated(track.title ? track.title : fileName(track)));
+    put("kMRMediaRemoteNowPlayingInfoArtist", isolated(track.artist));
+    put("kMRMediaRemoteNowPlayingInfoAlbum", isolated(track.album));
+    put("kMRMediaRemoteNowPlayingInfoElapsedTime", positionOf(player, now));
+    put("kMRMediaRemoteNowPlayingInfoDuration", track.durationSeconds);
+    put("kMRMediaRemoteNowPlayingInfoPlaybackRate", std::optional(player.playbackRate));
+    return dictionary;
+}
+
+}  // namespace
+
+std::optional<std::string> NowPlayingShelf::setPlayer(std::optional<CurrentPlayer> player) {
+    const std::lock_guard lock(mutex_);
+    const auto addressBefore = player_ ? player_->track.address : std::nullopt;
+    player_ = std::move(player);
+    if (player_ && identified_.first != player_->processIdentifier) {
+        identifiedBefore_ = std::move(identified_);
+        identified_.first = player_->processIdentifier;
+    }
+    if (player_) identified_.second = player_->identity;
+    const auto address = player_ ? player_->track.address : std::nullopt;
+    if (address == addressBefore) return std::nullopt;
+    file_.reset();
+    return address;
+}
+
+bool NowPlayingShelf::setFile(const std::string& address, std::optional<PlayedFile> file) {
+    const std::lock_guard lock(mutex_);
+    if (!player_ || player_->track.address != address) return false;
+    file_ = std::move(file);
+    return true;
+}
+
+NowPlayingShelf::Reading NowPlayingShelf::read(Moment now) const {
+    const std::lock_guard lock(mutex_);
+    if (!player_) return {};
+    Reading reading{dictionaryOf(*player_, now), player_->processIdentifier};
+    if (file_) addPlayedFile(reading.dictionary, *file_);
+    return reading;
+}
+
+std::optional<PlayerIdentity> NowPlayingShelf::identityOf(std::int32_t processIdentifier) const {
+    const std::lock_guard lock(mutex_);
+    for (const Identified& each : {identified_, identifiedBefore_}) {
+        if (processIdentifier > 0 && each.first == processIdentifier) return each.second;
+    }
+    return std::nullopt;
+}
+
+}  // namespace purlock::host_linux

@@ -1,0 +1,81 @@
+#include "tests/host-linux/playedfile/made_files.h"
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+
+#include "tests/support/child_process.h"
+
+namespace purlock::test {
+
+namespace {
+
+void append(std::string& bytes, std::uint64_t number, int size) {
+    for (int i = 0; i < size; ++i) bytes += static_cast<char>(number >> (8 * i) & 0xFFU);
+}
+
+}  // namespace
+
+bool runs(const std::vector<std::string>& command) {
+    ChildProcess child(command, {"PATH=/usr/bin:/bin"}, {.log = "/dev/null"});
+    return child.waitForExit(std::chrono::seconds(60)) == 0;
+}
+
+bool makeSound(const std::string& path, int rate, int depth, int channels,
+               const std::vector<std::string>& encoding) {
+    const std::string sound = encoding.empty() ? path : path + ".wav";
+    if (!runs({"sox", "-n", "-r", std::to_string(rate), "-b", std::to_string(depth), "-c",
+               std::to_string(channels), sound, "synth", "2", "sine", "440", "vol", "0.1"})) {
+        return false;
+    }
+    if (encoding.empty()) return true;
+    if (encoding.front() == "wavpack") {
+        std::vector<std::string> command = encoding;
+        command.insert(command.end(), {"-q", "-y", sound, "-o", path});
+        return runs(command);
+    }
+    std::vector<std::string> command = {"ffmpeg", "-v", "error", "-y", "-i", sound};
+    command.insert(command.end(), encoding.begin(), encoding.end());
+    command.push_back(path);
+    return runs(command) && std::filesystem::remove(sound);
+}
+
+std::string monkeysAudioHeader(int rate, int depth, int channels) {
+    std::string bytes = "MAC ";
+    append(bytes, 3990, 4);  // version
+    append(bytes, 52, 4);    // length of this descriptor
+    append(bytes, 24, 4);    // length of the header
+    bytes.append(36, '\0');
+    append(bytes, 2000, 2);   // compression level
+    append(bytes, 0, 2);      // flags
+    append(bytes, 73728, 4);  // blocks a frame
+    append(bytes, 1000, 4);   // blocks in the last frame
+    append(bytes, 2, 4);      // frames
+    append(bytes, static_cast<std::uint64_t>(depth), 2);
+    append(bytes, static_cast<std::uint64_t>(channels), 2);
+    append(bytes, static_cast<std::uint64_t>(rate), 4);
+    return bytes + std::string(1000, 'x');
+}
+
+std::string dsfHeader(int rate, int channels) {
+    std::string bytes = "DSD ";
+    append(bytes, 28, 8);
+    append(bytes, 28 + 52 + 12 + 8192, 8);
+    append(bytes, 0, 8);
+    bytes += "fmt ";
+    append(bytes, 52, 8);
+    append(bytes, 1, 4);  // version
+    append(bytes, 0, 4);  // DSD, raw
+    append(bytes, static_cast<std::uint64_t>(channels), 4);
+    append(bytes, static_cast<std::uint64_t>(channels), 4);
+    append(bytes, static_cast<std::uint64_t>(rate), 4);
+    append(bytes, 1, 4);  // bit a sample
+    append(bytes, 32768, 8);
+    append(bytes, 4096, 4);
+    append(bytes, 0, 4);
+    bytes += "data";
+    append(bytes, 12 + 8192, 8);
+    return bytes + std::string(8192, '\x69');
+}
+
+}  // namespace purlock::test

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace purlock::test {
+
+/// Runs a program to its end; whether it succeeded.
+bool runs(const std::vector<std::string>& command);
+
+/// A file of sound of two seconds: sox makes it, as a WAV file of that rate, depth and channels, and ffmpeg
+/// encodes it with these options where there are any, or wavpack if that is the first of them.
+bool makeSound(const std::string& path, int rate, int depth, int channels,
+               const std::vector<std::string>& encoding = {});
+
+/// A header of Monkey's Audio 3.99 without sound: nothing in Debian writes such files.
+std::string monkeysAudioHeader(int rate, int depth, int channels);
+
+/// A DSF file without sound.
+std::string dsfHeader(int rate, int channels);
+
+}  // namespace purlock::test

@@ -1,0 +1,87 @@
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+
+#include "tests/host-linux/program/program_test.h"
+#include "tests/support/hanging_mount.h"
+#include "tests/support/temporary_folder.h"
+
+namespace purlock {
+namespace {
+
+using namespace std::chrono_literals;
+using test::HangingMount;
+using test::waitUntil;
+
+/// Folders and files of other programs on a disk that never answers.
+class HangingFiles : public test::ProgramWithSoundTest {
+  protected:
+    void SetUp() override {
+        ProgramWithSoundTest::SetUp();
+        mount_ = std::make_unique<HangingMount>(mountFolder());
+        if (!mount_->isThere()) GTEST_SKIP() << "needs root and FUSE";
+    }
+
+    void TearDown() override {
+        ProgramWithSoundTest::TearDown();
+        program.process().kill();
+        mount_.reset();
+    }
+
+    std::filesystem::path mountFolder() const { return session.folder() + "/hanging"; }
+
+    /// The main thread works: the snapshot is rewritten, in time, again and again; and ends when it is told
+    /// to.
+    void expectLife() {
+        for (int i = 0; i < 5; ++i) {
+            const auto before = std::filesystem::last_write_time(program.stateFile());
+            EXPECT_TRUE(waitUntil(
+                [&] { return std::filesystem::last_write_time(program.stateFile()) != before; }, 2500ms))
+                << i;
+        }
+        program.process().signal(SIGTERM);
+        EXPECT_EQ(program.process().waitForExit(4s), 0);
+    }
+
+    std::unique_ptr<HangingMount> mount_;
+};
+
+TEST_F(HangingFiles, AnApplicationsFolderStopsNobody) {
+    // The applications' alone: the toolkit itself looks for fonts beside them.
+    std::filesystem::create_directories(session.folder() + "/share");
+    std::filesystem::create_directory_symlink(mountFolder(), session.folder() + "/share/applications");
+    session.setVariable("XDG_DATA_DIRS", session.folder() + "/share:/usr/share");
+    play(48000);
+    program.start();
+    ASSERT_TRUE(program.awaitVerdict("bitPerfect"));
+    expectLife();
+}
+
+TEST_F(HangingFiles, PreferenceFilesStopNobody) {
+    const std::filesystem::path home = std::getenv("HOME");
+    std::filesystem::create_directories(home / "Library");
+    std::filesystem::create_directory_symlink(mountFolder(), home / "Library/Preferences");
+    const std::string player = session.folder() + "/tidal-hifi";
+    std::filesystem::copy_file("/usr/bin/mpv", player);
+    test::writeFile(session.folder() + "/data/applications/tidal-hifi.desktop",
+                    "[Desktop Entry]\nType=Application\nName=TIDAL\nExec=" + player + "\n");
+    session.spawn("player", {player, "--no-terminal", "--no-video", "--ao=pulse", "--loop-file=inf",
+                             session.toneFile(48000)});
+    program.start();
+    ASSERT_TRUE(program.awaitVerdict("bitPerfect"));
+    expectLife();
+}
+
+/// The file that a player names is on such a disk; the player itself would not play on, so a stand-in names
+/// it.
+TEST_F(HangingFiles, APlayedFileStopsNobody) {
+    play(48000);
+    session.spawn("names", {PURLOCK_NAMING_PLAYER, "file://" + (mountFolder() / "a.flac").string()});
+    program.start();
+    ASSERT_TRUE(program.awaitVerdict("bitPerfect"));
+    expectLife();
+}
+
+}  // namespace
+}  // namespace purlock
