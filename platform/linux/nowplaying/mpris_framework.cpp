@@ -173,6 +173,10 @@ std::optional<PlayerIdentity> MprisFrameworkLoader::identityOf(std::int32_t proc
     return shelf_->identityOf(processIdentifier);
 }
 
+std::uint64_t MprisFrameworkLoader::changes() const {
+    return shelf_->changes();
+}
+
 std::shared_ptr<NowPlayingFramework> MprisFrameworkLoader::openNowPlayingFramework(std::string_view path) {
     if (path != frameworkPath) return nullptr;
     if (!service_) {

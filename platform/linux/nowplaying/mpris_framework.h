@@ -38,6 +38,9 @@ class MprisFrameworkLoader final : public FrameworkLoader {
     /// player. Any thread.
     std::optional<PlayerIdentity> identityOf(std::int32_t processIdentifier) const;
 
+    /// How often the current player, its track or whether it plays has changed. Any thread.
+    std::uint64_t changes() const;
+
   private:
     class Service;
     class Framework;

@@ -46,10 +46,17 @@ NowPlayingDictionary dictionaryOf(const CurrentPlayer& player, NowPlayingShelf::
     return dictionary;
 }
 
+bool isAnother(const std::optional<CurrentPlayer>& before, const std::optional<CurrentPlayer>& now) {
+    if (!before || !now) return before.has_value() != now.has_value();
+    return before->processIdentifier != now->processIdentifier || before->track != now->track ||
+           before->playbackRate != now->playbackRate;
+}
+
 }  // namespace
 
 std::optional<std::string> NowPlayingShelf::setPlayer(std::optional<CurrentPlayer> player) {
     const std::lock_guard lock(mutex_);
+    if (isAnother(player_, player)) ++changes_;
     const auto addressBefore = player_ ? player_->track.address : std::nullopt;
     player_ = std::move(player);
     if (player_ && identified_.first != player_->processIdentifier) {
@@ -68,6 +75,11 @@ bool NowPlayingShelf::setFile(const std::string& address, std::optional<PlayedFi
     if (!player_ || player_->track.address != address) return false;
     file_ = std::move(file);
     return true;
+}
+
+std::uint64_t NowPlayingShelf::changes() const {
+    const std::lock_guard lock(mutex_);
+    return changes_;
 }
 
 NowPlayingShelf::Reading NowPlayingShelf::read(Moment now) const {

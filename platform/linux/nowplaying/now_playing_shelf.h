@@ -33,6 +33,9 @@ class NowPlayingShelf {
 
     Reading read(Moment now) const;
 
+    /// How often the player, its track or whether it plays has changed; a position that jumps is no change.
+    std::uint64_t changes() const;
+
     /// What the player of that process calls itself; that of the current player and the one before.
     std::optional<PlayerIdentity> identityOf(std::int32_t processIdentifier) const;
 
@@ -41,6 +44,7 @@ class NowPlayingShelf {
 
     mutable std::mutex mutex_;  // guards all
     std::optional<CurrentPlayer> player_;
+    std::uint64_t changes_ = 0;
     std::optional<PlayedFile> file_;  // of the player's track
     Identified identified_;
     Identified identifiedBefore_;

@@ -57,13 +57,15 @@ LinuxHost::LinuxHost(std::string sessionBus)
     followPlayers();
 }
 
-/// A badge changes with what plays.
+/// A badge changes with what plays; a position that jumps changes none.
 void LinuxHost::followPlayers() {
     for (const char* name : {"kMRMediaRemoteNowPlayingInfoDidChangeNotification",
                              "kMRMediaRemoteNowPlayingApplicationDidChangeNotification",
                              "kMRMediaRemoteNowPlayingApplicationIsPlayingDidChangeNotification"}) {
-        playerChanges_.push_back(
-            notificationCenter_.addObserverForName(name, [this] { accessibility_.noteChange(); }));
+        playerChanges_.push_back(notificationCenter_.addObserverForName(name, [this] {
+            const std::uint64_t changes = players_.changes();
+            if (std::exchange(notedChanges_, changes) != changes) accessibility_.noteChange();
+        }));
     }
 }
 

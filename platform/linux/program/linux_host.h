@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -97,6 +98,7 @@ class LinuxHost {
     TrayStatusBar statusBar_;
     QtPanelWindows panels_{[this] { return statusBar_.iconFrame(); }};
     std::unique_ptr<InstanceActivation> activation_;
+    std::uint64_t notedChanges_ = 0;
     std::vector<Cancellable> playerChanges_;
 };
 

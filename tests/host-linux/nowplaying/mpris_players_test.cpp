@@ -141,6 +141,22 @@ TEST(MprisPlayers, AsksForThePositionWhereATrackOrAStateBegins) {
     EXPECT_EQ(one.player.positionsAsked(), before + 2);
 }
 
+TEST(MprisPlayers, AJumpOfThePositionIsNoChangeOfWhatPlays) {
+    OnePlayer one;
+    ASSERT_TRUE(one.showsSong());
+    one.session->turnFor(200ms);
+    const auto before = one.session->changes();
+    one.player.tellSeeked(60'000'000);
+    EXPECT_TRUE(one.session->turnUntil([&] { return showsAbout(*one.session, 60); }));
+    EXPECT_EQ(one.session->changes(), before);
+    one.player.tellTrack(next);
+    EXPECT_TRUE(one.session->turnUntil([&] { return titleOf(*one.session) == "Next"; }));
+    EXPECT_EQ(one.session->changes(), before + 1);
+    one.player.tellStatus("Paused");
+    EXPECT_TRUE(one.session->turnUntil([&] { return !one.session->info()->isPlaying; }));
+    EXPECT_EQ(one.session->changes(), before + 2);
+}
+
 TEST(MprisPlayers, ThePositionEndsWithTheTrack) {
     OnePlayer one;
     ASSERT_TRUE(one.showsSong());

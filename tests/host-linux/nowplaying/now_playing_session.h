@@ -60,6 +60,7 @@ class NowPlayingSession {
     std::optional<host_linux::PlayerIdentity> identityOf(std::int32_t process) const {
         return loader_.identityOf(process);
     }
+    std::uint64_t changes() const { return loader_.changes(); }
     Cancellable subscribe(std::function<void(const Info&)> observer) {
         return monitor_->current().subscribe(std::move(observer));
     }
