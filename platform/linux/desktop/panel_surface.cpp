@@ -20,8 +20,12 @@ constexpr Color ground{0.145, 0.145, 0.155, 1};
 
 }  // namespace
 
-PanelSurface::PanelSurface(PanelWindowEvents events) : events_(std::move(events)), tree_(events_.onAction) {
-    setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+PanelSurface::PanelSurface(PanelWindowEvents events, WindowKind kind)
+    : events_(std::move(events)), tree_(events_.onAction) {
+    // Compositors give an unmanaged window the keyboard only where it is no utility, as a tool is.
+    const auto flags =
+        kind == WindowKind::managed ? Qt::WindowFlags(Qt::Tool) : Qt::Window | Qt::X11BypassWindowManagerHint;
+    setWindowFlags(flags | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     setWindowTitle(QStringLiteral("Purlock"));
     setAttribute(Qt::WA_QuitOnClose, false);
     setAttribute(Qt::WA_OpaquePaintEvent);

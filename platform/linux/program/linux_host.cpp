@@ -41,7 +41,7 @@ LinuxHost::LinuxHost(std::string sessionBus)
       bluetooth_(busThread_, systemBusAddress()),
       applications_(queues_.makeSerialQueue(queueLabel(".purlock.applications"))),
       hardware_(applications_),
-      statusBar_(mainLoop_, busThread_, sessionBus_) {}
+      statusBar_(mainLoop_, busThread_, sessionBus_, [this] { return panels_.bringToFront(); }) {}
 
 LinuxHost::~LinuxHost() {
     // A refresh that is under way on a queue still asks the services.
@@ -58,8 +58,8 @@ void LinuxHost::provideSharedServices() {
 }
 
 void LinuxHost::listenToStarts(std::function<void()> onActivate) {
-    activation_ =
-        std::make_unique<InstanceActivation>(mainLoop_, busThread_, sessionBus_, std::move(onActivate));
+    activation_ = std::make_unique<InstanceActivation>(
+        mainLoop_, busThread_, sessionBus_, std::move(onActivate), [this] { return panels_.isPanelOpen(); });
 }
 
 AppDelegateSeams LinuxHost::seams() {

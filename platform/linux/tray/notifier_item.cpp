@@ -109,14 +109,23 @@ struct NotifierItem::Object {
         return result < 0 ? result : sd_bus_message_close_container(reply);
     }
 
-    /// A click of any kind.
-    static int activate(sd_bus_message* call, void* item, sd_bus_error*) {
+    using Click = std::function<void(std::int32_t x, std::int32_t y)>;
+
+    static int clicked(sd_bus_message* call, const Click& onClick) {
         std::int32_t x = 0;
         std::int32_t y = 0;
         if (const int result = sd_bus_message_read(call, "ii", &x, &y); result < 0) return result;
-        const auto activated = static_cast<NotifierItem*>(item)->events_.activated;
-        if (activated) activated(x, y);
+        if (onClick) onClick(x, y);
         return sd_bus_reply_method_return(call, "");
+    }
+
+    /// A click with the left or the middle button.
+    static int activate(sd_bus_message* call, void* item, sd_bus_error*) {
+        return clicked(call, static_cast<NotifierItem*>(item)->events_.activated);
+    }
+
+    static int contextMenu(sd_bus_message* call, void* item, sd_bus_error*) {
+        return clicked(call, static_cast<NotifierItem*>(item)->events_.menuWanted);
     }
 
     static int scroll(sd_bus_message* call, void*, sd_bus_error*) {
@@ -151,7 +160,7 @@ const sd_bus_vtable* NotifierItem::Object::table() {
         sd_bus_vtable SD_BUS_PROPERTY("Menu", "o", menu, 0, 0),
         sd_bus_vtable SD_BUS_METHOD("Activate", "ii", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
         sd_bus_vtable SD_BUS_METHOD("SecondaryActivate", "ii", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
-        sd_bus_vtable SD_BUS_METHOD("ContextMenu", "ii", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
+        sd_bus_vtable SD_BUS_METHOD("ContextMenu", "ii", "", contextMenu, SD_BUS_VTABLE_UNPRIVILEGED),
         sd_bus_vtable SD_BUS_METHOD("Scroll", "is", "", scroll, SD_BUS_VTABLE_UNPRIVILEGED),
         sd_bus_vtable SD_BUS_SIGNAL("NewTitle", "", 0),
         sd_bus_vtable SD_BUS_SIGNAL("NewIcon", "", 0),
@@ -168,7 +177,7 @@ NotifierItem::NotifierItem(BusConnection& connection, NotifierLook look, Notifie
     : connection_(connection),
       events_(std::move(events)),
       look_(std::move(look)),
-      menu_(connection, {"Open Purlock", "Quit Purlock"}, [this](std::size_t entry) { chosen(entry); }),
+      menu_(connection, {openLabel, quitLabel}, [this](std::size_t entry) { chosen(entry); }),
       alive_(std::make_shared<NotifierItem*>(this)) {
     exportObject();
     watcher_ = std::make_unique<BusNameWatch>(connection_, watcherName,

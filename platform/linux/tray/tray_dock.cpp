@@ -94,13 +94,21 @@ void TrayDock::readEvents() {
                 break;
             case XCB_BUTTON_PRESS:
                 pointerMoved(/*inside=*/false);
-                if (as<xcb_button_press_event_t>(event).detail <= XCB_BUTTON_INDEX_3) events_.clicked();
+                pressed(as<xcb_button_press_event_t>(event).detail);
                 break;
             default:
                 break;
         }
     }
     if (!server_->connected() && notifier_) notifier_->setEnabled(false);
+}
+
+void TrayDock::pressed(int button) const {
+    if (button == XCB_BUTTON_INDEX_3) {
+        events_.menuWanted();
+    } else if (button < XCB_BUTTON_INDEX_3) {
+        events_.clicked();
+    }
 }
 
 /// A tray that ends may take the window with it, give it back to the root or leave it where it was.

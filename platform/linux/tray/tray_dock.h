@@ -17,7 +17,8 @@ namespace purlock::host_linux {
 class XTrayServer;
 
 struct TrayDockEvents {
-    std::function<void()> clicked;  // with any button
+    std::function<void()> clicked;     // with any button but the right one
+    std::function<void()> menuWanted;  // the right one
 
     /// The icon for a square of `pixels`, null for none. `foreground` is the colour that the tray asks its
     /// icons to have, absent when it asks for none.
@@ -56,6 +57,7 @@ class TrayDock {
     void findTray();
     void undock();
     void repaint();
+    void pressed(int button) const;
     void pointerMoved(bool inside);
     void showToolTip() const;
 

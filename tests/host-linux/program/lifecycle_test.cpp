@@ -107,12 +107,11 @@ TEST_F(Lifecycle, ASecondStartReachesTheFirstOverTheBus) {
     ASSERT_TRUE(session.startBus()) << session.logs();
     program.start();
     ASSERT_TRUE(program.awaitVerdict("noDevice"));
-    for (const char* what : {"opens the panel", "closes it", "opens it again"}) {
+    for (const std::string what : {"opened", "closed", "opened"}) {
         SCOPED_TRACE(what);
         const auto second = session.run({PURLOCK_PROGRAM});
         EXPECT_EQ(second.exitStatus, 0);
-        EXPECT_EQ(second.output,
-                  "Purlock is already running in this session: its panel was opened or closed.\n");
+        EXPECT_EQ(second.output, "Purlock is already running in this session: its panel was " + what + ".\n");
     }
     EXPECT_TRUE(program.isRunning());
     EXPECT_EQ(program.console(), "");

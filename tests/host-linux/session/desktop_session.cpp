@@ -27,6 +27,24 @@ bool DesktopSession::startScreen() {
     return waitUntil([] { return windowManagerIsThere(); });
 }
 
+bool DesktopSession::letFocusFollowPointer() {
+    killWindowManager();
+    const std::string file = parts_.folder() + "/openbox.xml";
+    writeFile(file,
+              "<openbox_config xmlns=\"http://openbox.org/3.4/rc\"><focus><followMouse>yes</followMouse>"
+              "</focus></openbox_config>\n");
+    if (!waitUntil([] { return !windowManagerIsThere(); })) return false;
+    parts_.spawn("openbox", {"openbox", "--sm-disable", "--config-file", file});
+    return waitUntil([] { return windowManagerIsThere(); });
+}
+
+bool DesktopSession::switchToWorkspace(int number) {
+    const std::string wanted = std::to_string(number);
+    return parts_.run({"xdotool", "set_desktop", wanted}).exitStatus == 0 && waitUntil([&] {
+               return parts_.run({"xdotool", "get_desktop"}).output == wanted + "\n";
+           });
+}
+
 bool DesktopSession::startAccessibility() {
     accessibility_ =
         ChildProcess({"/usr/libexec/at-spi-bus-launcher"}, parts_.environment(),

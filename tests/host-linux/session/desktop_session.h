@@ -26,6 +26,11 @@ class DesktopSession {
     /// The daemons by name, the sound, the logs.
     PrivateSession& parts() { return parts_; }
 
+    /// From now on the focus follows the pointer, without a click.
+    bool letFocusFollowPointer();
+    void killWindowManager() { parts_.process("openbox").kill(); }
+    bool switchToWorkspace(int number);  // from 0
+
     bool startTray();  // tint2, at the top of the screen
     void killTray() { parts_.process("tint2").kill(); }
 

@@ -121,6 +121,92 @@ TEST_F(Panel, AClickOutsideClosesItUnlessItIsPinned) {
     ASSERT_NO_FATAL_FAILURE(openPanel());
 }
 
+/// Whether the panel stays for a while.
+bool panelStays() {
+    return !waitUntil([] { return !panelOnScreen(); }, std::chrono::milliseconds(600));
+}
+
+TEST_F(Panel, APointerOverAnotherWindowIsNoClickWhereTheFocusFollowsIt) {
+    ASSERT_TRUE(desktop.letFocusFollowPointer());
+    startInTray();
+    desktop.parts().spawn("neighbour", {"zenity", "--info", "--text=Somebody else's window"});
+    ASSERT_TRUE(waitUntil([] { return isOnScreen("zenity"); }));
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    const ScreenArea panel = panelOnScreen().value_or(ScreenArea{});
+    desktop.parts().run(
+        {"xdotool", "search", "--onlyvisible", "--class", "zenity", "windowmove", "900", "700"});
+    std::optional<ScreenArea> neighbour;
+    ASSERT_TRUE(waitUntil([&] { return (neighbour = areaOnScreen("zenity")) && neighbour->y >= 700; }));
+    ASSERT_TRUE(desktop.pointAt(*neighbour));
+    ASSERT_TRUE(waitUntil([] { return isFocused("zenity"); }));
+    EXPECT_TRUE(panelStays());
+    ASSERT_TRUE(desktop.pointAt(panel));
+    ASSERT_TRUE(desktop.pointAt({5, 1000, 0, 0}));
+    EXPECT_TRUE(panelStays()) << "the way over the bare desktop and back";
+    ASSERT_TRUE(desktop.click({5, 1000, 0, 0}));
+    EXPECT_TRUE(panelGoes());
+}
+
+TEST_F(Panel, AClickOnTheBareDesktopClosesItAlsoWithoutAWindowManager) {
+    startInTray();
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    desktop.killWindowManager();
+    ASSERT_TRUE(waitUntil([] { return !windowManagerIsThere(); }));
+    ASSERT_TRUE(desktop.click({1200, 900, 0, 0}, "3"));
+    EXPECT_TRUE(panelGoes()) << "by the right button";
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    ASSERT_TRUE(desktop.click({1200, 900, 0, 0}, "4"));
+    EXPECT_TRUE(panelStays()) << "turning the wheel is no click";
+    ASSERT_TRUE(desktop.click({1200, 900, 0, 0}));
+    EXPECT_TRUE(panelGoes());
+}
+
+TEST_F(Panel, AClickThatClosesItsMenuLeavesItOpen) {
+    startInTray();
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    ASSERT_TRUE(clickOn("Desk", "button menu"));
+    ASSERT_TRUE(waitUntil([] { return menuOnScreen().has_value(); }));
+    ASSERT_TRUE(desktop.click({1200, 900, 0, 0}));
+    EXPECT_TRUE(waitUntil([] { return !menuOnScreen(); }));
+    EXPECT_TRUE(panelStays());
+}
+
+TEST_F(Panel, IsOnEveryWorkspace) {
+    startInTray();
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    ASSERT_TRUE(clickOn("Pin (keep panel open)", "push button"));
+    ASSERT_TRUE(settingBecomes("panelPinned", true));
+    ASSERT_TRUE(desktop.switchToWorkspace(1));
+    EXPECT_TRUE(panelStays());
+    ASSERT_TRUE(desktop.clickIcon());
+    EXPECT_TRUE(panelGoes()) << "the first click closes it";
+}
+
+TEST_F(Panel, GivesTheFocusBackToTheWindowThatHadIt) {
+    startInTray();
+    desktop.parts().spawn("neighbour", {"zenity", "--entry"});
+    ASSERT_TRUE(waitUntil([] { return isFocused("zenity"); }));
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    EXPECT_TRUE(waitUntil([] { return isFocused("purlock"); }));
+    ASSERT_TRUE(desktop.press("Escape"));
+    EXPECT_TRUE(waitUntil([] { return isFocused("zenity"); }));
+}
+
+TEST_F(Panel, TheMenuOfItsIconOpensItAndNeverClosesIt) {
+    startInTray();
+    for (const char* when : {"closed", "open"}) {
+        SCOPED_TRACE(when);
+        ASSERT_TRUE(waitUntil([] { return trayIconOnScreen().has_value(); }));
+        ASSERT_TRUE(desktop.click(*trayIconOnScreen(), "3"));
+        std::optional<ScreenArea> menu;
+        ASSERT_TRUE(waitUntil([&] { return (menu = menuOnScreen()).has_value(); }));
+        ASSERT_TRUE(desktop.click({menu->centerX(), menu->y + 12, 0, 0}));
+        EXPECT_TRUE(panelComes());
+        EXPECT_TRUE(panelStays());
+    }
+    EXPECT_TRUE(waitUntil([] { return isFocused("purlock"); }));
+}
+
 TEST_F(Panel, ClosesByItsIconByEscapeAndByAnotherStart) {
     startInTray();
     ASSERT_NO_FATAL_FAILURE(openPanel());

@@ -1,3 +1,5 @@
+#include <QApplication>
+#include <QMenu>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -12,6 +14,10 @@ struct TrayKind {
     const char* name;
     bool blends;
 };
+
+QMenu* openMenu() {
+    return qobject_cast<QMenu*>(QApplication::activePopupWidget());
+}
 
 class InTrays : public TrayDockTest, public testing::WithParamInterface<TrayKind> {
   protected:
@@ -73,12 +79,12 @@ TEST_F(TrayDockTest, ATemplateHasTheColourThatTheTrayAsksFor) {
         << "others keep theirs";
 }
 
-TEST_F(TrayDockTest, EveryButtonClicks) {
+TEST_F(TrayDockTest, TheLeftAndTheMiddleButtonClickAndTheRightOneShowsTheMenu) {
     tray.emplace(TestTray::Options{});
     makeGreenItem();
     ASSERT_TRUE(iconIsShown());
     int expected = 0;
-    for (const char* which : {"1", "2", "3"}) {
+    for (const char* which : {"1", "2"}) {
         ASSERT_TRUE(pointer({"mousemove", "115", "15", "click", which}));
         ++expected;
         EXPECT_TRUE(runUntil([&] { return clicks == expected; })) << which;
@@ -86,6 +92,15 @@ TEST_F(TrayDockTest, EveryButtonClicks) {
     ASSERT_TRUE(pointer({"click", "4"}));
     runUntil([] { return false; }, std::chrono::milliseconds(50));
     EXPECT_EQ(clicks, expected) << "turning the wheel is no click";
+    ASSERT_TRUE(pointer({"click", "3"}));
+    ASSERT_TRUE(runUntil([] { return openMenu() != nullptr; }));
+    EXPECT_EQ(clicks, expected);
+    openMenu()->actions().at(0)->trigger();  // "Open Purlock"
+    EXPECT_EQ(clicks, ++expected);
+    panelIsOpen = true;
+    openMenu()->actions().at(0)->trigger();
+    EXPECT_EQ(clicks, expected) << "a panel that is open comes to the front";
+    EXPECT_EQ(presentations, 2);
 }
 
 TEST_F(TrayDockTest, TheNotifierItemWinsWhereBothAreShown) {
