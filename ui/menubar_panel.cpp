@@ -41,10 +41,12 @@ View textButton(std::string title, Action action) {
     return container(Button{std::move(action)}, {line(std::move(title), {11}, white(0.7))});
 }
 
-std::vector<MenuEntry> deviceEntries(const std::vector<AvailableDevice>& devices) {
+/// `current` is the UID of the device whose name stands on the menu's label.
+std::vector<MenuEntry> deviceEntries(const std::vector<AvailableDevice>& devices,
+                                     const std::optional<std::string>& current) {
     std::vector<MenuEntry> entries{MenuItem{"System default", PinDevice{}}, MenuSeparator{}};
     for (const AvailableDevice& device : devices) {
-        entries.emplace_back(MenuItem{device.name, PinDevice{device.uid}});
+        entries.emplace_back(MenuItem{device.name, PinDevice{device.uid}, device.uid == current});
     }
     return entries;
 }
@@ -125,10 +127,17 @@ View MenubarPanel::devicePicker() const {
     View label = onCard(row(defaultSpacing, {line(currentDeviceLabel(), {12}, white()), flexibleSpace(),
                                              symbol("chevron.up.chevron.down", {9}, white(0.5))}),
                         {6, 10}, 0.08);
-    View menu = container(Menu{deviceEntries(monitor_->availableDevices().value())}, {std::move(label)});
+    View menu = container(Menu{deviceEntries(monitor_->availableDevices().value(), currentDevice())},
+                          {std::move(label)});
     menu.label = "Output device";
-    return column(
-        6, {line(uppercased("Output device"), {10, FontWeight::semibold}, white(0.4)), std::move(menu)});
+    return column(6, {captionLine("Output device", white(0.4)), std::move(menu)});
+}
+
+std::optional<std::string> MenubarPanel::currentDevice() const {
+    const auto& pinned = settings_->pinnedDeviceUID().value();
+    if (pinned && !pinned->empty()) return pinned;
+    const auto& state = monitor_->state().value();
+    return state ? std::optional(state->uid) : std::nullopt;
 }
 
 std::string MenubarPanel::currentDeviceLabel() const {

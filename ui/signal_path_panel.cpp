@@ -77,11 +77,12 @@ View badge(const SignalStage& stage) {
                                        symbol(std::string(kindSymbol(stage.kind)), caption, color)});
     badge.frame = Size{22, 22};
     badge.children.back().label = qualityWords(stage.quality);
+    badge.readLast = true;  // first what it is about
     return badge;
 }
 
 View stageTitle(const SignalStage& stage) {
-    View title = row(defaultSpacing, {line(uppercased(stage.title), caption, white(0.4))});
+    View title = row(defaultSpacing, {captionLine(stage.title, white(0.4))});
     if (stage.bitrate) {
         title.children.push_back(flexibleSpace());
         title.children.push_back(line(*stage.bitrate, {10}, white(0.55)));
@@ -96,7 +97,7 @@ View connector(const SignalStage& from, const SignalStage& to) {
 }
 
 View findingsHeader() {
-    return column(0, {line(uppercased("Findings"), caption, white(0.4)), space(0, 8)});
+    return column(0, {captionLine("Findings", white(0.4)), space(0, 8)});
 }
 
 }  // namespace

@@ -28,7 +28,12 @@ Box::Box(QBoxLayout::Direction direction, QWidget* parent)
 void Box::setPadding(const Padding& padding) {
     const int across = static_cast<int>(padding.horizontal);
     const int down = static_cast<int>(padding.vertical);
-    const QMargins margins(across, down, across, down);
+    padding_ = QMargins(across, down, across, down);
+    showMargins();
+}
+
+void Box::showMargins() {
+    const QMargins margins = padding_ + outset_;
     if (margins != layout_->contentsMargins()) layout_->setContentsMargins(margins);
 }
 
@@ -39,14 +44,23 @@ void Box::setBackground(const std::optional<Background>& background) {
 }
 
 void Box::arrange(const std::vector<QWidget*>& children) {
+    QMargins reached;
     for (int i = 0; i < static_cast<int>(children.size()); ++i) {
         QWidget* child = children[static_cast<std::size_t>(i)];
-        const QLayoutItem* item = layout_->itemAt(i);
-        if (item && item->widget() == child) continue;
+        const QMargins outset = outsetOf(*child);
+        reached = reached | outset;
+        const auto* item = static_cast<const OutsetItem*>(layout_->itemAt(i));
+        if (item && item->widget() == child && item->outset() == outset) continue;
         layout_->removeWidget(child);
-        layout_->insertWidget(i, child, 0, alignment(*layout_, *child));
+        auto* place = new OutsetItem(child, outset);
+        place->setAlignment(alignment(*layout_, *child));
+        layout_->insertItem(i, place);
         child->show();
     }
+    const QMargins beyond = (reached - padding_) | QMargins();
+    if (beyond == outset_) return;
+    outset_ = beyond;
+    showMargins();
 }
 
 void Box::paintEvent(QPaintEvent* /*event*/) {
@@ -55,7 +69,8 @@ void Box::paintEvent(QPaintEvent* /*event*/) {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(qtColor(background_->color));
-    painter.drawRoundedRect(rect(), background_->cornerRadius, background_->cornerRadius);
+    painter.drawRoundedRect(rect().marginsRemoved(outset_), background_->cornerRadius,
+                            background_->cornerRadius);
 }
 
 Stack::Stack(QWidget* parent) : QWidget(parent) {

@@ -8,6 +8,7 @@
 #include <QPainter>
 #include <utility>
 
+#include "platform/linux/desktop/scroll_view.h"
 #include "platform/linux/desktop/view_style.h"
 #include "ui/view_parts.h"
 
@@ -61,6 +62,7 @@ void PanelSurface::settleLayout() {
 void PanelSurface::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     settleLayout();
+    if (auto* const content = dynamic_cast<ScrollView*>(root_)) content->scrollToTop();
     setFocus();  // the first control gets it from the Tab key, not from the click that opened the panel
 }
 
@@ -72,9 +74,10 @@ void PanelSurface::paintEvent(QPaintEvent* event) {
 }
 
 void PanelSurface::keyPressEvent(QKeyEvent* event) {
+    auto* const content = dynamic_cast<ScrollView*>(root_);
     if (event->key() == Qt::Key_Escape) {
         events_.onCancel();
-    } else {
+    } else if (content == nullptr || !content->scrollByKey(*event)) {
         QWidget::keyPressEvent(event);
     }
 }

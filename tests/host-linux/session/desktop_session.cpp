@@ -16,8 +16,9 @@ constexpr const char* tint2Configuration =
 
 bool DesktopSession::start(Accessibility accessibility) {
     parts_.setVariable("GSETTINGS_BACKEND", "memory");
-    return parts_.startAudio() && startDevices() && startScreen() &&
-           (accessibility == Accessibility::off || startAccessibility());
+    if (!parts_.startAudio() || !startDevices() || !startScreen()) return false;
+    if (accessibility != Accessibility::off) startAccessibilityService();
+    return accessibility != Accessibility::on || switchAccessibilityOn();
 }
 
 bool DesktopSession::startScreen() {
@@ -45,10 +46,13 @@ bool DesktopSession::switchToWorkspace(int number) {
            });
 }
 
-bool DesktopSession::startAccessibility() {
+void DesktopSession::startAccessibilityService() {
     accessibility_ =
         ChildProcess({"/usr/libexec/at-spi-bus-launcher"}, parts_.environment(),
                      {.log = parts_.folder() + "/log-accessibility", .group = ChildOptions::Group::own});
+}
+
+bool DesktopSession::switchAccessibilityOn() {
     return waitUntil([this] { return reader_.connect(); });
 }
 

@@ -18,7 +18,7 @@ namespace purlock::test {
 class DesktopSession {
   public:
     /// Most people's desktops speak to no screen reader, and programs are lighter there.
-    enum class Accessibility { on, off };
+    enum class Accessibility { on, off, later };  // later: the service is there, switched off
 
     /// Starts all but a tray, the player and the program; false when something does not answer.
     bool start(Accessibility accessibility = Accessibility::on);
@@ -57,11 +57,12 @@ class DesktopSession {
     Accessible onScreen();
 
     AccessibleReader& reader() { return reader_; }
+    bool switchAccessibilityOn();
 
   private:
     bool startDevices();
     bool startScreen();
-    bool startAccessibility();
+    void startAccessibilityService();
 
     PrivateSession parts_;
     std::optional<VirtualDisplay> display_;
