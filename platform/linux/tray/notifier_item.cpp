@@ -94,6 +94,11 @@ struct NotifierItem::Object {
         return appendPixmaps(reply, look(item).icon);
     }
 
+    static int iconName(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void* item,
+                        sd_bus_error*) {
+        return text(reply, look(item).iconName.c_str());
+    }
+
     static int noPixmaps(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void*,
                          sd_bus_error*) {
         return appendPixmaps(reply, {});
@@ -147,7 +152,7 @@ const sd_bus_vtable* NotifierItem::Object::table() {
         sd_bus_vtable SD_BUS_PROPERTY("Status", "s", status, 0, 0),
         sd_bus_vtable SD_BUS_PROPERTY("WindowId", "i", noWindow, 0, 0),
         sd_bus_vtable SD_BUS_PROPERTY("IconThemePath", "s", empty, 0, 0),
-        sd_bus_vtable SD_BUS_PROPERTY("IconName", "s", empty, 0, 0),
+        sd_bus_vtable SD_BUS_PROPERTY("IconName", "s", iconName, 0, 0),
         sd_bus_vtable SD_BUS_PROPERTY("IconPixmap", "a(iiay)", icon, 0, 0),
         sd_bus_vtable SD_BUS_PROPERTY("IconAccessibleDesc", "s", description, 0, 0),
         sd_bus_vtable SD_BUS_PROPERTY("OverlayIconName", "s", empty, 0, 0),
@@ -244,7 +249,8 @@ void NotifierItem::setHosted(bool hosted) {
 
 void NotifierItem::setLook(NotifierLook look) {
     const NotifierLook before = std::exchange(look_, std::move(look));
-    if (before.icon != look_.icon || before.description != look_.description) tell("NewIcon");
+    const bool sameName = before.iconName == look_.iconName;
+    if (before.icon != look_.icon || !sameName || before.description != look_.description) tell("NewIcon");
     if (before.toolTip != look_.toolTip) tell("NewToolTip");
     if (before.icon.empty() != look_.icon.empty()) tellStatus();
 }

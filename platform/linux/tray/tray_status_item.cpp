@@ -47,8 +47,9 @@ TrayStatusItem::TrayStatusItem(RunLoop& mainLoop, BusThread& busThread, const st
     : mainLoop_(mainLoop),
       presentPanel_(std::move(presentPanel)),
       dock_({[this] { click(); }, [this] { showMenu(QCursor::pos()); },
-             [this](int pixels, const std::optional<QColor>& foreground) {
-                 return statusIcon(image_, pixels, foreground, scheme_);
+             [this](int pixels, const TrayColors& colors) {
+                 const ColorScheme scheme = colors.background ? schemeOf(*colors.background) : scheme_;
+                 return statusIcon(image_, pixels, colors.foreground, scheme);
              }}),
       bus_(busThread, [&busThread, busAddress, events = busEvents()] {
           return std::make_unique<TrayBus>(busThread, busAddress, events);
@@ -114,7 +115,8 @@ void TrayStatusItem::setToolTip(const std::string& text) {
 }
 
 void TrayStatusItem::publishLook() {
-    NotifierLook look{statusPixmaps(image_, scheme_), image_.accessibilityDescription, toolTip_};
+    NotifierLook look{statusPixmaps(image_, scheme_), statusIconName(image_), image_.accessibilityDescription,
+                      toolTip_};
     bus_.post([look = std::move(look)](TrayBus& bus) { bus.setLook(look); });
 }
 

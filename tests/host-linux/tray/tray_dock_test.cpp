@@ -79,6 +79,25 @@ TEST_F(TrayDockTest, ATemplateHasTheColourThatTheTrayAsksFor) {
         << "others keep theirs";
 }
 
+TEST_F(TrayDockTest, ATemplateStandsOutFromTheTraysOwnGround) {
+    for (const auto& [ground, expected] :
+         {std::pair(0xF4F4F4U, 0x262626U), std::pair(0x202020U, 0xF2F2F2U)}) {
+        SCOPED_TRACE(ground);
+        tray.emplace(TestTray::Options{.ground = ground});
+        makeItem();
+        EXPECT_TRUE(runUntil([&] { return shows(firstIcon(), expected); }));
+        dropItem();
+        tray.reset();
+    }
+}
+
+TEST_F(TrayDockTest, ATrayThatGoesBySizeHintsGivesTheIconRoom) {
+    tray.emplace(TestTray::Options{.obeysSizeHints = true});
+    makeGreenItem();
+    EXPECT_TRUE(iconIsShown());
+    EXPECT_EQ(button()->windowFrame(), (Rect{103, 800 - 3 - 24, 24, 24}));
+}
+
 TEST_F(TrayDockTest, TheLeftAndTheMiddleButtonClickAndTheRightOneShowsTheMenu) {
     tray.emplace(TestTray::Options{});
     makeGreenItem();
