@@ -14,6 +14,11 @@ namespace {
 
 constexpr double betweenItems = 14;
 constexpr Padding aroundContent{16, 16};
+constexpr double belowBadge = 4;
+
+// While nothing plays everything is to be seen without scrolling, also below the banner.
+constexpr double closeStages = 0;
+constexpr double apartStages = 4;
 
 View named(std::string id, View view) {
     view.id = std::move(id);
@@ -86,14 +91,15 @@ void MenubarPanel::disappear() {
 View MenubarPanel::body() const {
     View content = column(betweenItems, {named("header", header())});
     auto& items = content.children;
-    if (!seams_.accessibility.isProcessTrusted()) items.push_back(named("banner", accessibilityBanner()));
+    const bool hasBanner = !seams_.accessibility.isProcessTrusted();
+    if (hasBanner) items.push_back(named("banner", accessibilityBanner()));
     if (const auto& info = coordinator_->nowPlaying()) {
         items.push_back(named("card", NowPlayingCard{*info}.body()));
     }
     items.push_back(named("divider above verdict", divider()));
     items.push_back(named("verdict", verdictSummary()));
     items.push_back(named("divider above path", divider()));
-    items.push_back(named("path", SignalPathPanel{coordinator_->report()}.body()));
+    items.push_back(named("path", SignalPathPanel{coordinator_->report(), hasBanner ? closeStages : apartStages}.body()));
     items.push_back(named("divider above picker", divider()));
     items.push_back(named("picker", devicePicker()));
     items.push_back(named("divider above footer", divider()));
@@ -119,7 +125,7 @@ View MenubarPanel::pinButton() const {
 
 View MenubarPanel::verdictSummary() const {
     const Verdict& verdict = coordinator_->report().verdict;
-    return column(defaultSpacing,
+    return column(belowBadge,
                   {VerdictBadge{verdict}.body(), paragraph(verdictDetail(verdict), {11}, white(0.6))});
 }
 

@@ -15,7 +15,6 @@ using Quality = SignalStage::Quality;
 using Severity = Diagnostic::Severity;
 
 constexpr Font caption{10, FontWeight::semibold};
-constexpr double betweenStages = 2;  // close enough to read as a chain
 
 /// Higher is worse.
 int rank(Quality quality) {
@@ -92,7 +91,7 @@ View stageTitle(const SignalStage& stage) {
 
 View connector(const SignalStage& from, const SignalStage& to) {
     const Color color = qualityColor(transitionQuality(from.quality, to.quality));
-    return row(0, {space(11, 0), element(Bar{2, 14, color}), space(8, 0),
+    return row(0, {space(11, 0), element(Bar{2, 14, color, true}), space(8, 0),
                    line(std::string(transitionLabel(from.kind, to.kind)), {10}, withOpacity(color, 0.75))});
 }
 

@@ -119,6 +119,7 @@ struct Bar {
     double width = 0;
     std::optional<double> height;  // absent: as high as the row that it stands in
     Color color;
+    bool joinsCircles = false;  // faint lines lead from it to the circles of the rows above and below
     bool operator==(const Bar&) const = default;
 };
 

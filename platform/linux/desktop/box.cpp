@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "platform/linux/desktop/shapes.h"
 #include "platform/linux/desktop/view_style.h"
 
 namespace purlock::host_linux {
@@ -63,7 +64,42 @@ void Box::arrange(const std::vector<QWidget*>& children) {
     showMargins();
 }
 
+namespace {
+
+/// The first widget of a kind among the children of a row and theirs; null when there is none.
+template <typename Widget>
+const Widget* firstIn(const QLayoutItem* row) {
+    if (row == nullptr || row->widget() == nullptr) return nullptr;
+    for (const QWidget* child : row->widget()->findChildren<QWidget*>()) {
+        if (const auto* found = dynamic_cast<const Widget*>(child)) return found;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+/// From the bars that join circles to the circles of the rows above and below.
+void Box::drawLinks() {
+    for (int index = 0; index < layout_->count(); ++index) {
+        const auto* bar = firstIn<Rule>(layout_->itemAt(index));
+        if (bar == nullptr || !bar->joinsCircles()) continue;
+        QPainter painter(this);
+        QColor faint = bar->color();
+        faint.setAlphaF(0.35F);
+        const QRect place(bar->mapTo(this, QPoint()), bar->size());
+        if (const auto* above = firstIn<CircleDrawing>(layout_->itemAt(index - 1))) {
+            const int from = above->mapTo(this, QPoint(0, above->height())).y();
+            painter.fillRect(QRect(place.left(), from, place.width(), place.top() - from), faint);
+        }
+        if (const auto* below = firstIn<CircleDrawing>(layout_->itemAt(index + 1))) {
+            const int to = below->mapTo(this, QPoint()).y();
+            painter.fillRect(QRect(place.left(), place.bottom() + 1, place.width(), to - place.bottom() - 1), faint);
+        }
+    }
+}
+
 void Box::paintEvent(QPaintEvent* /*event*/) {
+    if (layout_->direction() == QBoxLayout::TopToBottom) drawLinks();
     if (!background_) return;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);

@@ -30,6 +30,7 @@ class Box final : public QWidget, public Outreaching {
 
   private:
     void showMargins();
+    void drawLinks();
 
     QBoxLayout* const layout_;  // belongs to this
     QMargins padding_;

@@ -7,7 +7,6 @@
 #include <QDir>
 #include <QLibraryInfo>
 #include <QPalette>
-#include <QStyleFactory>
 #include <QToolTip>
 #include <algorithm>
 #include <cstdio>
@@ -16,6 +15,7 @@
 #include <vector>
 
 #include "platform/linux/desktop/accessible_panel.h"
+#include "platform/linux/desktop/menu_style.h"
 #include "platform/linux/desktop/view_style.h"
 #include "platform/linux/system/file_descriptor.h"
 #include "ui/view_parts.h"
@@ -25,6 +25,10 @@ namespace purlock::host_linux {
 namespace {
 
 constexpr Color ground{0.17, 0.17, 0.18, 1};
+
+// As the panel's own texts are.
+constexpr int tipSize = 11;
+constexpr int menuSize = 12;
 
 QPalette darkPalette() {
     QPalette palette;
@@ -161,10 +165,15 @@ void spareOtherPrograms() {
 }
 
 void applyDarkLook() {
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(new MenuStyle);  // which the application then owns
     const QPalette palette = darkPalette();
     QApplication::setPalette(palette);
     QToolTip::setPalette(palette);
+    QFont small = QApplication::font();
+    small.setPixelSize(tipSize);
+    QToolTip::setFont(small);
+    small.setPixelSize(menuSize);
+    QApplication::setFont(small, "QMenu");
 }
 
 }  // namespace purlock::host_linux
