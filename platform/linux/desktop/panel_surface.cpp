@@ -6,6 +6,9 @@
 #include <QKeyEvent>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QPainterPath>
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "platform/linux/desktop/scroll_view.h"
@@ -18,6 +21,17 @@ namespace {
 
 constexpr int deepestTree = 12;  // of views, with some to spare
 constexpr Color ground{0.145, 0.145, 0.155, 1};
+
+/// A point wide, and a whole number of device pixels on every side, whatever the scale.
+void drawEdge(QPainter& painter, const QRectF& rect) {
+    const double ratio = painter.deviceTransform().m11();
+    const double width = std::max(1.0, std::floor(ratio)) / ratio;
+    const QRectF inner = rect.adjusted(width, width, -width, -width);
+    QPainterPath edge;
+    edge.addRect(rect);
+    edge.addRect(inner);  // odd and even: what lies between the two
+    painter.fillPath(edge, qtColor(white(0.12)));
+}
 
 }  // namespace
 
@@ -69,8 +83,7 @@ void PanelSurface::showEvent(QShowEvent* event) {
 void PanelSurface::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     painter.fillRect(event->rect(), qtColor(ground));
-    painter.setPen(qtColor(white(0.12)));
-    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    drawEdge(painter, rect());
 }
 
 void PanelSurface::keyPressEvent(QKeyEvent* event) {
