@@ -99,7 +99,8 @@ View MenubarPanel::body() const {
     items.push_back(named("divider above verdict", divider()));
     items.push_back(named("verdict", verdictSummary()));
     items.push_back(named("divider above path", divider()));
-    items.push_back(named("path", SignalPathPanel{coordinator_->report(), hasBanner ? closeStages : apartStages}.body()));
+    items.push_back(
+        named("path", SignalPathPanel{coordinator_->report(), hasBanner ? closeStages : apartStages}.body()));
     items.push_back(named("divider above picker", divider()));
     items.push_back(named("picker", devicePicker()));
     items.push_back(named("divider above footer", divider()));

@@ -93,7 +93,8 @@ void Box::drawLinks() {
         }
         if (const auto* below = firstIn<CircleDrawing>(layout_->itemAt(index + 1))) {
             const int to = below->mapTo(this, QPoint()).y();
-            painter.fillRect(QRect(place.left(), place.bottom() + 1, place.width(), to - place.bottom() - 1), faint);
+            painter.fillRect(QRect(place.left(), place.bottom() + 1, place.width(), to - place.bottom() - 1),
+                             faint);
         }
     }
 }

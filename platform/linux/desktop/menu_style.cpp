@@ -33,7 +33,8 @@ void drawEntry(const QStyleOptionMenuItem& entry, QPainter& painter) {
     painter.setPen(qtColor(white()));
     painter.setFont(entry.font);
     painter.drawText(entry.rect.adjusted(besideText, 0, -besideText, 0),
-                     Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine | Qt::TextHideMnemonic, entry.text);
+                     Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine | Qt::TextHideMnemonic,
+                     entry.text);
 }
 
 void drawEdge(const QRect& rect, QPainter& painter) {
@@ -70,7 +71,7 @@ void MenuStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* opti
     }
     painter->save();
     if (isGround) painter->fillRect(option->rect, option->palette.window());
-    drawEdge(option->rect, *painter);
+    if (element != PE_PanelMenu) drawEdge(option->rect, *painter);  // a menu's frame comes by itself
     painter->restore();
 }
 
@@ -82,7 +83,8 @@ QSize MenuStyle::sizeFromContents(ContentsType type, const QStyleOption* option,
     }
     if (entry->menuItemType == QStyleOptionMenuItem::Separator) return {size.width(), separatorHeight};
     const QFontMetrics metrics(entry->font);
-    return {metrics.horizontalAdvance(entry->text) + 2 * besideText + 2, std::max(entryHeight, metrics.height())};
+    return {metrics.horizontalAdvance(entry->text) + 2 * besideText + 2,
+            std::max(entryHeight, metrics.height())};
 }
 
 int MenuStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const {

@@ -4,8 +4,8 @@
 
 namespace purlock::host_linux {
 
-/// Menus and tool tips as the panel is: its ground, its faint edge, its sizes of text, and a lighter row for the
-/// entry that the pointer is on. Everything else is the style that it is made of.
+/// Menus and tool tips as the panel is: its ground, its faint edge, its sizes of text, and a lighter row for
+/// the entry that the pointer is on. Everything else is the style that it is made of.
 class MenuStyle final : public QProxyStyle {
   public:
     MenuStyle();
