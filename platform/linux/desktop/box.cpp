@@ -58,6 +58,7 @@ void Box::arrange(const std::vector<QWidget*>& children) {
         layout_->insertItem(i, place);
         child->show();
     }
+    findLinks();
     const QMargins beyond = (reached - padding_) | QMargins();
     if (beyond == outset_) return;
     outset_ = beyond;
@@ -66,33 +67,46 @@ void Box::arrange(const std::vector<QWidget*>& children) {
 
 namespace {
 
-/// The first widget of a kind among the children of a row and theirs; null when there is none.
+/// The first widget of a kind that stands directly in a row, or in what stands there; null when there is
+/// none.
 template <typename Widget>
 const Widget* firstIn(const QLayoutItem* row) {
-    if (row == nullptr || row->widget() == nullptr) return nullptr;
-    for (const QWidget* child : row->widget()->findChildren<QWidget*>()) {
-        if (const auto* found = dynamic_cast<const Widget*>(child)) return found;
+    const QLayout* places = row != nullptr && row->widget() != nullptr ? row->widget()->layout() : nullptr;
+    for (int index = 0; places != nullptr && index < std::min(places->count(), 2); ++index) {
+        const QLayoutItem* place = places->itemAt(index);
+        if (const auto* found = dynamic_cast<const Widget*>(place->widget())) return found;
+        if (const auto* found = firstIn<Widget>(place)) return found;
     }
     return nullptr;
 }
 
 }  // namespace
 
-/// From the bars that join circles to the circles of the rows above and below.
-void Box::drawLinks() {
+/// Bars that join circles are looked for when the children change, not whenever something is painted.
+void Box::findLinks() {
+    links_.clear();
+    if (layout_->direction() != QBoxLayout::TopToBottom) return;
     for (int index = 0; index < layout_->count(); ++index) {
         const auto* bar = firstIn<Rule>(layout_->itemAt(index));
         if (bar == nullptr || !bar->joinsCircles()) continue;
-        QPainter painter(this);
-        QColor faint = bar->color();
+        links_.push_back({bar, firstIn<CircleDrawing>(layout_->itemAt(index - 1)),
+                          firstIn<CircleDrawing>(layout_->itemAt(index + 1))});
+    }
+}
+
+/// From the bars to the circles of the rows above and below.
+void Box::drawLinks() {
+    QPainter painter(this);
+    for (const Link& link : links_) {
+        QColor faint = link.bar->color();
         faint.setAlphaF(0.35F);
-        const QRect place(bar->mapTo(this, QPoint()), bar->size());
-        if (const auto* above = firstIn<CircleDrawing>(layout_->itemAt(index - 1))) {
-            const int from = above->mapTo(this, QPoint(0, above->height())).y();
+        const QRect place(link.bar->mapTo(this, QPoint()), link.bar->size());
+        if (link.above != nullptr) {
+            const int from = link.above->mapTo(this, QPoint(0, link.above->height())).y();
             painter.fillRect(QRect(place.left(), from, place.width(), place.top() - from), faint);
         }
-        if (const auto* below = firstIn<CircleDrawing>(layout_->itemAt(index + 1))) {
-            const int to = below->mapTo(this, QPoint()).y();
+        if (link.below != nullptr) {
+            const int to = link.below->mapTo(this, QPoint()).y();
             painter.fillRect(QRect(place.left(), place.bottom() + 1, place.width(), to - place.bottom() - 1),
                              faint);
         }
@@ -100,7 +114,7 @@ void Box::drawLinks() {
 }
 
 void Box::paintEvent(QPaintEvent* /*event*/) {
-    if (layout_->direction() == QBoxLayout::TopToBottom) drawLinks();
+    if (!links_.empty()) drawLinks();
     if (!background_) return;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);

@@ -10,6 +10,8 @@
 
 namespace purlock::host_linux {
 
+class Rule;
+
 /// A row or column with room and a rounded ground around it. What its children reach beyond their places, it
 /// reaches beyond its own as far as its room does not hold it.
 class Box final : public QWidget, public Outreaching {
@@ -29,12 +31,21 @@ class Box final : public QWidget, public Outreaching {
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    /// A bar and the circles that it joins, null where there is none. They belong to the children.
+    struct Link {
+        const Rule* bar;
+        const QWidget* above;
+        const QWidget* below;
+    };
+
     void showMargins();
+    void findLinks();
     void drawLinks();
 
     QBoxLayout* const layout_;  // belongs to this
     QMargins padding_;
     QMargins outset_;
+    std::vector<Link> links_;
     std::optional<Background> background_;
 };
 
