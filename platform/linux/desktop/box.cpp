@@ -18,6 +18,11 @@ Qt::Alignment alignment(const QBoxLayout& layout, const QWidget& child) {
     return inRow && !fills ? Qt::AlignVCenter : Qt::Alignment();
 }
 
+QMargins outsetIn(const QLayoutItem& item) {
+    const auto* place = dynamic_cast<const OutsetItem*>(&item);
+    return place != nullptr ? place->outset() : QMargins();
+}
+
 }  // namespace
 
 Box::Box(QBoxLayout::Direction direction, QWidget* parent)
@@ -50,12 +55,16 @@ void Box::arrange(const std::vector<QWidget*>& children) {
         QWidget* child = children[static_cast<std::size_t>(i)];
         const QMargins outset = outsetOf(*child);
         reached = reached | outset;
-        const auto* item = static_cast<const OutsetItem*>(layout_->itemAt(i));
-        if (item && item->widget() == child && item->outset() == outset) continue;
+        QLayoutItem* item = layout_->itemAt(i);
+        if (item && item->widget() == child && outsetIn(*item) == outset) continue;
         layout_->removeWidget(child);
-        auto* place = new OutsetItem(child, outset);
-        place->setAlignment(alignment(*layout_, *child));
-        layout_->insertItem(i, place);
+        if (outset.isNull()) {
+            layout_->insertWidget(i, child, 0, alignment(*layout_, *child));  // remembers its sizes
+        } else {
+            auto* place = new OutsetItem(child, outset);
+            place->setAlignment(alignment(*layout_, *child));
+            layout_->insertItem(i, place);
+        }
         child->show();
     }
     findLinks();
