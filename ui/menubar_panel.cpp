@@ -14,6 +14,11 @@ namespace {
 
 constexpr double betweenItems = 14;
 constexpr Padding aroundContent{16, 16};
+constexpr double belowBadge = 4;
+
+// While nothing plays everything is to be seen without scrolling, also below the banner.
+constexpr double closeStages = 0;
+constexpr double apartStages = 4;
 
 View named(std::string id, View view) {
     view.id = std::move(id);
@@ -41,10 +46,12 @@ View textButton(std::string title, Action action) {
     return container(Button{std::move(action)}, {line(std::move(title), {11}, white(0.7))});
 }
 
-std::vector<MenuEntry> deviceEntries(const std::vector<AvailableDevice>& devices) {
+/// `current` is the UID of the device whose name stands on the menu's label.
+std::vector<MenuEntry> deviceEntries(const std::vector<AvailableDevice>& devices,
+                                     const std::optional<std::string>& current) {
     std::vector<MenuEntry> entries{MenuItem{"System default", PinDevice{}}, MenuSeparator{}};
     for (const AvailableDevice& device : devices) {
-        entries.emplace_back(MenuItem{device.name, PinDevice{device.uid}});
+        entries.emplace_back(MenuItem{device.name, PinDevice{device.uid}, device.uid == current});
     }
     return entries;
 }
@@ -84,8 +91,8 @@ void MenubarPanel::disappear() {
 View MenubarPanel::body() const {
     View content = column(betweenItems, {named("header", header())});
     auto& items = content.children;
-    if (!seams_.accessibility.isProcessTrusted())
-        items.push_back(named("banner", accessibilityBanner(seams_.words)));
+    const bool hasBanner = !seams_.accessibility.isProcessTrusted();
+    if (hasBanner) items.push_back(named("banner", accessibilityBanner(seams_.words)));
     if (const auto& info = coordinator_->nowPlaying()) {
         items.push_back(named("card", NowPlayingCard{*info}.body()));
     }
@@ -93,7 +100,8 @@ View MenubarPanel::body() const {
     items.push_back(named("verdict", verdictSummary()));
     items.push_back(named("divider above path", divider()));
     const bool canCopy = static_cast<bool>(actions_.onCopy);
-    items.push_back(named("path", SignalPathPanel{coordinator_->report(), canCopy}.body()));
+    const double betweenStages = hasBanner ? closeStages : apartStages;
+    items.push_back(named("path", SignalPathPanel{coordinator_->report(), canCopy, betweenStages}.body()));
     items.push_back(named("divider above picker", divider()));
     items.push_back(named("picker", devicePicker()));
     items.push_back(named("divider above footer", divider()));
@@ -119,18 +127,25 @@ View MenubarPanel::pinButton() const {
 
 View MenubarPanel::verdictSummary() const {
     const Verdict& verdict = coordinator_->report().verdict;
-    return column(defaultSpacing, {VerdictBadge{verdict}.body(),
-                                   paragraph(verdictDetail(verdict, seams_.words), {11}, white(0.6))});
+    return column(belowBadge, {VerdictBadge{verdict}.body(),
+                               paragraph(verdictDetail(verdict, seams_.words), {11}, white(0.6))});
 }
 
 View MenubarPanel::devicePicker() const {
     View label = onCard(row(defaultSpacing, {line(currentDeviceLabel(), {12}, white()), flexibleSpace(),
                                              symbol("chevron.up.chevron.down", {9}, white(0.5))}),
                         {6, 10}, 0.08);
-    View menu = container(Menu{deviceEntries(monitor_->availableDevices().value())}, {std::move(label)});
+    View menu = container(Menu{deviceEntries(monitor_->availableDevices().value(), currentDevice())},
+                          {std::move(label)});
     menu.label = "Output device";
-    return column(
-        6, {line(uppercased("Output device"), {10, FontWeight::semibold}, white(0.4)), std::move(menu)});
+    return column(6, {captionLine("Output device", white(0.4)), std::move(menu)});
+}
+
+std::optional<std::string> MenubarPanel::currentDevice() const {
+    const auto& pinned = settings_->pinnedDeviceUID().value();
+    if (pinned && !pinned->empty()) return pinned;
+    const auto& state = monitor_->state().value();
+    return state ? std::optional(state->uid) : std::nullopt;
 }
 
 std::string MenubarPanel::currentDeviceLabel() const {

@@ -68,6 +68,7 @@ class MenubarPanel {
     View devicePicker() const;
     View footer() const;
     std::string currentDeviceLabel() const;
+    std::optional<std::string> currentDevice() const;
 
     const MenubarPanelSeams seams_;
     const std::shared_ptr<AudioMonitor> monitor_;

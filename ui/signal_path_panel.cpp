@@ -15,7 +15,6 @@ using Quality = SignalStage::Quality;
 using Severity = Diagnostic::Severity;
 
 constexpr Font caption{10, FontWeight::semibold};
-constexpr double betweenStages = 2;  // close enough to read as a chain
 
 /// Higher is worse.
 int rank(Quality quality) {
@@ -77,11 +76,12 @@ View badge(const SignalStage& stage) {
                                        symbol(std::string(kindSymbol(stage.kind)), caption, color)});
     badge.frame = Size{22, 22};
     badge.children.back().label = qualityWords(stage.quality);
+    badge.readLast = true;  // first what it is about
     return badge;
 }
 
 View stageTitle(const SignalStage& stage) {
-    View title = row(defaultSpacing, {line(uppercased(stage.title), caption, white(0.4))});
+    View title = row(defaultSpacing, {captionLine(stage.title, white(0.4))});
     if (stage.bitrate) {
         title.children.push_back(flexibleSpace());
         title.children.push_back(line(*stage.bitrate, {10}, white(0.55)));
@@ -91,7 +91,7 @@ View stageTitle(const SignalStage& stage) {
 
 View connector(const SignalStage& from, const SignalStage& to) {
     const Color color = qualityColor(transitionQuality(from.quality, to.quality));
-    return row(0, {space(11, 0), element(Bar{2, 14, color}), space(8, 0),
+    return row(0, {space(11, 0), element(Bar{2, 14, color, true}), space(8, 0),
                    line(std::string(transitionLabel(from.kind, to.kind)), {10}, withOpacity(color, 0.75))});
 }
 
@@ -105,7 +105,7 @@ View copyButton(const std::string& command) {
 }
 
 View findingsHeader() {
-    return column(0, {line(uppercased("Findings"), caption, white(0.4)), space(0, 8)});
+    return column(0, {captionLine("Findings", white(0.4)), space(0, 8)});
 }
 
 }  // namespace

@@ -24,7 +24,8 @@ std::string_view transitionLabel(SignalStage::Kind from, SignalStage::Kind to);
 /// The stages as a chain with a connector between each two, and under them the findings.
 struct SignalPathPanel {
     const SignalPathReport& report;
-    bool canCopy = false;  // whether there is a clipboard
+    bool canCopy = false;      // whether there is a clipboard
+    double betweenStages = 4;  // and the connectors between them
     View body() const;
 };
 

@@ -124,6 +124,7 @@ struct Bar {
     double width = 0;
     std::optional<double> height;  // absent: as high as the row that it stands in
     Color color;
+    bool joinsCircles = false;  // faint lines lead from it to the circles of the rows above and below
     bool operator==(const Bar&) const = default;
 };
 
@@ -177,6 +178,7 @@ struct Switch {
 struct MenuItem {
     std::string title;
     Action action;
+    bool isCurrent = false;  // what is chosen now: stands out by its weight, without a mark
     bool operator==(const MenuItem&) const = default;
 };
 struct MenuSeparator {
@@ -238,8 +240,9 @@ struct View {
     std::optional<Size> frame;  // absent: as large as it needs
     Width width = Width::content;
 
-    std::string help;   // shown on hovering
-    std::string label;  // what a screen reader says where the content has no words of its own
+    std::string help;       // shown on hovering
+    std::string label;      // what a screen reader says where the content has no words of its own, or others
+    bool readLast = false;  // a screen reader comes to it after its siblings
 
     bool operator==(const View&) const = default;
 };

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/text.h"
 #include "ui/view.h"
 
 namespace purlock {
@@ -39,6 +40,13 @@ inline View column(double spacing, std::vector<View> children) {
 
 inline View line(std::string text, const Font& font, const Color& color) {
     return element(Text{std::move(text), font, color, Lines::one});
+}
+
+/// A caption in capitals, which a screen reader might spell: it is told the words as they are.
+inline View captionLine(const std::string& words, const Color& color) {
+    View caption = line(uppercased(words), {10, FontWeight::semibold}, color);
+    caption.label = words;
+    return caption;
 }
 
 inline View paragraph(std::string text, const Font& font, const Color& color) {

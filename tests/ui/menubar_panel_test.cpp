@@ -230,7 +230,7 @@ TEST(MenubarPanel, ThePickerOffersTheDefaultAndEveryDevice) {
     Fixture f;
     f.open();
     const std::vector<MenuEntry> expected{MenuItem{"System default", PinDevice{}}, MenuSeparator{},
-                                          MenuItem{"Desk", PinDevice{"desk-1"}},
+                                          MenuItem{"Desk", PinDevice{"desk-1"}, true},
                                           MenuItem{"Cans", PinDevice{"cans-1"}}};
     EXPECT_EQ(f.menu().entries, expected);
 }

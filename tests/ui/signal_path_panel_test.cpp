@@ -149,7 +149,7 @@ TEST(SignalPathPanel, AConnectorIsABarAndALabelInTheColourOfTheHop) {
     EXPECT_EQ(test::contentOf<Row>(connector).spacing, 0);
     ASSERT_EQ(connector.children.size(), 4U);
     EXPECT_EQ(test::contentOf<Space>(connector.children[0]).width, 11);
-    EXPECT_EQ(test::contentOf<Bar>(connector.children[1]), (Bar{2, 14, accentRed}));
+    EXPECT_EQ(test::contentOf<Bar>(connector.children[1]), (Bar{2, 14, accentRed, true}));
     EXPECT_EQ(test::contentOf<Space>(connector.children[2]).width, 8);
     EXPECT_EQ(test::contentOf<Text>(connector.children[3]),
               (Text{"→", {10}, withOpacity(accentRed, 0.75), Lines::one}));

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "base/run_loop.h"
@@ -13,15 +14,17 @@
 namespace purlock::host_linux {
 
 /// How the one instance of a session hears that the program was started once more: it owns the name
-/// `org.purlock.Purlock` on the session bus and is an org.freedesktop.Application there.
+/// `org.purlock.Purlock` on the session bus and is an org.freedesktop.Application there. It also tells
+/// whether its panel is open.
 ///
 /// Owned by the host; made and dropped on the main thread, after the bus thread and before its end. A bus
 /// that is not there, goes or comes back is no trouble.
 class InstanceActivation {
   public:
     /// `onActivate` runs on the main thread, once for however many calls have come since it last ran.
+    /// `isPanelOpen` is asked there too.
     InstanceActivation(RunLoop& mainLoop, BusThread& busThread, std::string busAddress,
-                       std::function<void()> onActivate);
+                       std::function<void()> onActivate, std::function<bool()> isPanelOpen);
     ~InstanceActivation();
     InstanceActivation(const InstanceActivation&) = delete;
     InstanceActivation& operator=(const InstanceActivation&) = delete;
@@ -29,10 +32,13 @@ class InstanceActivation {
   private:
     class Service;
 
-    /// What the bus thread shares with this. The function is for the main thread alone.
+    /// What the bus thread shares with this. The functions are for the main thread alone.
     struct Link {
         std::function<void()> onActivate;
+        std::function<bool()> isPanelOpen;
+        std::function<void(bool)> answer;
         std::atomic<bool> underWay = false;
+        std::atomic<bool> questionUnderWay = false;
     };
 
     std::shared_ptr<Link> link_;
@@ -43,5 +49,9 @@ class InstanceActivation {
 /// most `longest`, also for an instance that has just begun to start. False when there is no bus, no instance
 /// on it, or no answer. Any thread but the bus thread.
 bool activateRunningInstance(const std::string& busAddress, std::chrono::milliseconds longest);
+
+/// Whether the panel of the running instance is open, once that instance has done what it was asked before.
+/// Absent when it does not say within `longest`. Any thread but the bus thread.
+std::optional<bool> panelOfRunningInstance(const std::string& busAddress, std::chrono::milliseconds longest);
 
 }  // namespace purlock::host_linux

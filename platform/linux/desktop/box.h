@@ -5,12 +5,16 @@
 #include <optional>
 #include <vector>
 
+#include "platform/linux/desktop/outset.h"
 #include "ui/view.h"
 
 namespace purlock::host_linux {
 
-/// A row or column with room and a rounded ground around it.
-class Box final : public QWidget {
+class Rule;
+
+/// A row or column with room and a rounded ground around it. What its children reach beyond their places, it
+/// reaches beyond its own as far as its room does not hold it.
+class Box final : public QWidget, public Outreaching {
   public:
     Box(QBoxLayout::Direction direction, QWidget* parent);
 
@@ -21,11 +25,27 @@ class Box final : public QWidget {
     /// Puts the children into that order, adding and leaving out what differs.
     void arrange(const std::vector<QWidget*>& children);
 
+    QMargins outset() const override { return outset_; }
+
   protected:
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    /// A bar and the circles that it joins, null where there is none. They belong to the children.
+    struct Link {
+        const Rule* bar;
+        const QWidget* above;
+        const QWidget* below;
+    };
+
+    void showMargins();
+    void findLinks();
+    void drawLinks();
+
     QBoxLayout* const layout_;  // belongs to this
+    QMargins padding_;
+    QMargins outset_;
+    std::vector<Link> links_;
     std::optional<Background> background_;
 };
 

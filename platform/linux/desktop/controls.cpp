@@ -1,5 +1,6 @@
 #include "platform/linux/desktop/controls.h"
 
+#include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QPainter>
@@ -16,6 +17,8 @@ namespace {
 constexpr QSizeF switchSize(26, 15);
 constexpr int betweenLabelAndSwitch = 6;
 constexpr int widestMenuTitle = 420;
+constexpr int smallestTarget = 24;  // points each way that the mouse has to meet
+constexpr int aroundFocus = 4;      // between what a small control shows and the outline of the focus
 
 void hold(QWidget& control, QWidget* face) {
     if (control.layout()) return;
@@ -26,35 +29,50 @@ void hold(QWidget& control, QWidget* face) {
     face->show();
 }
 
+/// What a control reaches beyond what it shows, each way: nothing where that is large enough, as a card is.
+QMargins outsetFor(const QSize& shown) {
+    if (shown.width() >= smallestTarget && shown.height() >= smallestTarget) return {};
+    const auto side = [](int length) { return std::max(aroundFocus, (smallestTarget - length + 1) / 2); };
+    const int across = side(shown.width());
+    const int down = side(shown.height());
+    return {across, down, across, down};
+}
+
 void drawFocus(QWidget& control) {
     if (!control.hasFocus()) return;
     QPainter painter(&control);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(qtColor(white(0.55)), 1.5));
-    painter.drawRoundedRect(QRectF(control.rect()).adjusted(0.75, 0.75, -0.75, -0.75), 4, 4);
+    painter.drawRoundedRect(QRectF(control.rect()).adjusted(0.75, 0.75, -0.75, -0.75), 5, 5);
 }
 
-/// A control that is pressed is a little darker than one that is not.
-void drawPressed(QAbstractButton& button) {
-    if (!button.isDown()) return;
+/// A control is a little lighter below the pointer, and more so while it is pressed.
+void drawGround(QAbstractButton& button) {
+    const double opacity = button.isDown() ? 0.16 : button.underMouse() ? 0.08 : 0;
+    if (opacity == 0) return;
     QPainter painter(&button);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(qtColor(white(0.08)));
-    painter.drawRoundedRect(button.rect(), 4, 4);
+    painter.setBrush(qtColor(white(opacity)));
+    painter.drawRoundedRect(button.rect(), 6, 6);
 }
 
-/// The Return key does what the Space key does.
-bool clickOnReturn(QAbstractButton& button, const QKeyEvent& event) {
-    if (event.key() != Qt::Key_Return && event.key() != Qt::Key_Enter) return false;
-    button.animateClick();
-    return true;
+/// The Return key does what the Space key does, and arrows scroll the panel wherever the focus is.
+bool takeKey(QAbstractButton& button, QKeyEvent& event) {
+    if (event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter) {
+        button.animateClick();
+        return true;
+    }
+    const bool isArrow = event.key() == Qt::Key_Up || event.key() == Qt::Key_Down;
+    if (isArrow) event.ignore();
+    return isArrow;
 }
 
 }  // namespace
 
 PlainButton::PlainButton(const PerformAction& perform, QWidget* parent) : QAbstractButton(parent) {
     setFocusPolicy(Qt::TabFocus);
+    setAttribute(Qt::WA_Hover);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);  // a face that wraps may grow
     // A copy: what the action leads to may change this button's own.
     connect(this, &QAbstractButton::clicked, this, [this, &perform] { perform(Action(action_)); });
@@ -62,20 +80,23 @@ PlainButton::PlainButton(const PerformAction& perform, QWidget* parent) : QAbstr
 
 void PlainButton::setFace(QWidget* face) {
     hold(*this, face);
+    const QMargins margins = outsetFor(face->sizeHint().expandedTo(face->minimumSize()));
+    if (margins != layout()->contentsMargins()) layout()->setContentsMargins(margins);
 }
 
 void PlainButton::paintEvent(QPaintEvent* /*event*/) {
-    drawPressed(*this);
+    drawGround(*this);
     drawFocus(*this);
 }
 
 void PlainButton::keyPressEvent(QKeyEvent* event) {
-    if (!clickOnReturn(*this, *event)) QAbstractButton::keyPressEvent(event);
+    if (!takeKey(*this, *event)) QAbstractButton::keyPressEvent(event);
 }
 
 PullDownMenu::PullDownMenu(PerformAction perform, QWidget* parent)
     : QPushButton(parent), perform_(std::move(perform)), menu_(this) {
     setFocusPolicy(Qt::TabFocus);
+    setAttribute(Qt::WA_Hover);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     setMenu(&menu_);
     connect(&menu_, &QMenu::aboutToShow, this, [this] { menu_.setMinimumWidth(width()); });
@@ -88,22 +109,34 @@ void PullDownMenu::setFace(QWidget* face) {
 void PullDownMenu::setEntries(const std::vector<MenuEntry>& entries) {
     if (entries == entries_) return;
     entries_ = entries;
+    const QAction* chosen = menu_.activeAction();
+    const QString chosenTitle = chosen != nullptr ? chosen->text() : QString();
     menu_.clear();
-    for (const MenuEntry& entry : entries_) {
-        const auto* item = std::get_if<MenuItem>(&entry);
-        if (!item) {
-            menu_.addSeparator();
-            continue;
-        }
-        const QString title =
-            menu_.fontMetrics().elidedText(lineText(item->title), Qt::ElideMiddle, widestMenuTitle);
-        QAction* action = menu_.addAction(withoutMnemonics(title));
-        connect(action, &QAction::triggered, this, [this, wanted = item->action] { perform_(wanted); });
+    for (const MenuEntry& entry : entries_) addEntry(entry);
+    if (!menu_.isVisible()) return;
+    menu_.popup(menu_.pos());  // anew, for a menu that grows must not leave the screen
+    for (QAction* action : menu_.actions()) {
+        if (!chosenTitle.isEmpty() && action->text() == chosenTitle) menu_.setActiveAction(action);
     }
 }
 
+void PullDownMenu::addEntry(const MenuEntry& entry) {
+    const auto* item = std::get_if<MenuItem>(&entry);
+    if (!item) {
+        menu_.addSeparator();
+        return;
+    }
+    QFont shownFont = menu_.font();
+    shownFont.setBold(item->isCurrent);
+    const QString title =
+        QFontMetrics(shownFont).elidedText(lineText(item->title), Qt::ElideMiddle, widestMenuTitle);
+    QAction* action = menu_.addAction(withoutMnemonics(title));
+    action->setFont(shownFont);
+    connect(action, &QAction::triggered, this, [this, wanted = item->action] { perform_(wanted); });
+}
+
 void PullDownMenu::paintEvent(QPaintEvent* /*event*/) {
-    drawPressed(*this);
+    drawGround(*this);
     drawFocus(*this);
 }
 
@@ -117,6 +150,7 @@ void PullDownMenu::keyPressEvent(QKeyEvent* event) {
 
 MiniSwitch::MiniSwitch(const PerformAction& perform, QWidget* parent) : QCheckBox(parent) {
     setFocusPolicy(Qt::TabFocus);
+    setAttribute(Qt::WA_Hover);
     connect(this, &QAbstractButton::clicked, this, [this, &perform] { perform(Action(action_)); });
 }
 
@@ -137,6 +171,14 @@ void MiniSwitch::show(const Text& label, const Switch& content) {
 }
 
 QSize MiniSwitch::sizeHint() const {
+    return shownSize().grownBy(outset());
+}
+
+QMargins MiniSwitch::outset() const {
+    return outsetFor(shownSize());
+}
+
+QSize MiniSwitch::shownSize() const {
     const int height = std::max(fontMetrics().height(), static_cast<int>(switchSize.height()));
     return {fontMetrics().horizontalAdvance(label_) + betweenLabelAndSwitch +
                 static_cast<int>(switchSize.width()) + 2,
@@ -144,13 +186,15 @@ QSize MiniSwitch::sizeHint() const {
 }
 
 void MiniSwitch::paintEvent(QPaintEvent* /*event*/) {
+    drawGround(*this);
+    const QRect shown = rect().marginsRemoved(outset());
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(color_);
-    painter.drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, label_);
+    painter.drawText(shown, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, label_);
 
-    const double left = fontMetrics().horizontalAdvance(label_) + betweenLabelAndSwitch;
-    const QRectF track(QPointF(left, (height() - switchSize.height()) / 2), switchSize);
+    const double left = shown.left() + fontMetrics().horizontalAdvance(label_) + betweenLabelAndSwitch;
+    const QRectF track(QPointF(left, shown.top() + (shown.height() - switchSize.height()) / 2), switchSize);
     painter.setPen(Qt::NoPen);
     painter.setBrush(qtColor(isChecked() ? accentGreen : white(0.22)));
     painter.drawRoundedRect(track, track.height() / 2, track.height() / 2);
@@ -167,7 +211,7 @@ void MiniSwitch::paintEvent(QPaintEvent* /*event*/) {
 }
 
 void MiniSwitch::keyPressEvent(QKeyEvent* event) {
-    if (!clickOnReturn(*this, *event)) QCheckBox::keyPressEvent(event);
+    if (!takeKey(*this, *event)) QCheckBox::keyPressEvent(event);
 }
 
 }  // namespace purlock::host_linux

@@ -6,6 +6,8 @@
 #include <QUrl>
 #include <system_error>
 
+#include "platform/linux/desktop/display.h"
+
 namespace purlock::host_linux {
 
 void QtApplication::setActivationPolicy(ActivationPolicy /*policy*/) {}
@@ -17,6 +19,7 @@ void QtApplication::terminate() {
 }
 
 void QtWorkspace::openURL(const std::filesystem::path& file) {
+    spareOtherPrograms();
     std::error_code error;
     const auto& there = std::filesystem::exists(file, error) ? file : file.parent_path();
     QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(there.string())));

@@ -1,10 +1,23 @@
 #include "platform/linux/desktop/display.h"
 
-#include <QPalette>
-#include <QStyleFactory>
-#include <QToolTip>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <xcb/xcb.h>
 
+#include <QDir>
+#include <QLibraryInfo>
+#include <QPalette>
+#include <QToolTip>
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/desktop/accessible_panel.h"
+#include "platform/linux/desktop/menu_style.h"
 #include "platform/linux/desktop/view_style.h"
+#include "platform/linux/system/file_descriptor.h"
 #include "ui/view_parts.h"
 
 namespace purlock::host_linux {
@@ -12,6 +25,10 @@ namespace purlock::host_linux {
 namespace {
 
 constexpr Color ground{0.17, 0.17, 0.18, 1};
+
+// As the panel's own texts are.
+constexpr int tipSize = 11;
+constexpr int menuSize = 12;
 
 QPalette darkPalette() {
     QPalette palette;
@@ -57,10 +74,72 @@ class TemporaryVariable {
     const bool isOurs_;
 };
 
-const char* preferredPlatforms() {
-    const bool x = !qEnvironmentVariableIsEmpty("DISPLAY");
-    const bool wayland = !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
-    return x && wayland ? "xcb;wayland" : x ? "xcb" : wayland ? "wayland" : "offscreen";
+// Else a screen reader that starts after this program never meets it. The toolkit looks once, when the
+// service for accessibility is there, which may be long after the start.
+constexpr const char* alwaysAccessible = "QT_LINUX_ACCESSIBILITY_ALWAYS_ON";
+bool speaksToLateReaders = false;
+
+bool isXAnswering() {
+    xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
+    const bool answers = xcb_connection_has_error(connection) == 0;
+    xcb_disconnect(connection);
+    return answers;
+}
+
+/// The compositor's socket: a path, or a name in the session's own folder.
+bool isWaylandAnswering() {
+    const QByteArray name = qgetenv("WAYLAND_DISPLAY");
+    const QByteArray path = name.startsWith('/') ? name : qgetenv("XDG_RUNTIME_DIR") + '/' + name;
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    if (static_cast<std::size_t>(path.size()) >= sizeof address.sun_path) return false;
+    std::ranges::copy(path, address.sun_path);
+    const FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    return socket &&
+           ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+}
+
+/// Qt's part for Wayland is a package of its own.
+bool canSpeakWayland() {
+    const QDir plugins(QLibraryInfo::path(QLibraryInfo::PluginsPath) + QStringLiteral("/platforms"));
+    return !plugins.entryList({QStringLiteral("*wayland*")}, QDir::Files).isEmpty();
+}
+
+/// A display, and why it cannot be used; empty where it can.
+struct Candidate {
+    const char* platform;
+    const char* variable;
+    std::string trouble;
+};
+
+std::string troubleWithX() {
+    return isXAnswering() ? "" : "does not answer, or is not yours";
+}
+
+std::string troubleWithWayland() {
+    if (!isWaylandAnswering()) return "does not answer, or is not yours";
+    return canSpeakWayland() ? "" : "needs Qt's part for Wayland (on Debian: qt6-wayland)";
+}
+
+/// The first display that can be used; the toolkit would end the program at one that cannot.
+const char* usablePlatform() {
+    std::vector<Candidate> candidates;
+    if (!qEnvironmentVariableIsEmpty("DISPLAY")) candidates.push_back({"xcb", "DISPLAY", troubleWithX()});
+    if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
+        (candidates.empty() || !candidates.front().trouble.empty())) {
+        candidates.push_back({"wayland", "WAYLAND_DISPLAY", troubleWithWayland()});
+    }
+    for (const Candidate& each : candidates) {
+        if (each.trouble.empty()) return each.platform;
+    }
+    for (const Candidate& each : candidates) {
+        std::fprintf(stderr, "purlock: the display %s of $%s %s.\n", qgetenv(each.variable).constData(),
+                     each.variable, each.trouble.c_str());
+    }
+    if (!candidates.empty()) {
+        std::fputs("purlock: It runs without a screen and writes its files.\n", stderr);
+    }
+    return "offscreen";
 }
 
 }  // namespace
@@ -70,16 +149,31 @@ void quietenToolkit() {
 }
 
 std::unique_ptr<QApplication> startToolkit(int& argc, char** argv) {
-    const TemporaryVariable platform("QT_QPA_PLATFORM", preferredPlatforms());
+    const QByteArray chosen = qgetenv("QT_QPA_PLATFORM");
+    const TemporaryVariable platform("QT_QPA_PLATFORM",
+                                     chosen.isEmpty() ? usablePlatform() : chosen.constData());
     const TemporaryVariable eventLoop("QT_NO_GLIB", "1");
-    return std::make_unique<QApplication>(argc, argv);
+    speaksToLateReaders = !qEnvironmentVariableIsSet(alwaysAccessible);
+    if (speaksToLateReaders) qputenv(alwaysAccessible, "1");
+    auto application = std::make_unique<QApplication>(argc, argv);
+    describePanelToScreenReaders();
+    return application;
+}
+
+void spareOtherPrograms() {
+    if (std::exchange(speaksToLateReaders, false)) qunsetenv(alwaysAccessible);
 }
 
 void applyDarkLook() {
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(new MenuStyle);  // which the application then owns
     const QPalette palette = darkPalette();
     QApplication::setPalette(palette);
     QToolTip::setPalette(palette);
+    QFont small = QApplication::font();
+    small.setPixelSize(tipSize);
+    QToolTip::setFont(small);
+    small.setPixelSize(menuSize);
+    QApplication::setFont(small, "QMenu");
 }
 
 }  // namespace purlock::host_linux

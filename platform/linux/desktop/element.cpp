@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/linux/desktop/accessible_panel.h"
 #include "platform/linux/desktop/box.h"
 #include "platform/linux/desktop/scroll_view.h"
 #include "platform/linux/desktop/shapes.h"
@@ -63,7 +64,9 @@ class Element::Painter {
   public:
     Painter(Element& element, const View& view) : element_(element), view_(view) {}
 
-    void operator()(const Text& content) const { as<TextLabel>().show(content, lineText(view_.help)); }
+    void operator()(const Text& content) const {
+        as<TextLabel>().show(content, lineText(view_.help), lineText(view_.label));
+    }
     void operator()(const Symbol& content) const {
         as<SymbolDrawing>().show(content);
         as<Drawing>().setWords(lineText(view_.label), lineText(view_.help));
@@ -139,6 +142,9 @@ Element::~Element() {
 
 void Element::show(const View& view) {
     id_ = view.id;
+    if (view.readLast != widget_->property(readLastProperty).toBool()) {
+        widget_->setProperty(readLastProperty, view.readLast);
+    }
     std::visit(Painter(*this, view), view.content);
     if (view.frame) {
         widget_->setFixedSize(static_cast<int>(view.frame->width), static_cast<int>(view.frame->height));

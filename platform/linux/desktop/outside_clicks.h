@@ -1,24 +1,38 @@
 #pragma once
 
+#include <functional>
+#include <utility>
+
 #include "base/run_loop.h"
 #include "ui/window_seams.h"
 
 namespace purlock::host_linux {
 
-/// Clicks that go to other programs. No program on Linux sees those, but a click elsewhere gives another
-/// window the focus: that is what is told, whichever button it was.
+/// Whether the status item's icon is at a place.
+enum class IconAt { no, maybe, yes };
+
+/// Clicks that go to other programs.
 ///
-/// It is told a moment after the focus has gone, and not at all if it is back by then: a click on the status
-/// item takes the focus away in some bars, and must find the panel as the user saw it. Owned by the host,
-/// which outlives the tokens; main thread only.
+/// On X every press of a button is seen, whoever gets it. One in the program's own windows is none of them,
+/// nor one that closes a menu of the program's, nor one on its icon, of which the tray tells by itself. Where
+/// the tray does not say where the icon is, a press that may be on it is told a moment after the button was
+/// let go, and not at all if the token is dropped by then.
+///
+/// On Wayland no program sees the clicks of others. There, and for what an XWayland session hides from X
+/// programs, the focus that goes elsewhere has to do: `FocusGone` says when it counts.
+///
+/// Owned by the host, which outlives the tokens; main thread only.
 class OutsideClicks final : public EventMonitor {
   public:
-    explicit OutsideClicks(RunLoop& mainLoop) : mainLoop_(mainLoop) {}
+    using IconQuestion = std::function<IconAt(double x, double y)>;  // pixels of the X screen, y downwards
+
+    OutsideClicks(RunLoop& mainLoop, IconQuestion iconAt) : mainLoop_(mainLoop), iconAt_(std::move(iconAt)) {}
 
     Cancellable addGlobalMonitor(Mask mask, std::function<void()> handler) override;
 
   private:
     RunLoop& mainLoop_;
+    const IconQuestion iconAt_;
 };
 
 }  // namespace purlock::host_linux

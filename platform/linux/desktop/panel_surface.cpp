@@ -6,8 +6,12 @@
 #include <QKeyEvent>
 #include <QPaintEvent>
 #include <QPainter>
+#include <QPainterPath>
+#include <algorithm>
+#include <cmath>
 #include <utility>
 
+#include "platform/linux/desktop/scroll_view.h"
 #include "platform/linux/desktop/view_style.h"
 #include "ui/view_parts.h"
 
@@ -18,10 +22,25 @@ namespace {
 constexpr int deepestTree = 12;  // of views, with some to spare
 constexpr Color ground{0.145, 0.145, 0.155, 1};
 
+/// A point wide, and a whole number of device pixels on every side, whatever the scale.
+void drawEdge(QPainter& painter, const QRectF& rect) {
+    const double ratio = painter.deviceTransform().m11();
+    const double width = std::max(1.0, std::floor(ratio)) / ratio;
+    const QRectF inner = rect.adjusted(width, width, -width, -width);
+    QPainterPath edge;
+    edge.addRect(rect);
+    edge.addRect(inner);  // odd and even: what lies between the two
+    painter.fillPath(edge, qtColor(white(0.12)));
+}
+
 }  // namespace
 
-PanelSurface::PanelSurface(PanelWindowEvents events) : events_(std::move(events)), tree_(events_.onAction) {
-    setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+PanelSurface::PanelSurface(PanelWindowEvents events, WindowKind kind)
+    : events_(std::move(events)), tree_(events_.onAction) {
+    // Compositors give an unmanaged window the keyboard only where it is no utility, as a tool is.
+    const auto flags =
+        kind == WindowKind::managed ? Qt::WindowFlags(Qt::Tool) : Qt::Window | Qt::X11BypassWindowManagerHint;
+    setWindowFlags(flags | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     setWindowTitle(QStringLiteral("Purlock"));
     setAttribute(Qt::WA_QuitOnClose, false);
     setAttribute(Qt::WA_OpaquePaintEvent);
@@ -57,20 +76,21 @@ void PanelSurface::settleLayout() {
 void PanelSurface::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     settleLayout();
+    if (auto* const content = dynamic_cast<ScrollView*>(root_)) content->scrollToTop();
     setFocus();  // the first control gets it from the Tab key, not from the click that opened the panel
 }
 
 void PanelSurface::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     painter.fillRect(event->rect(), qtColor(ground));
-    painter.setPen(qtColor(white(0.12)));
-    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+    drawEdge(painter, rect());
 }
 
 void PanelSurface::keyPressEvent(QKeyEvent* event) {
+    auto* const content = dynamic_cast<ScrollView*>(root_);
     if (event->key() == Qt::Key_Escape) {
         events_.onCancel();
-    } else {
+    } else if (content == nullptr || !content->scrollByKey(*event)) {
         QWidget::keyPressEvent(event);
     }
 }

@@ -3,6 +3,7 @@
 #include <QWidget>
 
 #include "platform/linux/desktop/view_tree.h"
+#include "platform/linux/desktop/x_panel_window.h"
 #include "ui/window_seams.h"
 
 namespace purlock::host_linux {
@@ -11,7 +12,7 @@ namespace purlock::host_linux {
 /// windows. Main thread only.
 class PanelSurface final : public QWidget {
   public:
-    explicit PanelSurface(PanelWindowEvents events);
+    explicit PanelSurface(PanelWindowEvents events, WindowKind kind = WindowKind::managed);
 
     /// Shows `content`, changing only what differs from what is shown. The root is as large as the window,
     /// whatever its own frame: on a low screen the window is lower, and the content scrolls in it.

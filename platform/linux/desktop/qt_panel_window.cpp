@@ -4,11 +4,13 @@
 #include <QScreen>
 #include <QTimer>
 #include <chrono>
+#include <functional>
+#include <optional>
 #include <utility>
 
 #include "platform/linux/desktop/panel_placement.h"
 #include "platform/linux/desktop/panel_surface.h"
-#include "platform/linux/desktop/x_window_states.h"
+#include "platform/linux/desktop/x_panel_window.h"
 #include "platform/linux/system/unused_memory.h"
 
 namespace purlock::host_linux {
@@ -38,15 +40,37 @@ Rect availableArea(const std::optional<Rect>& icon) {
     return screen ? flipped(pointsOf(screen->availableGeometry()), height) : Rect{};
 }
 
+}  // namespace
+
+/// What is shared with the window that was made: empty once that has gone.
+struct OpenPanel {
+    std::function<bool()> bringToFront;
+    std::function<bool()> isOpen;
+};
+
+namespace {
+
 class QtPanelWindow final : public PanelWindow {
   public:
-    QtPanelWindow(const PanelStyle& style, PanelWindowEvents events, QtPanelWindows::IconFrame iconFrame)
-        : events_(std::move(events)), iconFrame_(std::move(iconFrame)), frame_(style.contentRect) {
+    QtPanelWindow(const PanelStyle& style, PanelWindowEvents events, QtPanelWindows::IconFrame iconFrame,
+                  std::shared_ptr<OpenPanel> shared)
+        : events_(std::move(events)),
+          iconFrame_(std::move(iconFrame)),
+          frame_(style.contentRect),
+          shared_(std::move(shared)) {
+        shared_->bringToFront = [this] {
+            if (!isVisible()) return false;
+            bringToFront();
+            return true;
+        };
+        shared_->isOpen = [this] { return isVisible(); };
         tidyUp_.setSingleShot(true);
         tidyUp_.setInterval(untilTidyUp);
         QObject::connect(&tidyUp_, &QTimer::timeout, [] { giveBackUnusedMemory(); });
         tidyUp_.start();  // the start of the program is over then
     }
+
+    ~QtPanelWindow() override { *shared_ = {}; }
 
     void setContent(const View& content) override { surface().setContent(content); }
 
@@ -64,15 +88,16 @@ class QtPanelWindow final : public PanelWindow {
         const QRect place = onScreen();
         surface().setFixedSize(place.size());
         surface().move(place.topLeft());
-        keepOutOfWindowLists(surface());
+        if (kind() == WindowKind::managed) keepOutOfWindowLists(surface());
         surface().show();
-        surface().raise();
-        surface().activateWindow();
+        bringToFront();
     }
 
     void orderOut() override {
         if (!surface_) return;
+        const bool unmanaged = surface_->isVisible() && kind() == WindowKind::unmanaged;
         surface_->hide();
+        if (unmanaged) focus_.giveBackSoon();
         surface_->releaseDrawing();
         tidyUp_.start();
     }
@@ -81,12 +106,27 @@ class QtPanelWindow final : public PanelWindow {
     /// Not at once: a panel that was closed is often opened again.
     static constexpr std::chrono::seconds untilTidyUp{2};
 
+    /// The same for as long as there is a window.
+    WindowKind kind() {
+        if (!kind_) kind_ = panelWindowKind();
+        return *kind_;
+    }
+
     PanelSurface& surface() {
         if (!surface_) {
-            surface_ = std::make_unique<PanelSurface>(events_);
+            surface_ = std::make_unique<PanelSurface>(events_, kind());
             surface_->setFixedSize(static_cast<int>(frame_.width), static_cast<int>(frame_.height));
         }
         return *surface_;
+    }
+
+    void bringToFront() {
+        surface().raise();
+        if (kind() == WindowKind::managed) {
+            surface().activateWindow();
+        } else {
+            focus_.take(surface());
+        }
     }
 
     QRect onScreen() const {
@@ -99,14 +139,26 @@ class QtPanelWindow final : public PanelWindow {
     const PanelWindowEvents events_;
     const QtPanelWindows::IconFrame iconFrame_;
     Rect frame_;
+    const std::shared_ptr<OpenPanel> shared_;
+    std::optional<WindowKind> kind_;
     std::unique_ptr<PanelSurface> surface_;
+    UnmanagedFocus focus_;
     QTimer tidyUp_;
 };
 
 }  // namespace
 
 std::unique_ptr<PanelWindow> QtPanelWindows::makePanel(const PanelStyle& style, PanelWindowEvents events) {
-    return std::make_unique<QtPanelWindow>(style, std::move(events), iconFrame_);
+    openPanel_ = std::make_shared<OpenPanel>();
+    return std::make_unique<QtPanelWindow>(style, std::move(events), iconFrame_, openPanel_);
+}
+
+bool QtPanelWindows::isPanelOpen() const {
+    return openPanel_ && openPanel_->isOpen && openPanel_->isOpen();
+}
+
+bool QtPanelWindows::bringToFront() {
+    return openPanel_ && openPanel_->bringToFront && openPanel_->bringToFront();
 }
 
 }  // namespace purlock::host_linux

@@ -1,6 +1,8 @@
 #include "platform/linux/desktop/scroll_view.h"
 
+#include <QApplication>
 #include <QEvent>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QStyleOptionSlider>
 #include <QWheelEvent>
@@ -14,7 +16,8 @@ namespace {
 
 constexpr int barWidth = 8;
 constexpr int glideMilliseconds = 140;
-constexpr int notch = 60;  // points a notch of the wheel scrolls
+constexpr int notch = 60;  // points a notch of the wheel scrolls, and an arrow key
+constexpr int aroundFocus = 16;
 
 /// A rounded handle without a ground or buttons.
 class SlimBar final : public QScrollBar {
@@ -55,6 +58,68 @@ ScrollView::ScrollView(QWidget* parent)
         bar_->setVisible(maximum > minimum);
     });
     connect(bar_, &QScrollBar::valueChanged, verticalScrollBar(), &QScrollBar::setValue);
+    connect(qApp, &QApplication::focusChanged, this,
+            [this](QWidget* /*before*/, QWidget* now) { showFocus(now); });
+}
+
+/// Whatever has the keyboard's focus is to be seen.
+void ScrollView::showFocus(QWidget* focused) {
+    if (focused == nullptr || widget() == nullptr || !widget()->isAncestorOf(focused)) return;
+    gliding_.stop();
+    ensureWidgetVisible(focused, 0, aroundFocus);
+}
+
+void ScrollView::scrollToTop() {
+    gliding_.stop();
+    verticalScrollBar()->setValue(verticalScrollBar()->minimum());
+}
+
+bool ScrollView::scrollByKey(const QKeyEvent& key) {
+    const bool shifted = key.modifiers().testFlag(Qt::ShiftModifier);
+    const int page = verticalScrollBar()->pageStep() - notch;  // some of what was seen stays
+    const int from = gliding_.state() == QAbstractAnimation::Running ? gliding_.endValue().toInt()
+                                                                     : verticalScrollBar()->value();
+    switch (key.key()) {
+        case Qt::Key_Up:
+            glideTo(from - notch);
+            return true;
+        case Qt::Key_Down:
+            glideTo(from + notch);
+            return true;
+        case Qt::Key_PageUp:
+            glideTo(from - page);
+            return true;
+        case Qt::Key_PageDown:
+            glideTo(from + page);
+            return true;
+        case Qt::Key_Space:
+            glideTo(shifted ? from - page : from + page);
+            return true;
+        case Qt::Key_Home:
+            glideTo(verticalScrollBar()->minimum());
+            return true;
+        case Qt::Key_End:
+            glideTo(verticalScrollBar()->maximum());
+            return true;
+        default:
+            return false;
+    }
+}
+
+void ScrollView::keyPressEvent(QKeyEvent* event) {
+    if (scrollByKey(*event)) {
+        event->accept();
+    } else {
+        event->ignore();
+    }
+}
+
+void ScrollView::glideTo(int value) {
+    const int to = std::clamp(value, verticalScrollBar()->minimum(), verticalScrollBar()->maximum());
+    gliding_.stop();
+    gliding_.setStartValue(verticalScrollBar()->value());
+    gliding_.setEndValue(to);
+    gliding_.start();
 }
 
 void ScrollView::setContent(QWidget* content) {
@@ -98,12 +163,7 @@ void ScrollView::wheelEvent(QWheelEvent* event) {
     }
     const bool gliding = gliding_.state() == QAbstractAnimation::Running;
     const int from = gliding ? gliding_.endValue().toInt() : verticalScrollBar()->value();
-    const int to = std::clamp(from - notches.y() / 120 * notch, verticalScrollBar()->minimum(),
-                              verticalScrollBar()->maximum());
-    gliding_.stop();
-    gliding_.setStartValue(verticalScrollBar()->value());
-    gliding_.setEndValue(to);
-    gliding_.start();
+    glideTo(from - notches.y() / 120 * notch);
     event->accept();
 }
 

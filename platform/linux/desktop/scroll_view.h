@@ -18,12 +18,21 @@ class ScrollView final : public QScrollArea {
     /// Shows `content`, which then belongs to this.
     void setContent(QWidget* content);
 
+    /// Scrolls as a key asks: arrows, Page Up and Down, Home, End and Space. False for every other key.
+    bool scrollByKey(const QKeyEvent& key);
+
+    /// At once, without gliding.
+    void scrollToTop();
+
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
   private:
+    void glideTo(int value);
+    void showFocus(QWidget* focused);
     void layOutContent();
     void placeBar();
 

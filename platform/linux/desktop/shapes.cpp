@@ -49,11 +49,14 @@ void SymbolDrawing::show(const Symbol& content) {
 
 void SymbolDrawing::paintEvent(QPaintEvent* /*event*/) {
     if (!content_) return;
+    QPainter painter(this);
+    // That of what is painted on, which may be a picture instead of the screen.
+    const double ratio = painter.deviceTransform().m11();
     const QImage image = symbolImage(content_->name, content_->font.size, content_->font.weight,
-                                     qtColor(content_->color), devicePixelRatioF());
+                                     qtColor(content_->color), ratio);
     if (image.isNull()) return;
     const QSizeF size = image.deviceIndependentSize();
-    QPainter(this).drawImage(QPointF((width() - size.width()) / 2, (height() - size.height()) / 2), image);
+    painter.drawImage(QPointF((width() - size.width()) / 2, (height() - size.height()) / 2), image);
 }
 
 void CircleDrawing::show(const Circle& content) {
@@ -107,6 +110,7 @@ void CircleDrawing::paintEvent(QPaintEvent* /*event*/) {
 }
 
 void Rule::show(const Bar& content) {
+    joinsCircles_ = content.joinsCircles;
     setFixedWidth(pixels(content.width));
     if (content.height) {
         setFixedHeight(pixels(*content.height));

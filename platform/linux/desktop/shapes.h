@@ -55,6 +55,9 @@ class Rule final : public QWidget {
     void show(const Bar& content);
     void show(const Background& content);
 
+    bool joinsCircles() const { return joinsCircles_; }
+    const QColor& color() const { return color_; }
+
   protected:
     void paintEvent(QPaintEvent* event) override;
 
@@ -62,6 +65,7 @@ class Rule final : public QWidget {
     void setColor(const QColor& color);
 
     QColor color_;
+    bool joinsCircles_ = false;
 };
 
 }  // namespace purlock::host_linux

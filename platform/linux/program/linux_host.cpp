@@ -53,7 +53,7 @@ LinuxHost::LinuxHost(std::string sessionBus)
       bluetooth_(busThread_, systemBusAddress()),
       applications_(foreignFiles_.makeSerialQueue(queueLabel(".purlock.applications"))),
       hardware_(applications_.searchingAtOnce()),
-      statusBar_(mainLoop_, busThread_, sessionBus_) {
+      statusBar_(mainLoop_, busThread_, sessionBus_, [this] { return panels_.bringToFront(); }) {
     followPlayers();
 }
 
@@ -90,8 +90,8 @@ void LinuxHost::provideSharedServices() {
 }
 
 void LinuxHost::listenToStarts(std::function<void()> onActivate) {
-    activation_ =
-        std::make_unique<InstanceActivation>(mainLoop_, busThread_, sessionBus_, std::move(onActivate));
+    activation_ = std::make_unique<InstanceActivation>(
+        mainLoop_, busThread_, sessionBus_, std::move(onActivate), [this] { return panels_.isPanelOpen(); });
 }
 
 AppDelegateSeams LinuxHost::seams() {

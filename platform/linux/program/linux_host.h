@@ -94,7 +94,7 @@ class LinuxHost {
     QtApplication application_;
     QtWorkspace workspace_;
     QtClipboard clipboard_;
-    OutsideClicks outsideClicks_{mainLoop_};
+    OutsideClicks outsideClicks_{mainLoop_, [this](double x, double y) { return statusBar_.iconAt(x, y); }};
     TrayStatusBar statusBar_;
     QtPanelWindows panels_{[this] { return statusBar_.iconFrame(); }};
     std::unique_ptr<InstanceActivation> activation_;

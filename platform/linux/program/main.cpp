@@ -32,9 +32,12 @@ constexpr std::chrono::seconds longestActivation{1};
 
 /// What a second start does: opens the first one's panel, or closes it.
 int activateTheOther() {
-    const bool activated = activateRunningInstance(sessionBusAddress(), longestActivation);
-    std::puts(activated ? "Purlock is already running in this session: its panel was opened or closed."
-                        : "Purlock is already running in this session.");
+    const std::string bus = sessionBusAddress();
+    const bool activated = activateRunningInstance(bus, longestActivation);
+    const auto isOpen = activated ? panelOfRunningInstance(bus, longestActivation) : std::nullopt;
+    std::puts(!isOpen   ? "Purlock is already running in this session."
+              : *isOpen ? "Purlock is already running in this session: its panel was opened."
+                        : "Purlock is already running in this session: its panel was closed.");
     return EXIT_SUCCESS;
 }
 

@@ -23,6 +23,7 @@ NotifierPixmap notifierPixmap(const QImage& image);
 /// What a tray shows of the item.
 struct NotifierLook {
     std::vector<NotifierPixmap> icon;  // the same in several sizes; empty: nothing to be seen
+    std::string iconName;              // of an icon theme's own drawing of it; may be empty
     std::string description;           // of the icon, for screen readers
     std::string toolTip;               // plain text
 

@@ -94,6 +94,11 @@ struct NotifierItem::Object {
         return appendPixmaps(reply, look(item).icon);
     }
 
+    static int iconName(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void* item,
+                        sd_bus_error*) {
+        return text(reply, look(item).iconName.c_str());
+    }
+
     static int noPixmaps(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply, void*,
                          sd_bus_error*) {
         return appendPixmaps(reply, {});
@@ -109,14 +114,23 @@ struct NotifierItem::Object {
         return result < 0 ? result : sd_bus_message_close_container(reply);
     }
 
-    /// A click of any kind.
-    static int activate(sd_bus_message* call, void* item, sd_bus_error*) {
+    using Click = std::function<void(std::int32_t x, std::int32_t y)>;
+
+    static int clicked(sd_bus_message* call, const Click& onClick) {
         std::int32_t x = 0;
         std::int32_t y = 0;
         if (const int result = sd_bus_message_read(call, "ii", &x, &y); result < 0) return result;
-        const auto activated = static_cast<NotifierItem*>(item)->events_.activated;
-        if (activated) activated(x, y);
+        if (onClick) onClick(x, y);
         return sd_bus_reply_method_return(call, "");
+    }
+
+    /// A click with the left or the middle button.
+    static int activate(sd_bus_message* call, void* item, sd_bus_error*) {
+        return clicked(call, static_cast<NotifierItem*>(item)->events_.activated);
+    }
+
+    static int contextMenu(sd_bus_message* call, void* item, sd_bus_error*) {
+        return clicked(call, static_cast<NotifierItem*>(item)->events_.menuWanted);
     }
 
     static int scroll(sd_bus_message* call, void*, sd_bus_error*) {
@@ -138,7 +152,7 @@ const sd_bus_vtable* NotifierItem::Object::table() {
         sd_bus_vtable SD_BUS_PROPERTY("Status", "s", status, 0, 0),
         sd_bus_vtable SD_BUS_PROPERTY("WindowId", "i", noWindow, 0, 0),
         sd_bus_vtable SD_BUS_PROPERTY("IconThemePath", "s", empty, 0, 0),
-        sd_bus_vtable SD_BUS_PROPERTY("IconName", "s", empty, 0, 0),
+        sd_bus_vtable SD_BUS_PROPERTY("IconName", "s", iconName, 0, 0),
         sd_bus_vtable SD_BUS_PROPERTY("IconPixmap", "a(iiay)", icon, 0, 0),
         sd_bus_vtable SD_BUS_PROPERTY("IconAccessibleDesc", "s", description, 0, 0),
         sd_bus_vtable SD_BUS_PROPERTY("OverlayIconName", "s", empty, 0, 0),
@@ -151,7 +165,7 @@ const sd_bus_vtable* NotifierItem::Object::table() {
         sd_bus_vtable SD_BUS_PROPERTY("Menu", "o", menu, 0, 0),
         sd_bus_vtable SD_BUS_METHOD("Activate", "ii", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
         sd_bus_vtable SD_BUS_METHOD("SecondaryActivate", "ii", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
-        sd_bus_vtable SD_BUS_METHOD("ContextMenu", "ii", "", activate, SD_BUS_VTABLE_UNPRIVILEGED),
+        sd_bus_vtable SD_BUS_METHOD("ContextMenu", "ii", "", contextMenu, SD_BUS_VTABLE_UNPRIVILEGED),
         sd_bus_vtable SD_BUS_METHOD("Scroll", "is", "", scroll, SD_BUS_VTABLE_UNPRIVILEGED),
         sd_bus_vtable SD_BUS_SIGNAL("NewTitle", "", 0),
         sd_bus_vtable SD_BUS_SIGNAL("NewIcon", "", 0),
@@ -168,7 +182,7 @@ NotifierItem::NotifierItem(BusConnection& connection, NotifierLook look, Notifie
     : connection_(connection),
       events_(std::move(events)),
       look_(std::move(look)),
-      menu_(connection, {"Open Purlock", "Quit Purlock"}, [this](std::size_t entry) { chosen(entry); }),
+      menu_(connection, {openLabel, quitLabel}, [this](std::size_t entry) { chosen(entry); }),
       alive_(std::make_shared<NotifierItem*>(this)) {
     exportObject();
     watcher_ = std::make_unique<BusNameWatch>(connection_, watcherName,
@@ -235,7 +249,8 @@ void NotifierItem::setHosted(bool hosted) {
 
 void NotifierItem::setLook(NotifierLook look) {
     const NotifierLook before = std::exchange(look_, std::move(look));
-    if (before.icon != look_.icon || before.description != look_.description) tell("NewIcon");
+    const bool sameName = before.iconName == look_.iconName;
+    if (before.icon != look_.icon || !sameName || before.description != look_.description) tell("NewIcon");
     if (before.toolTip != look_.toolTip) tell("NewToolTip");
     if (before.icon.empty() != look_.icon.empty()) tellStatus();
 }

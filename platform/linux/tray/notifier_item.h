@@ -18,8 +18,10 @@ struct NotifierEvents {
     /// Whether a tray shows the item: once as soon as it is known, then at each change.
     std::function<void(bool hosted)> hosted;
 
-    /// A click, of any button, at a place on the screen as the tray counts; many trays pass 0, 0.
+    /// A click, at a place on the screen as the tray counts; many trays pass 0, 0. A click that asks for the
+    /// menu comes from trays that do not show it themselves.
     std::function<void(std::int32_t x, std::int32_t y)> activated;
+    std::function<void(std::int32_t x, std::int32_t y)> menuWanted;
 
     // In the menu.
     std::function<void()> openChosen;

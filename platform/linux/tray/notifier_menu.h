@@ -12,6 +12,10 @@ struct sd_bus_message;
 
 namespace purlock::host_linux {
 
+// What the menus of every kind of tray say.
+inline constexpr const char* openLabel = "Open Purlock";
+inline constexpr const char* quitLabel = "Quit Purlock";
+
 /// The menu of a notifier item (com.canonical.dbusmenu), drawn by the tray: one level of entries that never
 /// change. Some trays show it on the first click, whatever the item would have them do.
 ///

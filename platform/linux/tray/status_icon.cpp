@@ -1,10 +1,10 @@
 #include "platform/linux/tray/status_icon.h"
 
-#include <QPainter>
-#include <algorithm>
+#include <QStandardPaths>
 #include <array>
-#include <cstdlib>
+#include <cmath>
 #include <string_view>
+#include <utility>
 
 #include "platform/linux/desktop/symbols.h"
 #include "platform/linux/desktop/view_style.h"
@@ -14,43 +14,45 @@ namespace purlock::host_linux {
 
 namespace {
 
-constexpr std::array iconPixels = {16, 22, 24, 32, 48};
+constexpr std::array iconPixels = {16, 22, 24, 32, 48, 64, 96};
 
 constexpr QRgb lightForeground = qRgb(242, 242, 242);
 constexpr QRgb darkForeground = qRgb(38, 38, 38);
-constexpr int edgeAlpha = 110;
+constexpr QRgb foregroundOnAnything = qRgb(138, 138, 138);  // 3:1 on white and more on dark bars
 
 struct OwnColor {
     std::string_view symbol;
-    Color color;
+    Color onDark;
+    Color onAnything;  // 3:1 on light bars too
 };
 
 /// The colours of those symbols that have colours of their own.
 constexpr OwnColor ownColors[] = {
-    {"checkmark.seal.fill", accentGreen},
-    {"exclamationmark.triangle.fill", accentAmber},
-    {"slider.horizontal.3", accentAmber},
+    {"checkmark.seal.fill", accentGreen, {0.13, 0.58, 0.29, 1}},
+    {"exclamationmark.triangle.fill", accentAmber, {0.74, 0.46, 0.02, 1}},
+    {"slider.horizontal.3", accentAmber, {0.74, 0.46, 0.02, 1}},
 };
 
-std::optional<QColor> ownColorOf(const SymbolImage& image) {
+std::optional<QColor> ownColorOf(const SymbolImage& image, ColorScheme scheme) {
     if (image.isTemplate) return std::nullopt;
-    for (const auto& [symbol, color] : ownColors) {
-        if (symbol == image.name) return qtColor(color);
+    for (const OwnColor& own : ownColors) {
+        if (own.symbol == image.name) {
+            return qtColor(scheme == ColorScheme::dark ? own.onDark : own.onAnything);
+        }
     }
     return std::nullopt;
 }
 
-QImage withDarkEdge(const std::string& symbol, int pixels) {
-    const int edge = std::max(1, pixels / 24);
-    const QImage shade = squareSymbol(symbol, pixels, QColor(0, 0, 0, edgeAlpha));
-    QImage result(shade.size(), QImage::Format_ARGB32_Premultiplied);
-    result.fill(Qt::transparent);
-    QPainter painter(&result);
-    for (int x = -edge; x <= edge; x += edge) {
-        for (int y = -edge; y <= edge; y += edge) painter.drawImage(x, y, shade);
+QRgb foregroundOn(ColorScheme scheme) {
+    switch (scheme) {
+        case ColorScheme::dark:
+            return lightForeground;
+        case ColorScheme::light:
+            return darkForeground;
+        case ColorScheme::unknown:
+            break;
     }
-    painter.drawImage(0, 0, squareSymbol(symbol, pixels, lightForeground));
-    return result;
+    return foregroundOnAnything;
 }
 
 }  // namespace
@@ -58,17 +60,35 @@ QImage withDarkEdge(const std::string& symbol, int pixels) {
 QImage statusIcon(const SymbolImage& image, int pixels, const std::optional<QColor>& foreground,
                   ColorScheme scheme) {
     if (!hasSymbol(image.name)) return {};
-    if (const auto own = ownColorOf(image)) return squareSymbol(image.name, pixels, *own);
-    if (foreground) return squareSymbol(image.name, pixels, *foreground);
-    switch (scheme) {
-        case ColorScheme::dark:
-            return squareSymbol(image.name, pixels, lightForeground);
-        case ColorScheme::light:
-            return squareSymbol(image.name, pixels, darkForeground);
-        case ColorScheme::unknown:
-            break;
+    const auto own = ownColorOf(image, scheme);
+    return squareSymbol(image.name, pixels, own ? *own : foreground.value_or(QColor(foregroundOn(scheme))));
+}
+
+ColorScheme schemeOf(const QColor& background) {
+    constexpr double middle = 0.18;  // of luminance: as far from white as from black in contrast
+    const auto linear = [](float part) {
+        return part <= 0.04045F ? part / 12.92F : std::pow((part + 0.055F) / 1.055F, 2.4F);
+    };
+    const double luminance = 0.2126 * static_cast<double>(linear(background.redF())) +
+                             0.7152 * static_cast<double>(linear(background.greenF())) +
+                             0.0722 * static_cast<double>(linear(background.blueF()));
+    return luminance > middle ? ColorScheme::light : ColorScheme::dark;
+}
+
+std::string statusIconName(const SymbolImage& image) {
+    static constexpr std::pair<std::string_view, const char*> names[] = {
+        {"circle", "purlock-idle-symbolic"},
+        {"questionmark.circle", "purlock-unknown-symbolic"},
+    };
+    if (!image.isTemplate) return {};
+    for (const auto& [symbol, name] : names) {
+        const QString file =
+            QStringLiteral("icons/hicolor/symbolic/apps/") + QLatin1StringView(name) + ".svg";
+        const bool isThis = symbol == image.name;
+        if (isThis && !QStandardPaths::locate(QStandardPaths::GenericDataLocation, file).isEmpty())
+            return name;
     }
-    return withDarkEdge(image.name, pixels);
+    return {};
 }
 
 std::vector<NotifierPixmap> statusPixmaps(const SymbolImage& image, ColorScheme scheme) {

@@ -3,6 +3,7 @@
 #include <QColor>
 #include <QImage>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "platform/linux/tray/color_scheme_watch.h"
@@ -14,11 +15,18 @@ namespace purlock::host_linux {
 // The status icon as a picture. Main thread.
 
 /// For a square of `pixels`; null when there is no such symbol. A symbol that is no template is in its own
-/// colours. A template is in `foreground`, the bar's own colour, where that is known; else it is dark on a
-/// light desktop and light on a dark one. Where neither is known it is light with a dark edge: most bars are
-/// dark, and the edge makes it readable on the others.
+/// colours, deeper where the bar is not known to be dark. A template is in `foreground`, the bar's own
+/// colour, where that is known; else it is dark on a light bar and light on a dark one. Where neither is
+/// known it is in a grey that can be read on both.
 QImage statusIcon(const SymbolImage& image, int pixels, const std::optional<QColor>& foreground,
                   ColorScheme scheme);
+
+/// That of a bar of this colour.
+ColorScheme schemeOf(const QColor& background);
+
+/// The name of the icon theme's own drawing of a template, which trays recolour as their bar wants it; empty
+/// for other symbols, and where the package's icons are not installed.
+std::string statusIconName(const SymbolImage& image);
 
 /// In the sizes that bars have; nothing when there is no such symbol.
 std::vector<NotifierPixmap> statusPixmaps(const SymbolImage& image, ColorScheme scheme);

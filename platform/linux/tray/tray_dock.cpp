@@ -17,6 +17,7 @@ namespace {
 constexpr int firstPixels = 24;  // until the tray says how large
 constexpr int mostPixels = 128;  // of the icon, however large its place
 constexpr std::chrono::milliseconds restTime{700};
+constexpr std::chrono::milliseconds untilSecondLook{500};
 
 /// The event as the type that its code stands for.
 template <typename Event>
@@ -31,6 +32,9 @@ TrayDock::TrayDock(TrayDockEvents events)
     restTimer_.setSingleShot(true);
     restTimer_.setInterval(restTime);
     QObject::connect(&restTimer_, &QTimer::timeout, &restTimer_, [this] { showToolTip(); });
+    secondLook_.setSingleShot(true);
+    secondLook_.setInterval(untilSecondLook);
+    QObject::connect(&secondLook_, &QTimer::timeout, &secondLook_, [this] { repaint(); });
     if (!server_->connected()) return;
     notifier_.emplace(server_->descriptor(), QSocketNotifier::Read);
     QObject::connect(&*notifier_, &QSocketNotifier::activated, &*notifier_, [this] { readEvents(); });
@@ -94,13 +98,21 @@ void TrayDock::readEvents() {
                 break;
             case XCB_BUTTON_PRESS:
                 pointerMoved(/*inside=*/false);
-                if (as<xcb_button_press_event_t>(event).detail <= XCB_BUTTON_INDEX_3) events_.clicked();
+                pressed(as<xcb_button_press_event_t>(event).detail);
                 break;
             default:
                 break;
         }
     }
     if (!server_->connected() && notifier_) notifier_->setEnabled(false);
+}
+
+void TrayDock::pressed(int button) const {
+    if (button == XCB_BUTTON_INDEX_3) {
+        events_.menuWanted();
+    } else if (button < XCB_BUTTON_INDEX_3) {
+        events_.clicked();
+    }
 }
 
 /// A tray that ends may take the window with it, give it back to the root or leave it where it was.
@@ -115,6 +127,7 @@ void TrayDock::destroyed(std::uint32_t window) {
 void TrayDock::reparented(std::uint32_t parent) {
     if (parent != server_->root()) {
         docked_ = true;
+        secondLook_.start();
     } else if (docked_) {
         undock();  // else it would stand alone on the screen
     }
@@ -144,7 +157,7 @@ void TrayDock::undock() {
 void TrayDock::repaint() {
     if (!docked_) return;
     const int pixels = std::min({width_, height_, mostPixels});
-    server_->paint(events_.paint(pixels, server_->foreground()), width_, height_);
+    server_->paint(events_.paint(pixels, {server_->foreground(), server_->background()}), width_, height_);
 }
 
 void TrayDock::pointerMoved(bool inside) {

@@ -16,12 +16,18 @@ namespace purlock::host_linux {
 
 class XTrayServer;
 
-struct TrayDockEvents {
-    std::function<void()> clicked;  // with any button
+/// Absent what the tray does not say.
+struct TrayColors {
+    std::optional<QColor> foreground;  // that the tray asks its icons to have
+    std::optional<QColor> background;  // on which they stand
+};
 
-    /// The icon for a square of `pixels`, null for none. `foreground` is the colour that the tray asks its
-    /// icons to have, absent when it asks for none.
-    std::function<QImage(int pixels, const std::optional<QColor>& foreground)> paint;
+struct TrayDockEvents {
+    std::function<void()> clicked;     // with any button but the right one
+    std::function<void()> menuWanted;  // the right one
+
+    /// The icon for a square of `pixels`, null for none.
+    std::function<QImage(int pixels, const TrayColors& colors)> paint;
 };
 
 /// A small window in the X server's system tray, for desktops without status notifier items.
@@ -56,6 +62,7 @@ class TrayDock {
     void findTray();
     void undock();
     void repaint();
+    void pressed(int button) const;
     void pointerMoved(bool inside);
     void showToolTip() const;
 
@@ -67,7 +74,8 @@ class TrayDock {
     int width_ = 0;
     int height_ = 0;
     std::string toolTip_;
-    QTimer restTimer_;  // the pointer has to rest for a while
+    QTimer restTimer_;   // the pointer has to rest for a while
+    QTimer secondLook_;  // at a tray that paints its own ground later than it takes the icon
 };
 
 }  // namespace purlock::host_linux

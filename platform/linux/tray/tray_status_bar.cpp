@@ -5,7 +5,7 @@
 namespace purlock::host_linux {
 
 std::unique_ptr<StatusItem> TrayStatusBar::statusItemWithLength(double /*length*/) {
-    auto item = std::make_unique<TrayStatusItem>(mainLoop_, busThread_, busAddress_);
+    auto item = std::make_unique<TrayStatusItem>(mainLoop_, busThread_, busAddress_, presentPanel_);
     whereabouts_ = item->whereabouts();
     return item;
 }

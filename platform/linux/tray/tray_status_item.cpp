@@ -1,8 +1,10 @@
 #include "platform/linux/tray/tray_status_item.h"
 
+#include <QApplication>
 #include <QCursor>
 #include <QGuiApplication>
 #include <QScreen>
+#include <cmath>
 #include <utility>
 
 #include "platform/linux/desktop/panel_placement.h"
@@ -15,6 +17,7 @@ namespace {
 // A bus that is slow to answer must not keep the icon from the other tray.
 constexpr std::chrono::milliseconds longestWaitForBus{300};
 constexpr double clickSize = 24;
+constexpr double nearby = 48;  // of a click on an icon: on the same icon, however large
 
 std::vector<ScreenArea> screenAreas() {
     std::vector<ScreenArea> areas;
@@ -39,11 +42,14 @@ Rect clickArea(double x, double y) {
 
 }  // namespace
 
-TrayStatusItem::TrayStatusItem(RunLoop& mainLoop, BusThread& busThread, const std::string& busAddress)
+TrayStatusItem::TrayStatusItem(RunLoop& mainLoop, BusThread& busThread, const std::string& busAddress,
+                               TrayStatusBar::PresentPanel presentPanel)
     : mainLoop_(mainLoop),
-      dock_({[this] { click(); },
-             [this](int pixels, const std::optional<QColor>& foreground) {
-                 return statusIcon(image_, pixels, foreground, scheme_);
+      presentPanel_(std::move(presentPanel)),
+      dock_({[this] { click(); }, [this] { showMenu(QCursor::pos()); },
+             [this](int pixels, const TrayColors& colors) {
+                 const ColorScheme scheme = colors.background ? schemeOf(*colors.background) : scheme_;
+                 return statusIcon(image_, pixels, colors.foreground, scheme);
              }}),
       bus_(busThread, [&busThread, busAddress, events = busEvents()] {
           return std::make_unique<TrayBus>(busThread, busAddress, events);
@@ -73,6 +79,10 @@ TrayBusEvents TrayStatusItem::busEvents() {
                 .activated =
                     [tellClick](std::int32_t x, std::int32_t y) {
                         tellClick([x, y](TrayStatusItem& item) { item.activated(x, y); });
+                    },
+                .menuWanted =
+                    [tellClick](std::int32_t x, std::int32_t y) {
+                        tellClick([x, y](TrayStatusItem& item) { item.menuWanted(x, y); });
                     },
                 .openChosen = [tellClick] { tellClick([](TrayStatusItem& item) { item.openChosen(); }); },
                 .quitChosen =
@@ -105,7 +115,8 @@ void TrayStatusItem::setToolTip(const std::string& text) {
 }
 
 void TrayStatusItem::publishLook() {
-    NotifierLook look{statusPixmaps(image_, scheme_), image_.accessibilityDescription, toolTip_};
+    NotifierLook look{statusPixmaps(image_, scheme_), statusIconName(image_), image_.accessibilityDescription,
+                      toolTip_};
     bus_.post([look = std::move(look)](TrayBus& bus) { bus.setLook(look); });
 }
 
@@ -130,8 +141,28 @@ void TrayStatusItem::activated(std::int32_t x, std::int32_t y) {
     click();
 }
 
-/// Below the icon, if it was ever clicked; the menu is beside it.
+void TrayStatusItem::menuWanted(std::int32_t x, std::int32_t y) {
+    // No program can put a menu at a place of the Wayland screen where it has no window.
+    if (QGuiApplication::platformName() == QLatin1StringView("wayland")) return activated(x, y);
+    const auto area = pointsOfPixels(clickArea(x, y), screenAreas());
+    const bool told = area && (x != 0 || y != 0);
+    showMenu(told ? QRectF(area->x, area->y, area->width, area->height).center().toPoint() : QCursor::pos());
+}
+
+/// The menu of trays that do not show one themselves.
+void TrayStatusItem::showMenu(QPoint place) {
+    if (qobject_cast<QApplication*>(QCoreApplication::instance()) == nullptr) return;
+    if (!menu_) {
+        menu_ = std::make_unique<QMenu>();
+        menu_->addAction(QString::fromUtf8(openLabel), [this] { openChosen(); });
+        menu_->addAction(QString::fromUtf8(quitLabel), [] { QCoreApplication::quit(); });
+    }
+    menu_->popup(place);
+}
+
+/// Below the icon, if it was ever clicked; the menu is beside it. A panel that is open stays so.
 void TrayStatusItem::openChosen() {
+    if (presentPanel_ && presentPanel_()) return;
     if (lastClick_ == Rect{}) lastClick_ = onScreen(clickArea(QCursor::pos().x(), QCursor::pos().y()));
     click();
 }
@@ -141,11 +172,36 @@ void TrayStatusItem::click() {
     if (onClick) onClick();
 }
 
-std::function<std::optional<Rect>()> TrayStatusItem::whereabouts() const {
-    return [weak = weakLink_]() -> std::optional<Rect> {
-        const auto link = weak.lock();
-        return link ? std::optional(link->item->windowFrame()) : std::nullopt;
+IconWhereabouts TrayStatusItem::whereabouts() const {
+    return {.frame = [weak = weakLink_]() -> std::optional<Rect> {
+                const auto link = weak.lock();
+                return link ? std::optional(link->item->windowFrame()) : std::nullopt;
+            },
+            .iconAt =
+                [weak = weakLink_](double x, double y) {
+                    const auto link = weak.lock();
+                    return link ? link->item->iconAt(x, y) : IconAt::no;
+                }};
+}
+
+/// A notifier item's icon is near the last click, or anywhere on a bar.
+IconAt TrayStatusItem::iconAt(double x, double y) const {
+    const auto contains = [x, y](const Rect& area) {
+        return x >= area.x && y >= area.y && x < area.x + area.width && y < area.y + area.height;
     };
+    if (!hosted_) {
+        const auto icon = dock_.frame();
+        return icon && contains(*icon) ? IconAt::yes : IconAt::no;
+    }
+    const auto place = pointsOfPixels({x, y, 0, 0}, screenAreas());
+    if (!place) return IconAt::no;
+    const QPoint point(static_cast<int>(place->x), static_cast<int>(place->y));
+    const QScreen* screen = QGuiApplication::screenAt(point);
+    const bool onBar = screen != nullptr && !screen->availableGeometry().contains(point);
+    const Rect last = onScreen(lastClick_);
+    const bool nearLast = std::abs(place->x - last.x - last.width / 2) <= nearby &&
+                          std::abs(place->y - last.y - last.height / 2) <= nearby;
+    return onBar || (lastClick_ != Rect{} && nearLast) ? IconAt::maybe : IconAt::no;
 }
 
 Rect TrayStatusItem::windowFrame() const {

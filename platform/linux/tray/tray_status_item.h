@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QMenu>
+#include <QPoint>
 #include <atomic>
 #include <cstdint>
 #include <functional>
@@ -11,6 +13,7 @@
 #include "base/run_loop.h"
 #include "platform/linux/tray/tray_bus.h"
 #include "platform/linux/tray/tray_dock.h"
+#include "platform/linux/tray/tray_status_bar.h"
 #include "ui/window_seams.h"
 
 namespace purlock::host_linux {
@@ -19,12 +22,13 @@ namespace purlock::host_linux {
 /// over through the main loop.
 class TrayStatusItem final : public StatusItem, private StatusButton {
   public:
-    TrayStatusItem(RunLoop& mainLoop, BusThread& busThread, const std::string& busAddress);
+    TrayStatusItem(RunLoop& mainLoop, BusThread& busThread, const std::string& busAddress,
+                   TrayStatusBar::PresentPanel presentPanel);
 
     StatusButton* button() override { return this; }
 
-    /// Tells where the icon is, for as long as there is this item; in the shell's coordinates.
-    std::function<std::optional<Rect>()> whereabouts() const;
+    /// Tells where the icon is, for as long as there is this item.
+    IconWhereabouts whereabouts() const;
 
   private:
     void setImage(const SymbolImage& image) override;
@@ -39,8 +43,11 @@ class TrayStatusItem final : public StatusItem, private StatusButton {
     void setHosted(bool hosted);
     void setScheme(ColorScheme scheme);
     void activated(std::int32_t x, std::int32_t y);
+    void menuWanted(std::int32_t x, std::int32_t y);
+    void showMenu(QPoint place);
     void openChosen();
     void click();
+    IconAt iconAt(double x, double y) const;
     void publishLook();
 
     /// What the bus thread shares with this. `item` is for the main thread alone.
@@ -57,6 +64,8 @@ class TrayStatusItem final : public StatusItem, private StatusButton {
     ColorScheme scheme_ = ColorScheme::unknown;
     bool hosted_ = false;
     Rect lastClick_;
+    const TrayStatusBar::PresentPanel presentPanel_;
+    std::unique_ptr<QMenu> menu_;  // once it was asked for
     std::shared_ptr<Link> link_ = std::make_shared<Link>();
     std::weak_ptr<Link> weakLink_ = link_;
     mutable TrayDock dock_;  // asked where it is, it asks the server

@@ -113,7 +113,7 @@ XTrayServer::Look XTrayServer::askedLook() {
 
 void XTrayServer::dock(int pixels) {
     makeWindow(askedLook(), pixels);
-    describeWindow();
+    describeWindow(pixels);
     requestDock();
     xcb_flush(connection_);
 }
@@ -141,7 +141,22 @@ void XTrayServer::makeWindow(const Look& look, int pixels) {
     }
 }
 
-void XTrayServer::describeWindow() {
+/// ICCCM's WM_SIZE_HINTS: some trays give a window without them a single pixel.
+void XTrayServer::setSizeHints(std::uint32_t pixels) {
+    constexpr std::uint32_t minimumSize = 1U << 4U;
+    constexpr std::uint32_t baseSize = 1U << 8U;
+    std::array<std::uint32_t, 18> hints{};
+    hints[0] = minimumSize | baseSize;
+    hints[5] = pixels;  // the least width and height
+    hints[6] = pixels;
+    hints[15] = pixels;  // the base ones
+    hints[16] = pixels;
+    xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, XCB_ATOM_WM_NORMAL_HINTS,
+                        XCB_ATOM_WM_SIZE_HINTS, 32, hints.size(), hints.data());
+}
+
+void XTrayServer::describeWindow(int pixels) {
+    setSizeHints(static_cast<std::uint32_t>(pixels));
     const std::array<std::uint32_t, 2> info{embedVersion, embedMapped};
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, atoms_[embedInfo], atoms_[embedInfo], 32,
                         info.size(), info.data());
@@ -195,6 +210,21 @@ std::optional<Rect> XTrayServer::windowFrame() {
     if (!geometry || !place) return std::nullopt;
     return Rect{static_cast<double>(place->dst_x), static_cast<double>(place->dst_y),
                 static_cast<double>(geometry->width), static_cast<double>(geometry->height)};
+}
+
+std::optional<QColor> XTrayServer::background() {
+    const auto frame = windowFrame();
+    if (!frame || frame->width < 1 || screen_->root_depth < 24) return std::nullopt;
+    const auto x = static_cast<std::int16_t>(frame->x);
+    const auto y = static_cast<std::int16_t>(frame->y);
+    // Of the whole screen: a tray that blends its icons paints what is below them elsewhere.
+    const XOwned<xcb_get_image_reply_t> image(xcb_get_image_reply(
+        connection_, xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, root(), x, y, 1, 1, 0x00FFFFFF),
+        nullptr));
+    if (!image || xcb_get_image_data_length(image.get()) < 4) return std::nullopt;
+    std::uint32_t pixel = 0;
+    std::memcpy(&pixel, xcb_get_image_data(image.get()), sizeof pixel);
+    return QColor::fromRgb(pixel | 0xFF000000U);
 }
 
 xcb_render_pictformat_t XTrayServer::windowFormat() {

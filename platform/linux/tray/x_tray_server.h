@@ -57,6 +57,10 @@ class XTrayServer {
     /// The colour that the tray asks for.
     std::optional<QColor> foreground();
 
+    /// What the tray shows below the corners of the window, where the icon is clear; absent when the server
+    /// does not say.
+    std::optional<QColor> background();
+
     /// In pixels of the screen, y downwards.
     std::optional<Rect> windowFrame();
 
@@ -76,7 +80,8 @@ class XTrayServer {
     XOwned<xcb_get_property_reply_t> trayProperty(Atom name, xcb_atom_t type, std::uint32_t words);
     Look askedLook();
     void makeWindow(const Look& look, int pixels);
-    void describeWindow();
+    void describeWindow(int pixels);
+    void setSizeHints(std::uint32_t pixels);
     void requestDock();
     xcb_render_pictformat_t windowFormat();
     xcb_render_picture_t pictureOf(const QImage& image);

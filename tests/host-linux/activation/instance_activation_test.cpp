@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <systemd/sd-bus.h>
 
+#include <atomic>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -26,7 +27,8 @@ class InstanceActivationTest : public testing::Test {
         return test::waitUntil([&] { return caller.ready(); });
     }
     void startInstance() {
-        instance.emplace(loop, thread, bus.address(), [this] { ++activations; });
+        instance.emplace(
+            loop, thread, bus.address(), [this] { ++activations; }, [this] { return activations % 2 == 1; });
     }
     bool activate(std::chrono::milliseconds longest = 5s) {
         return activateRunningInstance(bus.address(), longest);
@@ -53,6 +55,27 @@ TEST_F(InstanceActivationTest, ASecondStartActivatesTheFirst) {
     EXPECT_EQ(activations, 1);
     EXPECT_TRUE(activate());
     EXPECT_TRUE(reaches(2));
+}
+
+TEST_F(InstanceActivationTest, TellsWhatBecameOfThePanel) {
+    startInstance();
+    for (const bool isOpen : {true, false, true}) {
+        ASSERT_TRUE(activate());
+        std::atomic<bool> answered = false;
+        std::optional<bool> answer;
+        std::thread second([&] {
+            answer = panelOfRunningInstance(bus.address(), 5s);
+            answered = true;
+        });
+        EXPECT_TRUE(test::waitUntil([&] {
+            loop.runUntilIdle();
+            return answered.load();
+        }));
+        second.join();
+        EXPECT_EQ(answer, isOpen) << "after the activation before it";
+    }
+    EXPECT_EQ(panelOfRunningInstance(bus.address(), 100ms), std::nullopt)
+        << "the main thread does not answer";
 }
 
 TEST_F(InstanceActivationTest, AnInstanceThatJustStartsIsWaitedFor) {

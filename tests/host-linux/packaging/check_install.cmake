@@ -3,10 +3,13 @@ set(expected
   bin/purlock
   etc/xdg/autostart/org.purlock.Purlock.desktop
   share/applications/org.purlock.Purlock.desktop
+  share/dbus-1/services/org.purlock.Purlock.service
   share/doc/purlock/CHANGELOG.md
   share/doc/purlock/changelog.gz
   share/doc/purlock/copyright
   share/icons/hicolor/scalable/apps/org.purlock.Purlock.svg
+  share/icons/hicolor/symbolic/apps/purlock-idle-symbolic.svg
+  share/icons/hicolor/symbolic/apps/purlock-unknown-symbolic.svg
   share/man/man1/purlock.1.gz
   share/metainfo/org.purlock.Purlock.metainfo.xml)
 

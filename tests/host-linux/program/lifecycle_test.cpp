@@ -1,6 +1,8 @@
 #include <unistd.h>
 #include <csignal>
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "tests/host-linux/program/program_test.h"
 #include "tests/support/temporary_folder.h"
@@ -107,16 +109,53 @@ TEST_F(Lifecycle, ASecondStartReachesTheFirstOverTheBus) {
     ASSERT_TRUE(session.startBus()) << session.logs();
     program.start();
     ASSERT_TRUE(program.awaitVerdict("noDevice"));
-    for (const char* what : {"opens the panel", "closes it", "opens it again"}) {
+    for (const std::string what : {"opened", "closed", "opened"}) {
         SCOPED_TRACE(what);
         const auto second = session.run({PURLOCK_PROGRAM});
         EXPECT_EQ(second.exitStatus, 0);
-        EXPECT_EQ(second.output,
-                  "Purlock is already running in this session: its panel was opened or closed.\n");
+        EXPECT_EQ(second.output, "Purlock is already running in this session: its panel was " + what + ".\n");
     }
     EXPECT_TRUE(program.isRunning());
     EXPECT_EQ(program.console(), "");
 }
+
+struct DeadDisplay {
+    const char* name;
+    std::vector<std::string> variables;
+    const char* words;  // what the program has to say
+};
+
+class AtADeadDisplay : public Lifecycle, public testing::WithParamInterface<DeadDisplay> {};
+
+TEST_P(AtADeadDisplay, ItSaysSoAndRunsWithoutAScreen) {
+    test::Command command{"env", "-u", "QT_QPA_PLATFORM", "-u", "DISPLAY", "-u", "WAYLAND_DISPLAY"};
+    command.insert(command.end(), GetParam().variables.begin(), GetParam().variables.end());
+    command.push_back(PURLOCK_PROGRAM);
+    session.spawn("purlock", command);
+    EXPECT_TRUE(program.awaitVerdict("noDevice"));
+    EXPECT_EQ(program.console(),
+              std::string(GetParam().words) + "purlock: It runs without a screen and writes its files.\n");
+    program.process().signal(SIGTERM);
+    EXPECT_EQ(program.process().waitForExit(5s), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, AtADeadDisplay,
+    testing::Values(
+        DeadDisplay{"X",
+                    {"DISPLAY=:987"},
+                    "purlock: the display :987 of $DISPLAY does not answer, or is not yours.\n"},
+        DeadDisplay{
+            "Wayland",
+            {"WAYLAND_DISPLAY=wayland-987"},
+            "purlock: the display wayland-987 of $WAYLAND_DISPLAY does not answer, or is not yours.\n"},
+        DeadDisplay{
+            "Both",
+            {"DISPLAY=:987", "WAYLAND_DISPLAY=/nonexistent/wayland"},
+            "purlock: the display :987 of $DISPLAY does not answer, or is not yours.\n"
+            "purlock: the display /nonexistent/wayland of $WAYLAND_DISPLAY does not answer, or is not "
+            "yours.\n"}),
+    [](const auto& each) { return std::string(each.param.name); });
 
 TEST_F(Lifecycle, WithoutARuntimeFolderItRunsOnceAllTheSame) {
     session.spawn("purlock", {"env", "-u", "XDG_RUNTIME_DIR", PURLOCK_PROGRAM});

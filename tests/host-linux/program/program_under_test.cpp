@@ -24,9 +24,10 @@ bool hasExactly(const Json& object, const std::set<std::string>& keys) {
     return true;
 }
 
-const std::set<std::string> snapshotKeys = {"alterations", "device", "physical", "timestamp", "verdict", "virtual"};
-const std::set<std::string> recordKeys = {"alterations", "device", "isRunning", "physical", "timestamp",
-                                          "uid",    "verdict",   "virtual"};
+const std::set<std::string> snapshotKeys = {"alterations", "device",  "physical",
+                                            "timestamp",   "verdict", "virtual"};
+const std::set<std::string> recordKeys = {"alterations", "device", "isRunning", "physical",
+                                          "timestamp",   "uid",    "verdict",   "virtual"};
 
 std::string snapshotFaults(const std::string& text) {
     if (hasExactly(parsed(text), snapshotKeys)) return {};

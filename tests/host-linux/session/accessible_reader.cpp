@@ -146,6 +146,28 @@ std::string AccessibleReader::nameOf(pid_t pid, const std::string& path) {
     return property(bus_.get(), {applicationOf(pid), path}, "Name");
 }
 
+bool AccessibleReader::perform(const Accessible& element, const std::string& action) {
+    constexpr const char* interface = "org.a11y.atspi.Action";
+    const Object object{application_, element.path};
+    const Message actions = ask(bus_.get(), object, interface, "GetActions");
+    if (!actions || sd_bus_message_enter_container(actions.get(), 'a', "(sss)") < 0) return false;
+    const char* name = nullptr;
+    const char* description = nullptr;
+    const char* key = nullptr;
+    for (int index = 0; sd_bus_message_read(actions.get(), "(sss)", &name, &description, &key) > 0; ++index) {
+        if (name != action) continue;
+        sd_bus_message* answer = nullptr;
+        int done = 0;
+        if (sd_bus_call_method(bus_.get(), object.name.c_str(), object.path.c_str(), interface, "DoAction",
+                               nullptr, &answer, "i", index) < 0) {
+            return false;
+        }
+        const Message kept(answer);
+        return sd_bus_message_read(answer, "b", &done) > 0 && done != 0;
+    }
+    return false;
+}
+
 Accessible AccessibleReader::element(const std::string& application, const std::string& path, int depth) {
     const Object object{application, path};
     Accessible result;

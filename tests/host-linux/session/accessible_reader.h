@@ -38,6 +38,9 @@ class AccessibleReader {
     /// The name of one element that `read` has found: a quick look.
     std::string nameOf(pid_t pid, const std::string& path);
 
+    /// Asks an element that the last `read` has found to do something; whether it says that it has.
+    bool perform(const Accessible& element, const std::string& action);
+
   private:
     struct Closing {
         void operator()(sd_bus* bus) const { sd_bus_flush_close_unref(bus); }

@@ -16,8 +16,9 @@ constexpr const char* tint2Configuration =
 
 bool DesktopSession::start(Accessibility accessibility) {
     parts_.setVariable("GSETTINGS_BACKEND", "memory");
-    return parts_.startAudio() && startDevices() && startScreen() &&
-           (accessibility == Accessibility::off || startAccessibility());
+    if (!parts_.startAudio() || !startDevices() || !startScreen()) return false;
+    if (accessibility != Accessibility::off) startAccessibilityService();
+    return accessibility != Accessibility::on || switchAccessibilityOn();
 }
 
 bool DesktopSession::startScreen() {
@@ -27,10 +28,31 @@ bool DesktopSession::startScreen() {
     return waitUntil([] { return windowManagerIsThere(); });
 }
 
-bool DesktopSession::startAccessibility() {
+bool DesktopSession::letFocusFollowPointer() {
+    killWindowManager();
+    const std::string file = parts_.folder() + "/openbox.xml";
+    writeFile(file,
+              "<openbox_config xmlns=\"http://openbox.org/3.4/rc\"><focus><followMouse>yes</followMouse>"
+              "</focus></openbox_config>\n");
+    if (!waitUntil([] { return !windowManagerIsThere(); })) return false;
+    parts_.spawn("openbox", {"openbox", "--sm-disable", "--config-file", file});
+    return waitUntil([] { return windowManagerIsThere(); });
+}
+
+bool DesktopSession::switchToWorkspace(int number) {
+    const std::string wanted = std::to_string(number);
+    return parts_.run({"xdotool", "set_desktop", wanted}).exitStatus == 0 && waitUntil([&] {
+               return parts_.run({"xdotool", "get_desktop"}).output == wanted + "\n";
+           });
+}
+
+void DesktopSession::startAccessibilityService() {
     accessibility_ =
         ChildProcess({"/usr/libexec/at-spi-bus-launcher"}, parts_.environment(),
                      {.log = parts_.folder() + "/log-accessibility", .group = ChildOptions::Group::own});
+}
+
+bool DesktopSession::switchAccessibilityOn() {
     return waitUntil([this] { return reader_.connect(); });
 }
 

@@ -18,13 +18,18 @@ namespace purlock::test {
 class DesktopSession {
   public:
     /// Most people's desktops speak to no screen reader, and programs are lighter there.
-    enum class Accessibility { on, off };
+    enum class Accessibility { on, off, later };  // later: the service is there, switched off
 
     /// Starts all but a tray, the player and the program; false when something does not answer.
     bool start(Accessibility accessibility = Accessibility::on);
 
     /// The daemons by name, the sound, the logs.
     PrivateSession& parts() { return parts_; }
+
+    /// From now on the focus follows the pointer, without a click.
+    bool letFocusFollowPointer();
+    void killWindowManager() { parts_.process("openbox").kill(); }
+    bool switchToWorkspace(int number);  // from 0
 
     bool startTray();  // tint2, at the top of the screen
     void killTray() { parts_.process("tint2").kill(); }
@@ -52,11 +57,12 @@ class DesktopSession {
     Accessible onScreen();
 
     AccessibleReader& reader() { return reader_; }
+    bool switchAccessibilityOn();
 
   private:
     bool startDevices();
     bool startScreen();
-    bool startAccessibility();
+    void startAccessibilityService();
 
     PrivateSession parts_;
     std::optional<VirtualDisplay> display_;

@@ -39,14 +39,14 @@ Texts textsFor(const Json& state) {
             state["verdict"]["headline"],
             "Source matches device at " + summary(mixer) + ". No conversion in path.",
             // the path
-            "Lossless", "SOURCE", "2.30 Mbps", "mpv Media Player", "FLAC · 24-bit · 48.0 kHz",         //
+            "Source", "2.30 Mbps", "mpv Media Player", "FLAC · 24-bit · 48.0 kHz", "Lossless",         //
             "delivers to",                                                                             //
-            grade, "APP", "mpv Media Player", "mpv", "writes to OS",                                   //
-            grade, "HAL VIRTUAL", bitrate(mixer), summary(mixer), mixer["label"], "OS sends to wire",  //
-            grade, "HAL PHYSICAL", bitrate(device), summary(device), device["label"], "to device",     //
-            grade, "VIRTUAL DEVICE", bitrate(device), name, "Virtual device",
-            // the picker and the footer
-            "OUTPUT DEVICE", name, "Show log", "Quit"};
+            "App", "mpv Media Player", "mpv", grade, "writes to OS",                                   //
+            "HAL virtual", bitrate(mixer), summary(mixer), mixer["label"], grade, "OS sends to wire",  //
+            "HAL physical", bitrate(device), summary(device), device["label"], grade, "to device",     //
+            "Virtual device", bitrate(device), name, "Virtual device", grade,
+            // the picker
+            "Output device"};
 }
 
 using Panel = SessionTest;
@@ -70,6 +70,72 @@ TEST_F(Panel, StandsUnderItsIconAndSaysWhatTheStateFileSays) {
     ASSERT_NE(logSwitch, nullptr);
     EXPECT_TRUE(logSwitch->isChecked);
     EXPECT_NE(elementNamed(screen, "Pin (keep panel open)", "push button"), nullptr);
+    ASSERT_EQ(screen.children.size(), 1U);
+    EXPECT_EQ(screen.children.front().role, "dialog");
+    for (const Accessible& child : screen.children.front().children) {
+        EXPECT_NE(child.name, "") << "a " << child.role;
+        EXPECT_TRUE(child.children.empty()) << child.name;
+    }
+    const Accessible* picker = elementNamed(screen, program.snapshot()["device"]["name"], "button menu");
+    ASSERT_NE(picker, nullptr) << "the chosen device is said";
+    EXPECT_EQ(picker->description, "Output device");
+}
+
+TEST_F(Panel, AScreenReadersActionsAreAnsweredAtOnce) {
+    startInTray();
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    ASSERT_TRUE(shows("Log to file"));
+    ASSERT_TRUE(settingBecomes("logEnabled", nullptr));
+    EXPECT_TRUE(
+        desktop.reader().perform(*elementNamed(desktop.onScreen(), "Log to file", "check box"), "Toggle"));
+    EXPECT_TRUE(settingBecomes("logEnabled", false));
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_TRUE(
+        desktop.reader().perform(*elementNamed(desktop.onScreen(), "Desk", "button menu"), "ShowMenu"));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+    EXPECT_TRUE(waitUntil([] { return menuOnScreen().has_value(); }));
+    EXPECT_TRUE(shows("Tunnel hall")) << "an entry of the menu that is open";
+}
+
+TEST_F(Panel, TheKeyboardScrollsAndShowsWhereTheFocusIs) {
+    ASSERT_TRUE(desktop.startPlayer(96000));  // with findings, so that there is something to scroll
+    startInTray();
+    ASSERT_TRUE(program.awaitVerdict("resampling"));
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    ASSERT_TRUE(shows("Findings"));
+    const auto isInSight = [&](const std::string& name) {
+        const Accessible screen = desktop.onScreen();
+        const Accessible* element = elementNamed(screen, name);
+        const auto panel = panelOnScreen();
+        return element != nullptr && panel && panel->contains(element->area);
+    };
+    EXPECT_TRUE(isInSight("Purlock"));
+    EXPECT_FALSE(isInSight("Quit"));
+    ASSERT_TRUE(desktop.press("End"));
+    EXPECT_TRUE(waitUntil([&] { return isInSight("Quit"); }));
+    EXPECT_FALSE(isInSight("v1.1"));
+    ASSERT_TRUE(desktop.press("Tab"));
+    EXPECT_TRUE(waitUntil([&] { return isInSight("Pin (keep panel open)"); }));
+    ASSERT_TRUE(desktop.press("Next"));
+    EXPECT_TRUE(waitUntil([&] { return !isInSight("v1.1"); }));
+    ASSERT_TRUE(desktop.press("Escape"));
+    ASSERT_TRUE(panelGoes());
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    EXPECT_TRUE(waitUntil([&] { return isInSight("Purlock"); })) << "it opens at its top";
+}
+
+/// Without a screen reader at first.
+class LateReader : public SessionTest {
+  protected:
+    void SetUp() override { ASSERT_TRUE(desktop.start(DesktopSession::Accessibility::later)); }
+};
+
+TEST_F(LateReader, MeetsThePanel) {
+    startInTray();
+    ASSERT_TRUE(deviceBecomes("desk"));
+    ASSERT_TRUE(desktop.switchAccessibilityOn());
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    EXPECT_TRUE(shows("Desk"));
 }
 
 TEST_F(Panel, ADeviceChosenInTheMenuIsPinned) {
@@ -120,6 +186,92 @@ TEST_F(Panel, AClickOutsideClosesItUnlessItIsPinned) {
     ASSERT_TRUE(desktop.click(outside));
     EXPECT_TRUE(panelGoes());
     ASSERT_NO_FATAL_FAILURE(openPanel());
+}
+
+/// Whether the panel stays for a while.
+bool panelStays() {
+    return !waitUntil([] { return !panelOnScreen(); }, std::chrono::milliseconds(600));
+}
+
+TEST_F(Panel, APointerOverAnotherWindowIsNoClickWhereTheFocusFollowsIt) {
+    ASSERT_TRUE(desktop.letFocusFollowPointer());
+    startInTray();
+    desktop.parts().spawn("neighbour", {"zenity", "--info", "--text=Somebody else's window"});
+    ASSERT_TRUE(waitUntil([] { return isOnScreen("zenity"); }));
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    const ScreenArea panel = panelOnScreen().value_or(ScreenArea{});
+    desktop.parts().run(
+        {"xdotool", "search", "--onlyvisible", "--class", "zenity", "windowmove", "900", "700"});
+    std::optional<ScreenArea> neighbour;
+    ASSERT_TRUE(waitUntil([&] { return (neighbour = areaOnScreen("zenity")) && neighbour->y >= 700; }));
+    ASSERT_TRUE(desktop.pointAt(*neighbour));
+    ASSERT_TRUE(waitUntil([] { return isFocused("zenity"); }));
+    EXPECT_TRUE(panelStays());
+    ASSERT_TRUE(desktop.pointAt(panel));
+    ASSERT_TRUE(desktop.pointAt({5, 1000, 0, 0}));
+    EXPECT_TRUE(panelStays()) << "the way over the bare desktop and back";
+    ASSERT_TRUE(desktop.click({5, 1000, 0, 0}));
+    EXPECT_TRUE(panelGoes());
+}
+
+TEST_F(Panel, AClickOnTheBareDesktopClosesItAlsoWithoutAWindowManager) {
+    startInTray();
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    desktop.killWindowManager();
+    ASSERT_TRUE(waitUntil([] { return !windowManagerIsThere(); }));
+    ASSERT_TRUE(desktop.click({1200, 900, 0, 0}, "3"));
+    EXPECT_TRUE(panelGoes()) << "by the right button";
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    ASSERT_TRUE(desktop.click({1200, 900, 0, 0}, "4"));
+    EXPECT_TRUE(panelStays()) << "turning the wheel is no click";
+    ASSERT_TRUE(desktop.click({1200, 900, 0, 0}));
+    EXPECT_TRUE(panelGoes());
+}
+
+TEST_F(Panel, AClickThatClosesItsMenuLeavesItOpen) {
+    startInTray();
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    ASSERT_TRUE(clickOn("Desk", "button menu"));
+    ASSERT_TRUE(waitUntil([] { return menuOnScreen().has_value(); }));
+    ASSERT_TRUE(desktop.click({1200, 900, 0, 0}));
+    EXPECT_TRUE(waitUntil([] { return !menuOnScreen(); }));
+    EXPECT_TRUE(panelStays());
+}
+
+TEST_F(Panel, IsOnEveryWorkspace) {
+    startInTray();
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    ASSERT_TRUE(clickOn("Pin (keep panel open)", "push button"));
+    ASSERT_TRUE(settingBecomes("panelPinned", true));
+    ASSERT_TRUE(desktop.switchToWorkspace(1));
+    EXPECT_TRUE(panelStays());
+    ASSERT_TRUE(desktop.clickIcon());
+    EXPECT_TRUE(panelGoes()) << "the first click closes it";
+}
+
+TEST_F(Panel, GivesTheFocusBackToTheWindowThatHadIt) {
+    startInTray();
+    desktop.parts().spawn("neighbour", {"zenity", "--entry"});
+    ASSERT_TRUE(waitUntil([] { return isFocused("zenity"); }));
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    EXPECT_TRUE(waitUntil([] { return isFocused("purlock"); }));
+    ASSERT_TRUE(desktop.press("Escape"));
+    EXPECT_TRUE(waitUntil([] { return isFocused("zenity"); }));
+}
+
+TEST_F(Panel, TheMenuOfItsIconOpensItAndNeverClosesIt) {
+    startInTray();
+    for (const char* when : {"closed", "open"}) {
+        SCOPED_TRACE(when);
+        ASSERT_TRUE(waitUntil([] { return trayIconOnScreen().has_value(); }));
+        ASSERT_TRUE(desktop.click(*trayIconOnScreen(), "3"));
+        std::optional<ScreenArea> menu;
+        ASSERT_TRUE(waitUntil([&] { return (menu = menuOnScreen()).has_value(); }));
+        ASSERT_TRUE(desktop.click({menu->centerX(), menu->y + 12, 0, 0}));
+        EXPECT_TRUE(panelComes());
+        EXPECT_TRUE(panelStays());
+    }
+    EXPECT_TRUE(waitUntil([] { return isFocused("purlock"); }));
 }
 
 TEST_F(Panel, ClosesByItsIconByEscapeAndByAnotherStart) {

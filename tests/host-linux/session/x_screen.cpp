@@ -38,13 +38,34 @@ class Screen {
         return found ? area(*found) : std::nullopt;
     }
 
-    bool shows(const std::string& instance) {
+    std::optional<ScreenArea> areaOf(const std::string& instance) {
         const auto found = find(
             first().root, [&](xcb_window_t window) { return isOf(window, instance) && isViewable(window); });
-        return found.has_value();
+        return found ? area(*found) : std::nullopt;
     }
 
-    bool isManaged() { return !property(first().root, atom("_NET_SUPPORTING_WM_CHECK")).empty(); }
+    /// The focus may be with a window inside that of the program.
+    bool isFocused(const std::string& instance) {
+        const auto focus =
+            owned(xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+        xcb_window_t window = focus ? focus->focus : XCB_NONE;
+        while (window > XCB_INPUT_FOCUS_POINTER_ROOT && window != first().root) {
+            if (isOf(window, instance)) return true;
+            const auto tree =
+                owned(xcb_query_tree_reply(connection_, xcb_query_tree(connection_, window), nullptr));
+            window = tree ? tree->parent : XCB_NONE;
+        }
+        return false;
+    }
+
+    /// A window manager that was killed leaves the property behind, but not the window that it names.
+    bool isManaged() {
+        const std::string bytes = property(first().root, atom("_NET_SUPPORTING_WM_CHECK"));
+        xcb_window_t check = XCB_NONE;
+        if (bytes.size() != sizeof check) return false;
+        std::memcpy(&check, bytes.data(), sizeof check);
+        return attributesOf(check) != nullptr;
+    }
 
   private:
     /// The first window that is wanted, `window` or below it.
@@ -79,24 +100,20 @@ class Screen {
         return property(window, XCB_ATOM_WM_CLASS).starts_with(instance + '\0');
     }
 
-    /// The toolkit's windows speak a window manager's protocols; that in the tray does not. A window manager
-    /// leaves menus and tips alone, and only a tip is one line high.
+    /// The toolkit's windows speak a window manager's protocols; that in the tray does not. Of the others the
+    /// panel is the highest, and only a tip is one line high.
     Kind kindOf(xcb_window_t window) {
         constexpr int twoLines = 40;
+        constexpr int halfPanel = 300;
         if (property(window, atom("WM_PROTOCOLS")).empty()) return Kind::trayIcon;
-        if (isManaged(window)) return Kind::panel;
         const auto place = area(window);
+        if (place && place->height >= halfPanel) return Kind::panel;
         return place && place->height >= twoLines ? Kind::menu : Kind::toolTip;
     }
 
     bool isViewable(xcb_window_t window) {
         const auto attributes = attributesOf(window);
         return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
-    }
-
-    bool isManaged(xcb_window_t window) {
-        const auto attributes = attributesOf(window);
-        return attributes && attributes->override_redirect == 0;
     }
 
     std::unique_ptr<xcb_get_window_attributes_reply_t, decltype(&std::free)> attributesOf(
@@ -146,7 +163,18 @@ std::optional<ScreenArea> panelOnScreen() {
 
 bool isOnScreen(const std::string& instance) {
     Screen screen;
-    return screen.isThere() && screen.shows(instance);
+    return screen.isThere() && screen.areaOf(instance).has_value();
+}
+
+std::optional<ScreenArea> areaOnScreen(const std::string& instance) {
+    Screen screen;
+    if (!screen.isThere()) return std::nullopt;
+    return screen.areaOf(instance);
+}
+
+bool isFocused(const std::string& instance) {
+    Screen screen;
+    return screen.isThere() && screen.isFocused(instance);
 }
 
 std::optional<ScreenArea> menuOnScreen() {

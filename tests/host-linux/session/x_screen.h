@@ -31,11 +31,17 @@ bool windowManagerIsThere();
 /// The window of the program that stands in a tray.
 std::optional<ScreenArea> trayIconOnScreen();
 
-/// The window of the program that a window manager looks after.
+/// The panel's window.
 std::optional<ScreenArea> panelOnScreen();
 
 /// Whether a window of another program, which calls itself `instance`, can be seen.
 bool isOnScreen(const std::string& instance);
+
+/// The first window of another program that can be seen.
+std::optional<ScreenArea> areaOnScreen(const std::string& instance);
+
+/// Whether the keyboard's focus is with a window of the program that calls itself `instance`.
+bool isFocused(const std::string& instance);
 
 /// The menu that the program has opened.
 std::optional<ScreenArea> menuOnScreen();

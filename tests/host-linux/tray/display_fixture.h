@@ -14,6 +14,7 @@
 namespace purlock::test {
 
 inline constexpr std::uint32_t green = 0x4DC773;
+inline constexpr std::uint32_t deepGreen = 0x21944A;  // where the bar may be light
 
 /// The place of the first icon of a `TestTray`.
 inline std::vector<std::uint32_t> firstIcon() {

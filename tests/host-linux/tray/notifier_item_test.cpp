@@ -1,6 +1,8 @@
 #include <systemd/sd-bus.h>
 
+#include <QApplication>
 #include <QCursor>
+#include <QMenu>
 #include <map>
 #include <optional>
 #include <string>
@@ -8,6 +10,7 @@
 
 #include "tests/host-linux/tray/notifier_watcher.h"
 #include "tests/host-linux/tray/tray_fixture.h"
+#include "tests/support/temporary_folder.h"
 
 namespace purlock::test {
 namespace {
@@ -149,7 +152,18 @@ TEST_F(NotifierItemTest, DescribesItself) {
         EXPECT_EQ(pixmap.bytes.size(), static_cast<std::size_t>(pixmap.width * pixmap.height * 4));
         sizes.push_back(pixmap.width);
     }
-    EXPECT_EQ(sizes, (std::vector{16, 22, 24, 32, 48}));
+    EXPECT_EQ(sizes, (std::vector{16, 22, 24, 32, 48, 64, 96}));
+}
+
+TEST_F(NotifierItemTest, NamesTheThemesDrawingOfATemplateWhereItIsInstalled) {
+    const TemporaryFolder installed;
+    setenv("XDG_DATA_DIRS", installed.path().c_str(), 1);
+    installed.write("icons/hicolor/symbolic/apps/purlock-idle-symbolic.svg", "<svg/>");
+    startHosted();
+    EXPECT_TRUE(runUntil([&] { return text("IconName") == "purlock-idle-symbolic"; }));
+    button()->setImage(greenIcon);
+    EXPECT_TRUE(runUntil([&] { return text("IconName").empty(); })) << "it has its own colours";
+    unsetenv("XDG_DATA_DIRS");
 }
 
 TEST_F(NotifierItemTest, ShowsAnotherIconAndTipAndTellsTheTrayOnce) {
@@ -168,10 +182,10 @@ TEST_F(NotifierItemTest, ShowsAnotherIconAndTipAndTellsTheTrayOnce) {
     runUntil([] { return false; }, std::chrono::milliseconds(30));
     EXPECT_EQ(signals(), once) << "what is the same is no news";
     const Pixmap largest = icon().back();
-    EXPECT_EQ(largest.at(24, 8, 0), 255) << "alpha comes first";
-    EXPECT_EQ(largest.at(24, 8, 1), 77);
-    EXPECT_EQ(largest.at(24, 8, 2), 199);
-    EXPECT_EQ(largest.at(24, 8, 3), 115);
+    EXPECT_EQ(largest.at(48, 16, 0), 255) << "alpha comes first";
+    EXPECT_EQ(largest.at(48, 16, 1), 0x21);
+    EXPECT_EQ(largest.at(48, 16, 2), 0x94);
+    EXPECT_EQ(largest.at(48, 16, 3), 0x4A);
     EXPECT_EQ(largest.at(0, 0, 0), 0);
 }
 
@@ -184,11 +198,11 @@ TEST_F(NotifierItemTest, AnIconWithoutDrawingIsLeftOut) {
     EXPECT_TRUE(runUntil([&] { return text("Status") == "Active"; }));
 }
 
-TEST_F(NotifierItemTest, EveryKindOfClickIsAClickWhereItWas) {
+TEST_F(NotifierItemTest, AClickIsWhereItWas) {
     startHosted();
     EXPECT_EQ(button()->windowFrame(), Rect{}) << "before the first click nobody knows";
     int expected = 0;
-    for (const char* method : {"Activate", "SecondaryActivate", "ContextMenu"}) {
+    for (const char* method : {"Activate", "SecondaryActivate"}) {
         SCOPED_TRACE(method);
         call(method, 300 + expected, 10);
         ++expected;
@@ -196,6 +210,18 @@ TEST_F(NotifierItemTest, EveryKindOfClickIsAClickWhereItWas) {
         // The toolkit's screen without a display is 800 x 800.
         EXPECT_EQ(button()->windowFrame(), (Rect{300.0 + expected - 1 - 12, 800 - 10 - 12, 24, 24}));
     }
+}
+
+TEST_F(NotifierItemTest, ATrayThatShowsNoMenuHasTheProgramShowItsOwn) {
+    startHosted();
+    call("ContextMenu", 300, 10);
+    const auto menu = [] { return qobject_cast<QMenu*>(QApplication::activePopupWidget()); };
+    ASSERT_TRUE(runUntil([&] { return menu() != nullptr; }));
+    EXPECT_EQ(menu()->pos(), QPoint(300, 10));
+    EXPECT_EQ(clicks, 0);
+    menu()->actions().at(0)->trigger();  // "Open Purlock"
+    EXPECT_EQ(clicks, 1);
+    menu()->close();
 }
 
 TEST_F(NotifierItemTest, AClickWithoutAPlaceIsWhereThePointerIs) {

@@ -38,8 +38,9 @@ TestTray::TestTray(const Options& options)
     : connection_(xcb_connect(nullptr, nullptr)),
       screen_(screenOf(connection_)),
       window_(xcb_generate_id(connection_)),
-      opcode_(atom("_NET_SYSTEM_TRAY_OPCODE")) {
-    const std::array<std::uint32_t, 2> values{background, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY};
+      opcode_(atom("_NET_SYSTEM_TRAY_OPCODE")),
+      obeysSizeHints_(options.obeysSizeHints) {
+    const std::array<std::uint32_t, 2> values{options.ground, XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY};
     xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, screen_->root, 100, 0, 200, 30, 0,
                       XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
                       XCB_CW_BACK_PIXEL | XCB_CW_EVENT_MASK, values.data());
@@ -100,9 +101,23 @@ void TestTray::serve() {
     }
 }
 
+/// ICCCM's least size, or one pixel where the icon asks for none.
+std::array<std::uint32_t, 2> TestTray::sizeFor(xcb_window_t icon) {
+    constexpr std::uint32_t minimumSize = 1U << 4U;
+    if (!obeysSizeHints_) return {24, 24};
+    const auto hints = owned(xcb_get_property_reply(
+        connection_,
+        xcb_get_property(connection_, 0, icon, XCB_ATOM_WM_NORMAL_HINTS, XCB_ATOM_WM_SIZE_HINTS, 0, 18),
+        nullptr));
+    if (!hints || hints->value_len < 7) return {1, 1};
+    const auto* words = static_cast<const std::uint32_t*>(xcb_get_property_value(hints.get()));
+    if ((words[0] & minimumSize) == 0) return {1, 1};
+    return {words[5], words[6]};
+}
+
 void TestTray::take(xcb_window_t icon) {
     const auto x = static_cast<std::int16_t>(3 + 24 * static_cast<int>(icons_.size()));
-    const std::array<std::uint32_t, 2> size{24, 24};
+    const auto size = sizeFor(icon);
     xcb_reparent_window(connection_, icon, window_, x, 3);
     xcb_configure_window(connection_, icon, XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT, size.data());
     xcb_map_window(connection_, icon);

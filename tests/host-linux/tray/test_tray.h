@@ -2,6 +2,7 @@
 
 #include <xcb/xcb.h>
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -18,6 +19,8 @@ class TestTray {
     struct Options {
         bool blends = false;                           // whether it asks for windows with alpha
         std::optional<std::uint32_t> foreground = {};  // 0xRRGGBB, what it asks icons to look like
+        std::uint32_t ground = background;
+        bool obeysSizeHints = false;  // as some do; else icons are 24 by 24
     };
     static constexpr std::uint32_t background = 0x204060;
 
@@ -37,11 +40,13 @@ class TestTray {
     void setProperties(const Options& options);
     void announce();
     void take(xcb_window_t icon);
+    std::array<std::uint32_t, 2> sizeFor(xcb_window_t icon);
 
     xcb_connection_t* connection_;
     xcb_screen_t* screen_;
     xcb_window_t window_;
     xcb_atom_t opcode_;
+    bool obeysSizeHints_;
     std::vector<xcb_window_t> icons_;
 };
 

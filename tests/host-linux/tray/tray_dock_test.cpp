@@ -1,3 +1,5 @@
+#include <QApplication>
+#include <QMenu>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -12,6 +14,10 @@ struct TrayKind {
     const char* name;
     bool blends;
 };
+
+QMenu* openMenu() {
+    return qobject_cast<QMenu*>(QApplication::activePopupWidget());
+}
 
 class InTrays : public TrayDockTest, public testing::WithParamInterface<TrayKind> {
   protected:
@@ -73,12 +79,31 @@ TEST_F(TrayDockTest, ATemplateHasTheColourThatTheTrayAsksFor) {
         << "others keep theirs";
 }
 
-TEST_F(TrayDockTest, EveryButtonClicks) {
+TEST_F(TrayDockTest, ATemplateStandsOutFromTheTraysOwnGround) {
+    for (const auto& [ground, expected] :
+         {std::pair(0xF4F4F4U, 0x262626U), std::pair(0x202020U, 0xF2F2F2U)}) {
+        SCOPED_TRACE(ground);
+        tray.emplace(TestTray::Options{.ground = ground});
+        makeItem();
+        EXPECT_TRUE(runUntil([&] { return shows(firstIcon(), expected); }));
+        dropItem();
+        tray.reset();
+    }
+}
+
+TEST_F(TrayDockTest, ATrayThatGoesBySizeHintsGivesTheIconRoom) {
+    tray.emplace(TestTray::Options{.obeysSizeHints = true});
+    makeGreenItem();
+    EXPECT_TRUE(iconIsShown());
+    EXPECT_EQ(button()->windowFrame(), (Rect{103, 800 - 3 - 24, 24, 24}));
+}
+
+TEST_F(TrayDockTest, TheLeftAndTheMiddleButtonClickAndTheRightOneShowsTheMenu) {
     tray.emplace(TestTray::Options{});
     makeGreenItem();
     ASSERT_TRUE(iconIsShown());
     int expected = 0;
-    for (const char* which : {"1", "2", "3"}) {
+    for (const char* which : {"1", "2"}) {
         ASSERT_TRUE(pointer({"mousemove", "115", "15", "click", which}));
         ++expected;
         EXPECT_TRUE(runUntil([&] { return clicks == expected; })) << which;
@@ -86,6 +111,15 @@ TEST_F(TrayDockTest, EveryButtonClicks) {
     ASSERT_TRUE(pointer({"click", "4"}));
     runUntil([] { return false; }, std::chrono::milliseconds(50));
     EXPECT_EQ(clicks, expected) << "turning the wheel is no click";
+    ASSERT_TRUE(pointer({"click", "3"}));
+    ASSERT_TRUE(runUntil([] { return openMenu() != nullptr; }));
+    EXPECT_EQ(clicks, expected);
+    openMenu()->actions().at(0)->trigger();  // "Open Purlock"
+    EXPECT_EQ(clicks, ++expected);
+    panelIsOpen = true;
+    openMenu()->actions().at(0)->trigger();
+    EXPECT_EQ(clicks, expected) << "a panel that is open comes to the front";
+    EXPECT_EQ(presentations, 2);
 }
 
 TEST_F(TrayDockTest, TheNotifierItemWinsWhereBothAreShown) {

@@ -32,7 +32,8 @@ class TrayTest : public testing::Test {
     }
 
     void makeItem() {
-        bar_ = std::make_unique<host_linux::TrayStatusBar>(loop_, busThread_, bus.address());
+        bar_ = std::make_unique<host_linux::TrayStatusBar>(
+            loop_, busThread_, bus.address(), [this] { return ++presentations > 0 && panelIsOpen; });
         item_ = bar_->statusItemWithLength(StatusBar::variableLength);
         button()->setImage(idleIcon);
         button()->setToolTip("Purlock — Idle");
@@ -44,6 +45,8 @@ class TrayTest : public testing::Test {
     PrivateBus bus;
     std::function<void()> meanwhile;
     int clicks = 0;
+    bool panelIsOpen = false;
+    int presentations = 0;  // how often the panel was to come to the front
 
   private:
     host_linux::QtRunLoop loop_;

@@ -1,0 +1,16 @@
+# PURLOCK_HARDENING: what the compiler and the linker do against faults that somebody might use, for a program that reads
+# what others write all day. Where the machine's compiler knows the option.
+option(PURLOCK_HARDENING "Build with fortified functions, guarded stacks and fixed relocations" OFF)
+if(PURLOCK_HARDENING)
+  include(CheckCXXCompilerFlag)
+  set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+  foreach(flag -fstack-protector-strong -fcf-protection -fstack-clash-protection)
+    string(MAKE_C_IDENTIFIER "PURLOCK_HAS${flag}" known)
+    check_cxx_compiler_flag(${flag} ${known})
+    if(${known})
+      target_compile_options(purlock_options INTERFACE ${flag})
+    endif()
+  endforeach()
+  target_compile_options(purlock_options INTERFACE -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+  target_link_options(purlock_options INTERFACE LINKER:-z,relro LINKER:-z,now)
+endif()

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QTimer>
+#include <QWidget>
+#include <cstdint>
+
+namespace purlock::host_linux {
+
+/// Who decides where the panel's window goes and who gives it the focus.
+enum class WindowKind {
+    managed,    // the window manager or the compositor
+    unmanaged,  // this program alone: tiling window managers move or centre every other window
+};
+
+/// Unmanaged on X. In a Wayland session that draws X windows (XWayland) only compositors built on wlroots, as
+/// sway is, give an unmanaged window the keyboard; the others place a managed one where it asks to be. Main
+/// thread; asks the server once.
+WindowKind panelWindowKind();
+
+/// Keeps a managed window out of an X desktop's task bar and pager and shows it on every workspace (EWMH's
+/// _NET_WM_STATE and _NET_WM_DESKTOP, for which Qt has no words: some window managers obey the one, some the
+/// other). Each time before the window is shown, for a window manager forgets it when the window is hidden.
+/// Does nothing elsewhere than on X. Main thread.
+void keepOutOfWindowLists(QWidget& window);
+
+/// The keyboard's focus of an unmanaged window, which no window manager gives or takes back. Does nothing
+/// elsewhere than on X. Main thread.
+class UnmanagedFocus {
+  public:
+    UnmanagedFocus();
+
+    /// Takes it from the window that has it; `window` is on the screen.
+    void take(QWidget& window);
+
+    /// Gives it back to that window, a moment after `take`'s was hidden: a click on a third window gives the
+    /// focus to that one, and the window manager comes first.
+    void giveBackSoon();
+
+  private:
+    void giveBack() const;
+
+    std::uint32_t before_ = 0;  // the window that had it
+    QTimer delay_;
+};
+
+}  // namespace purlock::host_linux
