@@ -139,11 +139,10 @@ struct RateConversion {
 /// What the host knows of the mixer's work on the watched device. Where it is passed as an optional, absent
 /// means that the host cannot know.
 struct MixerWork {
-    std::vector<Alteration> alterations;        // in the order in which the mixer works
-    std::optional<std::string> linkCodec = {};  // in which it sends the sound over the air: "LDAC"
-    std::optional<RateConversion> rateConversion =
-        {};                                        // the one that the two formats of the device stand for
-    std::optional<AudioFormat> streamFormat = {};  // in which the application hands over what is judged
+    std::vector<Alteration> alterations;                // in the order in which the mixer works
+    std::optional<std::string> linkCodec = {};          // in which it sends the sound over the air: "LDAC"
+    std::optional<RateConversion> rateConversion = {};  // for which the two formats stand
+    std::optional<AudioFormat> streamFormat = {};       // in which the application hands over what is judged
 
     bool operator==(const MixerWork&) const = default;
 };
