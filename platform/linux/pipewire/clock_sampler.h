@@ -39,7 +39,8 @@ class ClockSampler {
     /// Listens until the next report, and no longer than `sample` does.
     void glance();
 
-    bool isSampling() const { return listening_.has_value(); }
+    /// Whether it listens or is about to.
+    bool isSampling() const { return wanted_; }
 
     /// Whether the server has a profiler.
     bool isAbleTo() const { return profiler_.has_value(); }
