@@ -68,7 +68,7 @@ std::optional<std::vector<UsbDevice>> SysfsUsbRegistry::devices() {
     std::ranges::stable_sort(names, {}, numbersIn);
     const auto interfaces = soundInterfaces(*entries, folder_);
     // A device that has sound to offer is the likelier one to be meant by a name that others bear too.
-    std::ranges::stable_partition(names, [&](const std::string& name) {
+    std::stable_partition(names.begin(), names.end(), [&](const std::string& name) {
         return std::ranges::any_of(interfaces, [&](const std::string& each) {
             return each.starts_with(name) && each.size() > name.size() && each[name.size()] == ':';
         });
