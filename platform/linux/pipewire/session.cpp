@@ -1,8 +1,12 @@
 #include "platform/linux/pipewire/session.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <string_view>
 #include <utility>
+
+#include "platform/linux/pipewire/dictionaries.h"
 
 namespace purlock::host_linux {
 
@@ -67,6 +71,10 @@ void Session::global(std::uint32_t id, const char* type, std::uint32_t version, 
     if (std::string_view(type) == PW_TYPE_INTERFACE_Profiler) {
         clocks_.setProfiler(id);
         return;
+    }
+    if (std::string_view(type) == PW_TYPE_INTERFACE_Client &&
+        dictionaryText(properties, "pipewire.sec.pid") != std::to_string(::getpid())) {
+        observers_.programConnected();
     }
     if (objects_.add(id, type, version, properties)) changed();
 }

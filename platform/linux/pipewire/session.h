@@ -28,8 +28,9 @@ class Session final : private BoundObjects::Owner {
     struct Observers {
         std::function<void()> settled;  // the mirror is consistent and has changed, or the server is back
         std::function<void()> clocksChanged;
-        std::function<void()> silent;  // the server owes an answer for too long
-        std::function<void()> lost;    // the connection is broken, or has been silent for good
+        std::function<void()> programConnected;  // another one than this
+        std::function<void()> silent;            // the server owes an answer for too long
+        std::function<void()> lost;              // the connection is broken, or has been silent for good
     };
 
     /// Null when there is no server to connect to. Takes no longer than making the socket.

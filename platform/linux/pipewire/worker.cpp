@@ -23,6 +23,7 @@ constexpr std::chrono::milliseconds longestDelay = 30s;      // while the socket
 constexpr std::chrono::milliseconds longestBlindDelay = 1s;  // while it cannot be
 constexpr std::chrono::milliseconds quietTime = 25ms;
 constexpr std::chrono::milliseconds doubtLasts = 150ms;
+constexpr std::chrono::milliseconds silenceAfterProgram = 5s;
 constexpr std::chrono::nanoseconds longestBurst = 100ms;
 constexpr std::chrono::nanoseconds longestTransition = 1300ms;
 
@@ -84,6 +85,7 @@ PipeWireHardware::Worker::Worker(RunningApplications& applications, const Places
     reconnect_ = std::make_unique<LoopTimer>(loop_, [this] { connect(); });
     quiet_ = std::make_unique<LoopTimer>(loop_, [this] { publishIfSettled(); });
     doubts_ = std::make_unique<LoopTimer>(loop_, [this] { askForDefault(); });
+    silence_ = std::make_unique<LoopTimer>(loop_, [this] { askInSilence(); });
     probe_ = std::make_unique<DefaultsProbe>(context_.get(), loop_, [this](std::optional<std::string> name) {
         if (session_) session_->setDefaultSinkName(std::move(name));
     });
@@ -101,10 +103,12 @@ PipeWireHardware::Worker::~Worker() {
 
 void PipeWireHardware::Worker::connect() {
     if (session_) return;
-    session_ = Session::connect(context_.get(), {.settled = [this] { settled(); },
-                                                 .clocksChanged = [this] { publishWhenQuiet(); },
-                                                 .silent = [this] { publish(); },
-                                                 .lost = [this] { sessionEnds_->signal(); }});
+    session_ =
+        Session::connect(context_.get(), {.settled = [this] { settled(); },
+                                          .clocksChanged = [this] { publishWhenQuiet(); },
+                                          .programConnected = [this] { silence_->arm(silenceAfterProgram); },
+                                          .silent = [this] { publish(); },
+                                          .lost = [this] { sessionEnds_->signal(); }});
     if (session_) {
         ++connection_;
     } else {
@@ -200,6 +204,11 @@ void PipeWireHardware::Worker::doubtDefault() {
 
 void PipeWireHardware::Worker::askForDefault() {
     if (session_ && defaultDoubt(session_->graph()) == doubt_) probe_->ask();
+}
+
+/// While nothing plays, no link shows a default that was missed.
+void PipeWireHardware::Worker::askInSilence() {
+    if (session_ && !isAnyRunning(session_->graph())) probe_->ask();
 }
 
 /// Hundreds of objects that have gone leave free memory behind.

@@ -50,6 +50,7 @@ class PipeWireHardware::Worker {
     void publish();
     void doubtDefault();
     void askForDefault();
+    void askInSilence();
     void giveBackMemory();
     void planCheckUp();
     void sampleClocksIfChanged();
@@ -66,6 +67,7 @@ class PipeWireHardware::Worker {
     std::unique_ptr<LoopTimer> reconnect_;
     std::unique_ptr<LoopTimer> quiet_;
     std::unique_ptr<LoopTimer> doubts_;
+    std::unique_ptr<LoopTimer> silence_;  // since a program connected
     std::unique_ptr<DefaultsProbe> probe_;
     std::unique_ptr<LoopEvent> sessionEnds_;
     std::unique_ptr<LoopEvent> checkUp_;

@@ -98,6 +98,22 @@ TEST_F(Changes, ADefaultThatChangesWhileProgramsConnectIsSeenInTheEnd) {
     }
 }
 
+/// While nothing plays, the store is asked once programs have stopped coming.
+TEST_F(Changes, ADefaultThatIsMissedInSilenceIsSeenLater) {
+    constexpr int rounds = 3;
+    ASSERT_TRUE(session.loadNullSink("first", 48000));
+    ASSERT_TRUE(session.loadNullSink("second", 48000));
+    ASSERT_TRUE(waitUntil([&] { return observer().deviceByUID("second") != 0; }));
+    for (int round = 0; round < rounds; ++round) {
+        const std::string name = round % 2 == 0 ? "first" : "second";
+        session.spawn("connecting", {"sh", "-c", "while pw-metadata 0 default.audio.sink; do :; done"});
+        for (const char* each : {"second", "first", name.c_str()}) ASSERT_TRUE(session.setDefaultSink(each));
+        session.process("connecting").kill();
+        const auto isNamed = [&] { return observer().defaultOutput() == observer().deviceByUID(name); };
+        EXPECT_TRUE(waitUntil(isNamed, 8s)) << "round " << round;
+    }
+}
+
 /// For as long as a program binds the store, the server withholds its changes from everybody else.
 TEST_F(Changes, ABystanderMissesNothing) {
     constexpr int changes = 10000;
