@@ -14,6 +14,8 @@ namespace {
 /// Pods that the library builds.
 class MixerPod : public testing::Test {
   protected:
+    MixerPod() { spa_pod_builder_init(&builder_, bytes_.data(), 4096); }
+
     spa_pod_builder* builder() { return &builder_; }
     static PodView view(const void* pod) { return *PodView::fromLibrary(pod); }
 
@@ -51,7 +53,7 @@ class MixerPod : public testing::Test {
 
   private:
     std::array<std::uint8_t, 4096> bytes_{};
-    spa_pod_builder builder_ = SPA_POD_BUILDER_INIT(bytes_.data(), 4096);
+    spa_pod_builder builder_{};
 };
 
 TEST_F(MixerPod, VolumesAndMutes) {

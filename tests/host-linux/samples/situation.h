@@ -98,7 +98,7 @@ class Stage {
     CapturedSink* sink(const SinkShape& shape);
     std::string noiseFile(SampleFormat format, int rate, int channels, std::uint32_t seed);
     std::string loadBetween(Between between, CapturedSink& device);
-    std::string loadOfPulseServer(Between between, const std::string& device);
+    std::string loadOfPulseServer(Between between, const std::string& name, const std::string& device);
     bool settings(const Situation& situation);
     bool watch(const std::string& name);
     void startStream(const Stream& stream, const std::string& target);
@@ -117,6 +117,7 @@ class Stage {
     std::vector<std::string> modules_;  // of the PulseAudio server
     std::vector<int> allowed_;
     int forced_ = 0;
+    int betweens_ = 0;
 };
 
 /// Plays a situation; again where the machine was too late for the sound, so that the outcome is unclear.

@@ -61,27 +61,31 @@ std::int64_t toleranceFor(SampleFormat stream) {
     return bitsOf(stream) > 24 ? 1 << 8 : 0;
 }
 
-std::string filterArguments(const std::string& device) {
+std::string filterArguments(const std::string& name, const std::string& device) {
     return "{ node.description=\"Test Equalizer\" filter.graph={ nodes=[ { type=builtin name=eq "
            "label=bq_peaking control={ \"Freq\"=1000.0 \"Q\"=1.0 \"Gain\"=6.0 } } ] } audio.channels=2 "
-           "audio.position=[FL FR] capture.props={ node.name=between media.class=Audio/Sink } "
-           "playback.props={ node.name=between_out node.target=" +
-           device + " } }";
+           "audio.position=[FL FR] capture.props={ node.name=" +
+           name +
+           " media.class=Audio/Sink } "
+           "playback.props={ node.name=" +
+           name + "-out node.target=" + device + " } }";
 }
 
-std::string loopbackArguments(const std::string& device) {
-    return "{ node.description=\"Test Loopback\" audio.position=[FL FR] capture.props={ node.name=between "
-           "media.class=Audio/Sink } playback.props={ node.name=between_out node.target=" +
-           device + " } }";
+std::string loopbackArguments(const std::string& name, const std::string& device) {
+    return "{ node.description=\"Test Loopback\" audio.position=[FL FR] capture.props={ node.name=" + name +
+           " "
+           "media.class=Audio/Sink } playback.props={ node.name=" +
+           name + "-out node.target=" + device + " } }";
 }
 
-std::string combinedArguments(const std::string& first, const std::string& second) {
-    const auto rule = [](const std::string& name) {
-        return "{ matches=[ { media.class=\"Audio/Sink\" node.name=\"" + name +
+std::string combinedArguments(const std::string& name, const std::string& first, const std::string& second) {
+    const auto rule = [](const std::string& device) {
+        return "{ matches=[ { media.class=\"Audio/Sink\" node.name=\"" + device +
                "\" } ] actions={ create-stream={ combine.audio.position=[FL FR] audio.position=[FL FR] } } "
                "} ";
     };
-    return "{ combine.mode=sink node.name=between node.description=\"Test Combination\" combine.props={ "
+    return "{ combine.mode=sink node.name=" + name +
+           " node.description=\"Test Combination\" combine.props={ "
            "audio.position=[FL FR] } stream.props={} stream.rules=[ " +
            rule(first) + rule(second) + "] }";
 }
@@ -150,24 +154,25 @@ bool Stage::watch(const std::string& name) {
 }
 
 std::string Stage::loadBetween(Between between, CapturedSink& device) {
-    const std::string name = device.shape().name;
-    if (between >= Between::monitor) return loadOfPulseServer(between, name);
+    const std::string target = device.shape().name;
+    const std::string name = "between" + std::to_string(++betweens_);  // the log tells them apart by it
+    if (between >= Between::monitor) return loadOfPulseServer(between, name, target);
     std::string module = "libpipewire-module-loopback";
-    std::string arguments = loopbackArguments(name);
+    std::string arguments = loopbackArguments(name, target);
     if (between == Between::equalizer) {
         module = "libpipewire-module-filter-chain";
-        arguments = filterArguments(name);
+        arguments = filterArguments(name, target);
     }
     if (between == Between::combined) {
         module = "libpipewire-module-combine-stream";
-        arguments = combinedArguments(name, "other");
+        arguments = combinedArguments(name, target, "other");
     }
     session_.spawn("between", {"pw-cli", "-m", "load-module", module, arguments});
-    if (!waitUntil([&] { return !nodeNamed(session_.dump(), "between").is_null(); })) return {};
-    return "between";
+    if (!waitUntil([&] { return !nodeNamed(session_.dump(), name).is_null(); })) return {};
+    return name;
 }
 
-std::string Stage::loadOfPulseServer(Between between, const std::string& device) {
+std::string Stage::loadOfPulseServer(Between between, const std::string& name, const std::string& device) {
     const auto load = [this](const Command& arguments) {
         const auto module = session_.loadModule(arguments);
         if (module) modules_.push_back(*module);
@@ -175,15 +180,15 @@ std::string Stage::loadOfPulseServer(Between between, const std::string& device)
     };
     bool isLoaded = false;
     if (between == Between::swapped) {
-        isLoaded = load({"module-remap-sink", "sink_name=between", "master=" + device, "channels=2",
+        isLoaded = load({"module-remap-sink", "sink_name=" + name, "master=" + device, "channels=2",
                          "master_channel_map=front-right,front-left", "channel_map=front-left,front-right",
                          "remix=no"});
     } else {
-        isLoaded = load({"module-null-sink", "sink_name=between"}) &&
-                   load({"module-loopback", "source=between.monitor", "sink=" + device});
+        isLoaded = load({"module-null-sink", "sink_name=" + name}) &&
+                   load({"module-loopback", "source=" + name + ".monitor", "sink=" + device});
     }
-    const auto isThere = [&] { return !nodeNamed(session_.dump(), "between").is_null(); };
-    return isLoaded && waitUntil(isThere) ? "between" : "";
+    const auto isThere = [&] { return !nodeNamed(session_.dump(), name).is_null(); };
+    return isLoaded && waitUntil(isThere) ? name : "";
 }
 
 bool Stage::setVolume(const std::string& node, double factor, bool isMuted) {
@@ -340,7 +345,7 @@ Finding Stage::play(const Situation& situation) {
     }
     const bool isQuiet =
         situation.between == Between::quietLoopback || situation.between == Between::quietMonitor;
-    if (isQuiet) setVolume("between", 0.5, false);
+    if (isQuiet) setVolume(watched, 0.5, false);
     const bool hasDeviceVolume = situation.deviceVolume != 1 || situation.isDeviceMuted;
     if (hasDeviceVolume) setVolume(shape.name, situation.deviceVolume, situation.isDeviceMuted);
     startBesides(situation, watched);
