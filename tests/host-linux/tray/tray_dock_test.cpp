@@ -80,12 +80,15 @@ TEST_F(TrayDockTest, ATemplateHasTheColourThatTheTrayAsksFor) {
 }
 
 TEST_F(TrayDockTest, ATemplateStandsOutFromTheTraysOwnGround) {
-    for (const auto& [ground, expected] :
-         {std::pair(0xF4F4F4U, 0x262626U), std::pair(0x202020U, 0xF2F2F2U)}) {
-        SCOPED_TRACE(ground);
-        tray.emplace(TestTray::Options{.ground = ground});
+    struct Case {
+        unsigned ground;
+        unsigned expected;
+    };
+    for (const Case& row : {Case{0xF4F4F4U, 0x262626U}, Case{0x202020U, 0xF2F2F2U}}) {
+        SCOPED_TRACE(row.ground);
+        tray.emplace(TestTray::Options{.ground = row.ground});
         makeItem();
-        EXPECT_TRUE(runUntil([&] { return shows(firstIcon(), expected); }));
+        EXPECT_TRUE(runUntil([&] { return shows(firstIcon(), row.expected); }));
         dropItem();
         tray.reset();
     }
