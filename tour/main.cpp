@@ -80,7 +80,7 @@ class Tour {
             [&] {
                 panel = reader_.lines(session_.purlock().pid());
                 QCoreApplication::processEvents();
-                return session_.verdict() == verdict && contains(panel, word) && contains(panel, "SOURCE");
+                return session_.verdict() == verdict && contains(panel, word) && contains(panel, "Source");
             },
             longestStep);
         if (!seen) return stop(std::string("the panel never said ") + word);

@@ -27,6 +27,11 @@ class Scene {
         return *this;
     }
 
+    Scene& mixes(const MixerWork& work) {
+        machine_.hardware.setMixerWork(70, work);
+        return *this;
+    }
+
     Scene& noDevices() {
         machine_.setDevices({});
         machine_.setDefault(0);
@@ -108,6 +113,12 @@ std::vector<PanelState> panelStates(const SystemWords& words) {
                            .device(usb(44100, 96000, 16, true))
                            .plays("Evening Tide", "Mara Lind", "Harbour Lights")
                            .panel()},
+        {"altered",
+         Scene(words)
+             .device(usb(48000, 48000, 32, true))
+             .mixes(MixerWork{{alteration::Mixed{{"Firefox"}}, alteration::DeviceVolume{"Topaz E30", 0.4}}})
+             .plays("Evening Tide", "Mara Lind", "Harbour Lights")
+             .panel()},
         {"bluetooth", Scene(words)
                           .device(headphones())
                           .plays("Evening Tide", "Mara Lind", "Harbour Lights", "com.tidal.desktop", "Tidal")

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdlib>
 
+#include "platform/linux/words/linux_words.h"
 #include "tests/host-linux/desktop/panel_picture.h"
 #include "tests/support/panel_states.h"
 
@@ -62,7 +63,7 @@ class PanelPicture : public testing::TestWithParam<double> {};
 TEST_P(PanelPicture, LooksLikeItsReference) {
     ASSERT_TRUE(QFontDatabase::families().contains(QStringLiteral("DejaVu Sans")))
         << "the pictures are made with that font (Debian: fonts-dejavu-core)";
-    for (const auto& state : test::panelStates()) {
+    for (const auto& state : test::panelStates(host_linux::linuxWords())) {
         const std::string name = test::pictureName(state.name, GetParam());
         const QImage reference(QDir(PURLOCK_PICTURES).filePath(QString::fromStdString(name)));
         const QImage picture = test::panelPicture(state.view, GetParam());

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "platform/linux/words/linux_words.h"
 #include "tests/host-linux/desktop/panel_picture.h"
 #include "tests/support/panel_states.h"
 
@@ -19,7 +20,7 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
     test::usePictureFont();
-    for (const auto& state : test::panelStates()) {
+    for (const auto& state : test::panelStates(host_linux::linuxWords())) {
         const QString file =
             QDir(argv[1]).filePath(QString::fromStdString(test::pictureName(state.name, scale)));
         if (!test::panelPicture(state.view, scale).save(file)) return EXIT_FAILURE;

@@ -34,10 +34,7 @@ std::string snapshotFaults(const std::string& text) {
     const Json snapshot = parsed(text);
     auto keys = snapshotKeys;
     if (snapshot.is_object() && snapshot.value("device", Json()).is_null()) keys.erase("alterations");
-    return hasExactly(snapshot, keys) ? ""
-                                      : "state.json is not whole: " + text +
-                                            "
-                                            ";
+    return hasExactly(snapshot, keys) ? "" : "state.json is not whole: " + text + "\n";
 }
 
 std::string logFaults(const std::string& text) {

@@ -33,9 +33,9 @@ class Draw {
         drawn.deviceChannels = oneIn(2) ? 2 : of<int>({1, 2, 4, 6, 8});
         Stream& stream = drawn.stream;
         stream.format = of<F>({F::u8, F::s16, F::s16, F::s24, F::s24, F::s32, F::f32});
-        stream.rate = oneIn(2) ? drawn.deviceRate : of(rates);
+        stream.rate = oneIn(3) ? of(rates) : drawn.deviceRate;
         stream.player = of<Player>({Player::pwPlay, Player::pulse, Player::mpv});
-        stream.channels = oneIn(2) ? 2 : of<int>({1, 2, 4, 6, 8});
+        stream.channels = oneIn(2) ? drawn.deviceChannels : of<int>({1, 2, 4, 6, 8});
         // The other two lay out some numbers of channels by tables of their own.
         if (stream.channels > 2) stream.player = Player::pulse;
         drawGraph(drawn, rates);
@@ -46,15 +46,15 @@ class Draw {
 
   private:
     void drawGraph(Situation& drawn, const std::vector<int>& rates) {
-        if (oneIn(3)) drawn.allowedRates = rates;
+        if (oneIn(2)) drawn.allowedRates = rates;
         if (oneIn(6)) drawn.allowedRates = {48000, of(rates)};
-        if (oneIn(6)) drawn.forcedRate = of(rates);
+        if (oneIn(10)) drawn.forcedRate = of(rates);
     }
 
     void drawMixer(Situation& drawn) {
-        if (oneIn(6)) drawn.stream.volume = of<double>({0.125, 0.5, 0.9, 1.2});
+        if (oneIn(10)) drawn.stream.volume = of<double>({0.125, 0.5, 0.9, 1.2});
         if (oneIn(16)) drawn.stream.isMuted = true;
-        if (oneIn(6)) drawn.deviceVolume = of<double>({0.001, 0.25, 0.5, 0.99, 1.1});
+        if (oneIn(10)) drawn.deviceVolume = of<double>({0.001, 0.25, 0.5, 0.99, 1.1});
         // So little of so few bits would be silence.
         if (drawn.device == SampleFormat::u8 && drawn.deviceVolume < 0.1) drawn.deviceVolume = 0.25;
         if (oneIn(16)) drawn.isDeviceMuted = true;
