@@ -38,7 +38,6 @@ constexpr Entry entries[] = {
     {"bluetoothFix", &SystemWords::bluetoothFix},
     {"unnamedApp", &SystemWords::unnamedApp},
     {"convertingDetail", &SystemWords::convertingDetail},
-    {"alteredDetail", &SystemWords::alteredDetail},
     {"bannerReason", &SystemWords::bannerReason},
 };
 

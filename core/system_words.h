@@ -79,8 +79,6 @@ struct SystemWords {
 
     // The panel's own.
     std::string convertingDetail = "macOS is converting {from} to {to}. See findings below.";  // of formats
-    std::string alteredDetail =
-        "The mixer changes the samples on their way to the device. See findings below.";
     std::string bannerReason = "Lets Purlock read the quality badge in Tidal / Apple Music";
 
     bool operator==(const SystemWords&) const = default;

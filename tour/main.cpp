@@ -29,8 +29,7 @@ constexpr auto longestStep = 20s;
 
 class Tour {
   public:
-    Tour(tour::TourSession& session, fs::path folder)
-        : session_(session), folder_(std::move(folder)), reader_(bus()) {}
+    Tour(tour::TourSession& session, fs::path folder) : session_(session), folder_(std::move(folder)) {}
 
     bool run() {
         if (!reader_.enable()) return stop("accessibility was not switched on");
@@ -46,8 +45,6 @@ class Tour {
     }
 
   private:
-    static std::string bus() { return std::getenv("DBUS_SESSION_BUS_ADDRESS"); }
-
     bool switchDevice() {
         session_.setDefaultDevice(tour::TourSession::hall);
         return show("2-resampling", "The default device is now one that runs at 44.1 kHz and 16 bits",
@@ -83,7 +80,10 @@ class Tour {
                 return session_.verdict() == verdict && contains(panel, word) && contains(panel, "Source");
             },
             longestStep);
-        if (!seen) return stop(std::string("the panel never said ") + word);
+        if (!seen) {
+            for (const std::string& line : panel) std::printf("    %s\n", line.c_str());
+            return stop(std::string("the panel never said ") + word);
+        }
         std::printf("\n%s.\n\n", what);
         for (const std::string& line : panel) std::printf("    %s\n", line.c_str());
         takePicture(picture);

@@ -4,8 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/linux/accessibility/atspi_tree.h"
-#include "platform/linux/dbus/bus_thread.h"
+#include "tests/host-linux/session/accessible_reader.h"
 
 namespace purlock::tour {
 
@@ -13,18 +12,15 @@ namespace purlock::tour {
 /// nothing else.
 class PanelReader {
   public:
-    explicit PanelReader(const std::string& sessionBus);
-
     /// Switches accessibility on for the session and waits until it is.
     bool enable();
 
     /// The texts of the process's windows from top to bottom; texts that stand in one row are one line. Empty
-    /// while nothing has been read yet: ask again a little later.
+    /// while the process shows nothing.
     std::vector<std::string> lines(std::int32_t pid);
 
   private:
-    host_linux::BusThread thread_;
-    host_linux::AtSpiTree tree_;
+    test::AccessibleReader reader_;
 };
 
 }  // namespace purlock::tour

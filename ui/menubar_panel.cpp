@@ -198,7 +198,10 @@ std::string verdictDetail(const Verdict& verdict, const SystemWords& words) {
                                                      {"to", resampling.physicalFormat.summary()}});
             },
             [](const verdict::Unknown&) { return std::string("No output device detected."); },
-            [&words](const verdict::Altered&) { return words.alteredDetail; },
+            [](const verdict::Altered&) {
+                return std::string(
+                    "The mixer changes the samples on their way to the device. See findings below.");
+            },
         },
         verdict);
 }

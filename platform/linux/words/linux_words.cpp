@@ -79,7 +79,6 @@ SystemWords linuxWords() {
     addLinkWords(words);
     words.unnamedApp = "the app";
     words.convertingDetail = "PipeWire is converting {from} to {to}. See findings below.";
-    words.alteredDetail = "PipeWire changes the samples on their way to the device. See findings below.";
     words.bannerReason = "Lets Purlock read the quality badge in players of Tidal and other services";
     return words;
 }
