@@ -64,7 +64,7 @@ std::optional<std::string> NowPlayingShelf::setPlayer(std::optional<CurrentPlaye
         identified_.first = player_->processIdentifier;
     }
     if (player_) identified_.second = player_->identity;
-    const auto address = player_ ? player_->track.address : std::nullopt;
+    auto address = player_ ? player_->track.address : std::nullopt;
     if (address == addressBefore) return std::nullopt;
     file_.reset();
     return address;
