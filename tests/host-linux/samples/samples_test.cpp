@@ -83,6 +83,12 @@ const std::vector<Situation> rates = {
      .deviceRate = 96000,
      .stream = {.format = F::s24, .rate = 96000, .player = Player::mpv},
      .allowedRates = {48000, 96000}},
+    {.name = "5.1 of float at 176.4, allowed",
+     .device = F::f32,
+     .deviceRate = 176400,
+     .deviceChannels = 6,
+     .stream = {.format = F::f32, .rate = 176400, .channels = 6, .player = Player::pulse},
+     .allowedRates = {44100, 48000, 176400}},
 };
 
 const std::vector<Situation> volumes = {
