@@ -67,6 +67,12 @@ bool connect(pw_context* context, Connection& connection) {
     return true;
 }
 
+void disconnect(Connection& connection) {
+    pw_proxy_destroy(reinterpret_cast<pw_proxy*>(connection.metadata));
+    pw_proxy_destroy(reinterpret_cast<pw_proxy*>(connection.registry));
+    pw_core_disconnect(connection.core);
+}
+
 void connectAnew(Test& test) {
     if (test.passing != nullptr) pw_core_disconnect(test.passing);
     test.passing = pw_context_connect(test.context, nullptr, 0);
@@ -107,5 +113,11 @@ int main(int argc, char** argv) {
     pw_loop_update_timer(loop, test.timer, &millisecond, &millisecond, false);
     pw_main_loop_run(test.loop);
     std::printf("%d\n", test.heard);
+    pw_loop_destroy_source(loop, test.timer);
+    if (test.passing != nullptr) pw_core_disconnect(test.passing);
+    disconnect(test.writer);
+    disconnect(test.listener);
+    pw_context_destroy(context);
+    pw_main_loop_destroy(test.loop);
     return EXIT_SUCCESS;
 }
