@@ -48,7 +48,7 @@ TEST_F(Kill, LeavesWholeFilesAtAnyMoment) {
     std::minstd_rand random(20261121);
     int strayCount = 0;
     for (int i = 0; i < count; ++i) {
-        const auto wait = std::chrono::microseconds(random() % 400'000);
+        const auto wait = std::chrono::microseconds(random() % 900'000);
         program.start();
         ASSERT_NO_FATAL_FAILURE(readUntil(std::chrono::steady_clock::now() + wait));
         ASSERT_TRUE(program.isRunning()) << "it ended by itself";
