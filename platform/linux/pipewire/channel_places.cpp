@@ -40,7 +40,7 @@ bool arriveInPlace(const ChannelPlaces& from, const ChannelPlaces& to) {
     const bool isCopied = from.size() <= 1 && (from.empty() || from.front() == SPA_AUDIO_CHANNEL_MONO ||
                                                isAnywhere(from.front()));
     if (isCopied) return !to.empty();
-    if (to.size() <= 1 && from != to) return false;
+    if (to.size() <= 1) return from.size() <= to.size();
     if (isWithoutPlaces(from) || isWithoutPlaces(to)) return from.size() <= to.size();
     return std::all_of(from.begin(), from.end(), [&](std::uint32_t place) {
         const std::uint32_t other = standIn(place);

@@ -36,6 +36,7 @@ TEST(ChannelPlaces, Rows) {
         {"one channel without a place", {UNK}, {FL, FR}, true},
         {"a centre alone to stereo", {FC}, {FL, FR}, false},
         {"a centre alone to 5.1", {FC}, {FL, FR, FC, LFE, RL, RR}, true},
+        {"a centre alone to mono", {FC}, {MONO}, true},
         {"stereo to mono", {FL, FR}, {MONO}, false},
         {"stereo to 5.1", {FL, FR}, {FL, FR, FC, LFE, RL, RR}, true},
         {"5.1 to stereo", {FL, FR, FC, LFE, SL, SR}, {FL, FR}, false},
