@@ -25,7 +25,7 @@ std::optional<std::string_view> sourceBundleID(const std::optional<NowPlayingInf
     return std::nullopt;
 }
 
-/// Whether the player is the process that is heard, and no other process produces sound.
+/// True when the player is heard and no other process produces sound.
 bool isHeardAlone(const NowPlayingInfo& np, const std::optional<AudioProcessInfo>& process,
                   const ProcessAudioSeams& seams) {
     if (!np.isPlaying || !process) return false;

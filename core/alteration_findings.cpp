@@ -1,4 +1,4 @@
-// What the mixer does to the samples besides converting them, as findings.
+// Makes the findings for what the mixer does to the samples besides converting them.
 
 #include <cmath>
 #include <string_view>

@@ -41,7 +41,7 @@ std::string fileSummary(const SourceClaim& claim) {
     return text;
 }
 
-/// Of a file without loss the bit rate of what is in it, as of everything behind it; of a lossy one its own.
+/// A lossless file shows the bit rate of the sound in it. A lossy file shows its own.
 std::optional<std::string> fileBitrate(const SourceClaim& claim) {
     const bool isLossless = claim.isLossless.value_or(false);
     if (isLossless && claim.declaredRate && claim.declaredBitDepth && claim.file->channelCount) {
@@ -138,7 +138,7 @@ std::optional<std::string> textOrAbsent(std::string_view text) {
     return std::string(text);
 }
 
-/// What a Bluetooth link is called whose codec is known; absent otherwise.
+/// The text for a Bluetooth link; absent when its codec is not known.
 std::optional<std::string> codecLink(const std::optional<DeviceState>& state, const SystemWords& words) {
     if (!state || state->transportType != DeviceTransport::bluetooth) return std::nullopt;
     if (!state->mixerWork || !state->mixerWork->linkCodec || words.bluetoothCodecLink.empty())

@@ -53,8 +53,7 @@ std::vector<Diagnostic> transportCapDiagnostics(DeviceTransport transport,
                                                 const SystemWords& words = {},
                                                 const std::optional<MixerWork>& work = {});
 
-/// What else the mixer does to the samples: one finding for each alteration, in their order; none where the
-/// host cannot know.
+/// Makes one finding for each alteration, in their order. There is none where the host cannot know.
 std::vector<Diagnostic> alterationDiagnostics(const std::optional<MixerWork>& work,
                                               const SystemWords& words = {});
 

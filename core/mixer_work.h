@@ -10,8 +10,8 @@
 
 namespace purlock {
 
-/// What a system's mixer may do to the samples besides converting their rate and depth. A volume is what a
-/// volume control shows: 1 for 100 %, at which the samples stay as they are.
+/// A mixer may do these things to the samples besides converting their rate and depth. A volume is the number
+/// that a volume control shows: 1 for 100 %, at which the samples stay as they are.
 namespace alteration {
 
 /// The mixer applies the volume of an application's stream.
