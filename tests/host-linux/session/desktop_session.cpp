@@ -99,9 +99,10 @@ bool DesktopSession::press(const std::string& key) {
     return parts_.run({"xdotool", "key", key}).exitStatus == 0;
 }
 
-bool DesktopSession::clickIcon() {
+bool DesktopSession::clickIcon(const std::string& button) {
     std::optional<ScreenArea> icon;
-    return waitUntil([&] { return (icon = trayIconOnScreen()).has_value(); }) && click(*icon);
+    AtRest rest;
+    return waitUntil([&] { return rest.sees(icon = trayIconOnScreen()); }) && click(*icon, button);
 }
 
 Accessible DesktopSession::onScreen() {

@@ -48,8 +48,8 @@ class DesktopSession {
     bool pointAt(const ScreenArea& area);
     bool press(const std::string& key);
 
-    /// Clicks the icon where it stands in the tray, once it is there.
-    bool clickIcon();
+    /// Clicks the icon where it stands in the tray, once it is there and stands still.
+    bool clickIcon(const std::string& button = "1");
 
     // The eyes
 

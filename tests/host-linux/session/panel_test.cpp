@@ -263,8 +263,7 @@ TEST_F(Panel, TheMenuOfItsIconOpensItAndNeverClosesIt) {
     startInTray();
     for (const char* when : {"closed", "open"}) {
         SCOPED_TRACE(when);
-        ASSERT_TRUE(waitUntil([] { return trayIconOnScreen().has_value(); }));
-        ASSERT_TRUE(desktop.click(*trayIconOnScreen(), "3"));
+        ASSERT_TRUE(desktop.clickIcon("3"));
         std::optional<ScreenArea> menu;
         ASSERT_TRUE(waitUntil([&] { return (menu = menuOnScreen()).has_value(); }));
         ASSERT_TRUE(desktop.click({menu->centerX(), menu->y + 12, 0, 0}));

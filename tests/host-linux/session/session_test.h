@@ -60,13 +60,12 @@ class SessionTest : public testing::Test {
     /// Clicks an element of the panel, scrolled to if need be, once it stands still: a new report may move
     /// it.
     bool clickOn(const std::string& name, const std::string& role) {
-        std::optional<ScreenArea> before;
+        AtRest rest;
         return waitUntil([&] {
             const Accessible screen = desktop.onScreen();
             const Accessible* element = elementNamed(screen, name, role);
             const auto panel = panelOnScreen();
-            if (element == nullptr || !panel) return false;
-            if (std::exchange(before, element->area) != element->area) return false;
+            if (element == nullptr || !panel || !rest.sees(element->area)) return false;
             if (panel->contains(element->area)) return desktop.click(element->area);
             const bool below = element->area.y > panel->centerY();
             desktop.click(*panel, below ? "5" : "4");  // a turn of the wheel

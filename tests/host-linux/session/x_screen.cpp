@@ -153,6 +153,14 @@ bool windowManagerIsThere() {
     return screen.isThere() && screen.isManaged();
 }
 
+bool AtRest::sees(const std::optional<ScreenArea>& area) {
+    constexpr std::chrono::milliseconds moment{200};
+    const auto now = std::chrono::steady_clock::now();
+    if (!area || area != last_) since_ = now;
+    last_ = area;
+    return now - since_ >= moment;
+}
+
 std::optional<ScreenArea> trayIconOnScreen() {
     return find(Kind::trayIcon);
 }

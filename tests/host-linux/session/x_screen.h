@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 
@@ -19,6 +20,18 @@ struct ScreenArea {
                inner.y + inner.height <= y + height;
     }
     bool operator==(const ScreenArea&) const = default;
+};
+
+/// Whether something on the screen stands still. Trays and panels find their places in steps, and a click on
+/// a step hits what stands there a moment later.
+class AtRest {
+  public:
+    /// `area` as it is now; true once it has not changed for a moment.
+    bool sees(const std::optional<ScreenArea>& area);
+
+  private:
+    std::optional<ScreenArea> last_;
+    std::chrono::steady_clock::time_point since_;
 };
 
 // What the X server of $DISPLAY says, asked anew by each call; absent when there is no such window on the
