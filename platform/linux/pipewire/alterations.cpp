@@ -22,12 +22,14 @@ bool isStream(const NodeRecord& node) {
 }
 
 /// A filter shows its controls or names its module; what is neither a sink nor a stream is a program that
-/// takes sound in and gives sound out. Loopbacks and combined sinks hand on what they get.
+/// takes sound in and gives sound out. Loopbacks and combined sinks hand on what they get. A card's controls
+/// are the settings of its driver.
 bool isFilter(const NodeRecord& node) {
     const std::string_view group = node.properties.linkGroup;
     if (node.properties.isJack) return true;  // behind another node it works on that one's sound
     if (!isSink(node) && !isStream(node)) return group.empty();
-    return node.mixing.hasControls || group.starts_with("filter-chain") || group.starts_with("echo-cancel");
+    const bool hasControls = node.mixing.hasControls && !node.properties.device;
+    return hasControls || group.starts_with("filter-chain") || group.starts_with("echo-cancel");
 }
 
 class PathReader {

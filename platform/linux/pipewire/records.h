@@ -65,7 +65,8 @@ struct MixerProperties {
     std::vector<float> softVolumes;  // what is left to be done in software where the device does the rest
     bool dithers = false;
     bool reachesMonitor = false;  // a sink's volume is applied to its monitor as well
-    bool hasControls = false;     // a second parameter lists controls of its own: the node is a filter
+    bool hasControls =
+        false;  // a second parameter lists controls of its own: a filter's, or a card's settings
 
     bool operator==(const MixerProperties&) const = default;
 };

@@ -207,6 +207,14 @@ const Case cases[] = {
          return scene.throughLoopback();
      },
      {Filter{"Loopback"}}},
+    {"a card, whose driver has settings of its own",
+     [](Scene& scene) {
+         scene.link(player, device);
+         scene.at(device).properties.device = 5;
+         scene.at(device).mixing.hasControls = true;
+         return scene.direct();
+     },
+     {}},
     {"a program in between",
      [](Scene& scene) {
          scene.link(player, between);

@@ -38,6 +38,9 @@ class Draw {
         stream.channels = oneIn(2) ? drawn.deviceChannels : of<int>({1, 2, 4, 6, 8});
         // The other two lay out some numbers of channels by tables of their own.
         if (stream.channels > 2) stream.player = Player::pulse;
+        // paplay hands on 8 bits as 16, whose lower half is empty: they survive a device of 8 bits by chance.
+        const bool isPadded = stream.player == Player::pulse && stream.format == F::u8;
+        if (isPadded && drawn.device == F::u8) stream.format = F::s16;
         drawGraph(drawn, rates);
         drawMixer(drawn);
         drawRest(drawn);

@@ -1,0 +1,83 @@
+// A USB converter in software, plugged into the kernel's own USB/IP port. It stays until it is told to end, or its
+// input ends.
+//
+//   usb_converter FOLDER [--rates 44100,96000] [--bits 16,24] [--name TEXT] [--serial TEXT] [--product NUMBER]
+//                        [--no-volume] [--no-sound]
+
+#include <csignal>
+#include <cstdlib>
+#include <iostream>
+#include <sstream>
+#include <string>
+#include <sys/signalfd.h>
+#include <vector>
+
+#include "platform/linux/system/file_descriptor.h"
+#include "tests/kernel/converter/audio_device.h"
+#include "tests/kernel/converter/usbip_port.h"
+
+namespace {
+
+using namespace purlock;
+using namespace purlock::kernel_lab;
+
+template <typename Number>
+std::vector<Number> numbersOf(const std::string& text) {
+    std::vector<Number> numbers;
+    std::istringstream parts(text);
+    for (std::string part; std::getline(parts, part, ',');) {
+        numbers.push_back(static_cast<Number>(std::strtoul(part.c_str(), nullptr, 0)));
+    }
+    return numbers;
+}
+
+bool read(const std::vector<std::string>& words, ConverterTexts& texts, ConverterAbilities& abilities) {
+    for (std::size_t at = 0; at < words.size(); ++at) {
+        if (words[at] == "--no-volume") {
+            abilities.hasVolume = false;
+        } else if (words[at] == "--no-sound") {
+            abilities.isSound = false;
+        } else if (at + 1 == words.size()) {
+            return false;
+        } else if (words[at] == "--rates") {
+            abilities.rates = numbersOf<std::uint32_t>(words[++at]);
+        } else if (words[at] == "--bits") {
+            abilities.bits = numbersOf<int>(words[++at]);
+        } else if (words[at] == "--name") {
+            texts.name = words[++at];
+        } else if (words[at] == "--serial") {
+            texts.serial = words[++at];
+        } else if (words[at] == "--product") {
+            texts.product = static_cast<std::uint16_t>(std::strtoul(words[++at].c_str(), nullptr, 0));
+        } else {
+            return false;
+        }
+    }
+    return !abilities.rates.empty() && !abilities.bits.empty();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    ConverterTexts texts;
+    ConverterAbilities abilities;
+    if (argc < 2 || !read({argv + 2, argv + argc}, texts, abilities)) {
+        std::cerr << "usb_converter: which folder, rates and bits?\n";
+        return 2;
+    }
+    sigset_t ends;
+    sigemptyset(&ends);
+    sigaddset(&ends, SIGTERM);
+    sigaddset(&ends, SIGINT);
+    sigprocmask(SIG_BLOCK, &ends, nullptr);
+    const host_linux::FileDescriptor stop(signalfd(-1, &ends, SFD_CLOEXEC));
+    AudioDevice device(texts, abilities, argv[1]);
+    UsbIpPort port(device);
+    if (!port.attach()) {
+        std::cerr << "usb_converter: vhci_hcd has no free port\n";
+        return 1;
+    }
+    std::cout << "plugged in" << std::endl;
+    port.serve(stop.get());
+    return 0;
+}

@@ -1,0 +1,260 @@
+"""The emulated machine from within: its drivers, daemons and the program under test.
+
+All of it runs as root in a machine that ends with the cases. Nothing here waits for a time: `wait` asks until a
+condition holds. The machine's clock counts its own instructions, so a slow host makes nothing late.
+"""
+
+import json
+import os
+import re
+import signal
+import subprocess
+import time
+
+RESULTS = "/run/results"
+COMMAND_LINE = open("/proc/cmdline").read()
+PROJECT = re.search(r"purlock\.project=(\S+)", COMMAND_LINE).group(1)
+MODULES = re.search(r"purlock\.modules=(\S+)", COMMAND_LINE).group(1)
+PROGRAM = PROJECT + "/build/release/purlock"
+CONVERTER = PROJECT + "/build/release/bin/usb_converter"
+
+
+class Failure(Exception):
+    """What a case expected and did not see."""
+
+
+def expect(condition, text):
+    if not condition:
+        raise Failure(text)
+
+
+def wait(condition, text, limit=30):
+    """Asks until the answer is true and returns it; fails after `limit` seconds of the machine's time."""
+    end = time.monotonic() + limit
+    while True:
+        answer = condition()
+        if answer:
+            return answer
+        if time.monotonic() > end:
+            raise Failure("never: " + text)
+        time.sleep(0.05)
+
+
+def run(*command, check=True, limit=60):
+    done = subprocess.run(command, capture_output=True, text=True, timeout=limit)
+    if check and done.returncode != 0:
+        raise Failure(f"{' '.join(command)}: {done.stderr.strip() or done.stdout.strip()}")
+    return done.stdout
+
+
+def start(name, *command, **options):
+    """Starts a program whose words go to a log of its own among the results."""
+    log = open(f"{RESULTS}/{name}.log", "a")
+    return subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=log, stderr=log, **options)
+
+
+def end(process, number=signal.SIGTERM):
+    if process is None or process.poll() is not None:
+        return
+    process.send_signal(number)
+    try:
+        process.wait(20)
+    except subprocess.TimeoutExpired:
+        process.kill()
+        process.wait()
+
+
+def load(module, *parameters):
+    run("modprobe", "-d", MODULES, module, *parameters)
+
+
+def unload(module):
+    run("modprobe", "-d", MODULES, "-r", module)
+
+
+def write(path, text):
+    with open(path, "w") as file:
+        file.write(text)
+
+
+def set_up_machine():
+    os.makedirs(os.environ["HOME"], exist_ok=True)
+    # WirePlumber asks logind's library, which ends it without these folders.
+    for name in ("seats", "sessions", "users", "machines"):
+        os.makedirs("/run/systemd/" + name, exist_ok=True)
+    os.makedirs("/run/dbus", exist_ok=True)
+    os.makedirs("/run/user-0", mode=0o700, exist_ok=True)
+    os.environ["XDG_RUNTIME_DIR"] = "/run/user-0"
+    os.environ["DBUS_SESSION_BUS_ADDRESS"] = "unix:path=/run/user-0/bus"
+    # Rules for devices hold for what comes after their daemon.
+    run("/lib/systemd/systemd-udevd", "--daemon")
+    for module in ("xhci_pci", "snd-usb-audio", "snd-hda-codec-generic", "snd-hda-intel"):
+        load(module)
+    load("snd-aloop", "pcm_substreams=1")
+    load("vhci-hcd")
+    run("udevadm", "trigger")
+    run("udevadm", "settle", "-t", "20")
+    run("dbus-daemon", "--system", "--fork")
+    run("dbus-daemon", "--session", "--address=" + os.environ["DBUS_SESSION_BUS_ADDRESS"], "--fork")
+
+
+def cards():
+    """Names of sound cards by their number."""
+    found = re.findall(r"^\s*(\d+) \[.*?\]: \S+ - (.*)$", open("/proc/asound/cards").read(), re.MULTILINE)
+    return {int(number): name for number, name in found}
+
+
+def card(name):
+    """The number of the card whose name holds `name`; absent when there is none."""
+    return next((number for number, text in cards().items() if name in text), None)
+
+
+def is_closed(card_number, device=0):
+    """Whether nobody holds the card's playback."""
+    path = f"/proc/asound/card{card_number}/pcm{device}p/sub0/hw_params"
+    return open(path).read().strip() == "closed"
+
+
+# The manager releases a card five seconds after its last stream; the cases need not wait so long.
+SOON_RELEASED = """
+table.insert(alsa_monitor.rules, {
+  matches = { { { "node.name", "matches", "alsa_*" } } },
+  apply_properties = { ["session.suspend-timeout-seconds"] = 1 },
+})
+"""
+SOON_RELEASED_05 = """
+monitor.alsa.rules = [ {
+  matches = [ { node.name = "~alsa_.*" } ]
+  actions = { update-props = { session.suspend-timeout-seconds = 1 } }
+} ]
+"""
+
+
+class Audio:
+    """PipeWire and WirePlumber."""
+
+    def __init__(self):
+        self.server = self.manager = None
+
+    def start(self):
+        self.server = start("pipewire", "pipewire")
+        wait(lambda: os.path.exists("/run/user-0/pipewire-0"), "PipeWire's socket")
+        home = os.environ["HOME"] + "/.config/wireplumber"
+        for folder, name, text in (("main.lua.d", "51-release.lua", SOON_RELEASED),
+                                   ("wireplumber.conf.d", "51-release.conf", SOON_RELEASED_05)):
+            os.makedirs(f"{home}/{folder}", exist_ok=True)
+            write(f"{home}/{folder}/{name}", text)
+        self.manager = start("wireplumber", "wireplumber")
+
+    def stop(self):
+        end(self.manager)
+        end(self.server)
+
+    def objects(self):
+        try:
+            return json.loads(run("pw-dump", check=False) or "[]")
+        except ValueError:
+            return []
+
+    def sinks(self):
+        """Identifiers of sinks by their names."""
+        found = {}
+        for each in self.objects():
+            props = (each.get("info") or {}).get("props") or {}
+            if props.get("media.class") == "Audio/Sink":
+                found[props["node.name"]] = each["id"]
+        return found
+
+    def sink(self, part, limit=60):
+        """Name and identifier of the sink whose name holds `part`, once it is there."""
+        return wait(lambda: next(((n, i) for n, i in self.sinks().items() if part in n), None),
+                    f"a sink named like {part}", limit)
+
+    def prefer(self, part):
+        """Makes a sink the default one, at full volume; returns its name."""
+        name, number = self.sink(part)
+        run("pw-metadata", "0", "default.configured.audio.sink", json.dumps({"name": name}), "Spa:String:JSON")
+        wait(lambda: self.default() == name, f"{name} is the default")
+        self.set_volume(number, 1.0)
+        return name
+
+    def set_volume(self, number, volume):
+        """A volume of the device; the manager sets one of its own when a device is first used."""
+
+        def is_set():
+            if f"{volume:.2f}" in run("wpctl", "get-volume", str(number)):
+                return True
+            run("wpctl", "set-volume", str(number), str(volume))
+            return False
+
+        wait(is_set, f"the volume {volume}")
+
+    def default(self):
+        found = re.search(r"default\.audio\.sink' value:'\{\"name\":\s*\"([^\"]*)\"",
+                          run("pw-metadata", "0", "default.audio.sink", check=False))
+        return found.group(1) if found else None
+
+    def settings(self, **values):
+        """Settings of the clock: allowed_rates=[...], force_rate=0."""
+        for key, value in values.items():
+            text = "[ " + " ".join(map(str, value)) + " ]" if isinstance(value, list) else str(value)
+            run("pw-metadata", "-n", "settings", "0", "clock." + key.replace("_", "-"), text)
+
+    def node_format(self, number, **values):
+        """What the node of a card asks its driver for: format="S16LE", rate=44100."""
+        params = " ".join(f'"audio.{key}" {json.dumps(value)}' for key, value in values.items())
+        run("pw-cli", "set-param", str(number), "Props", "{ params = [ " + params + " ] }")
+
+
+class Purlock:
+    """The program under test, read by its files alone."""
+
+    def __init__(self):
+        self.process = None
+        self.folder = os.environ["HOME"] + "/.local/share/Purlock"
+
+    def start(self):
+        environment = {k: v for k, v in os.environ.items() if k not in ("DISPLAY", "WAYLAND_DISPLAY")}
+        self.process = start("purlock", os.environ.get("PURLOCK_PROGRAM", PROGRAM), env=environment)
+        wait(lambda: self.state(), "the first state.json")
+
+    def stop(self):
+        end(self.process)
+
+    def state(self):
+        try:
+            return json.load(open(self.folder + "/state.json"))
+        except (OSError, ValueError):
+            return None
+
+    def verdict(self):
+        return ((self.state() or {}).get("verdict") or {}).get("kind")
+
+    def device(self):
+        return (self.state() or {}).get("device") or {}
+
+    def log(self):
+        try:
+            return [json.loads(line) for line in open(self.folder + "/log.jsonl")]
+        except (OSError, ValueError):
+            return []
+
+    def await_verdict(self, kind, limit=30):
+        try:
+            wait(lambda: self.verdict() == kind, "", limit)
+        except Failure:
+            raise Failure(f"the verdict is {self.verdict()}, not {kind}: {json.dumps(self.state())}") from None
+
+    def settled(self, limit=30):
+        """The verdict of a player that plays, once it has stayed the same for as long as a change may take to show."""
+        longest = 2.0
+        seen = {"kind": None, "since": time.monotonic()}
+
+        def is_settled():
+            kind = self.verdict()
+            if kind != seen["kind"] or kind == "idle":
+                seen.update(kind=kind, since=time.monotonic())
+            return time.monotonic() - seen["since"] >= longest
+
+        wait(is_settled, f"a verdict that stays ({self.verdict()})", limit)
+        return self.state()

@@ -1,0 +1,62 @@
+"""Runs the cases that were asked for, and writes a line of JSON for each."""
+
+import json
+import sys
+import time
+import traceback
+
+import cases
+import lab
+import loopback_cases  # noqa: F401  (these add their cases)
+
+
+def wanted(words):
+    quick = "--quick" in words
+    names = [word for word in words if not word.startswith("--")]
+    for name, is_quick, function in cases.ALL:
+        if (not names and (is_quick or not quick)) or any(name.startswith(each) for each in names):
+            yield name, function
+
+
+class Lab:
+    def __init__(self):
+        self.audio = lab.Audio()
+        self.purlock = lab.Purlock()
+
+
+def keep_evidence(machine, name):
+    lab.write(f"{lab.RESULTS}/{name}.pw-dump.json", json.dumps(machine.audio.objects(), indent=1))
+    lab.write(f"{lab.RESULTS}/{name}.state.json", json.dumps(machine.purlock.state(), indent=1))
+
+
+def outcome(machine, name, function):
+    try:
+        return True, function(machine) or ""
+    except lab.Failure as failure:
+        text = str(failure)
+    except Exception:  # whatever goes wrong in one case, the others are run
+        text = traceback.format_exc()
+    keep_evidence(machine, name)
+    return False, text
+
+
+def main():
+    words = open(lab.RESULTS + "/cases").read().split()
+    lab.set_up_machine()
+    machine = Lab()
+    machine.audio.start()
+    machine.purlock.start()
+    with open(lab.RESULTS + "/outcomes.jsonl", "a") as file:
+        for name, function in wanted(words):
+            begin = time.monotonic()
+            passed, text = outcome(machine, name, function)
+            record = {"case": name, "passed": passed, "seconds": round(time.monotonic() - begin, 1), "text": text}
+            file.write(json.dumps(record) + "\n")
+            file.flush()
+            print(json.dumps(record), flush=True)
+    machine.purlock.stop()
+    machine.audio.stop()
+
+
+if __name__ == "__main__":
+    sys.exit(main())

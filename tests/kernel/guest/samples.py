@@ -1,0 +1,81 @@
+"""Noise whose every sample is known, and what of it arrived."""
+
+import os
+import random
+import struct
+import subprocess
+
+from lab import end, expect, start, wait
+
+BYTES = {16: 2, 24: 3, 32: 4}
+ALSA = {16: "S16_LE", 24: "S24_3LE", 32: "S32_LE"}  # of the bytes
+
+
+class Noise:
+    """A WAV file of stereo noise."""
+
+    def __init__(self, path, rate, bits, seconds=60, seed=1):
+        self.path, self.rate, self.bits = path, rate, bits
+        second = random.Random(seed).randbytes(rate * 2 * BYTES[bits])
+        if bits == 32:  # the mixer's floats hold 24 bits, and more is no music
+            low = bytearray(second)
+            low[0::4] = bytes(len(low) // 4)
+            second = bytes(low)
+        # Each second begins with another sample, so no second is taken for another.
+        self.samples = b"".join(second[n * 2 * BYTES[bits]:] + second[:n * 2 * BYTES[bits]]
+                                for n in range(0, seconds * 17, 17))
+        frame = 2 * BYTES[bits]
+        with open(path, "wb") as file:
+            file.write(b"RIFF" + struct.pack("<I", 36 + len(self.samples)) + b"WAVEfmt " +
+                       struct.pack("<IHHIIHH", 16, 1, 2, rate, rate * frame, frame, bits) +
+                       b"data" + struct.pack("<I", len(self.samples)) + self.samples)
+
+    def as_bits(self, bits):
+        """The samples as a device of `bits` gets them if nothing is changed; absent if they do not fit."""
+        if bits < self.bits:
+            return None
+        return widen(self.samples, BYTES[self.bits], BYTES[bits])
+
+
+def widen(samples, narrow, wide):
+    wider = bytearray(len(samples) // narrow * wide)
+    for byte in range(narrow):
+        wider[wide - narrow + byte::wide] = samples[byte::narrow]
+    return bytes(wider)
+
+
+def arrived(noise, received, bits, seconds=0.5):
+    """Whether a stretch of what a device received is the noise, sample by sample. Absent when it got no sound."""
+    frame = 2 * BYTES[bits]
+    needed = int(noise.rate * seconds) * frame
+    sound = received.lstrip(b"\0")
+    sound = sound[len(sound) % frame:]
+    if len(sound) < needed:
+        return None
+    played = noise.as_bits(bits)
+    if played is None:
+        return False
+    middle = len(sound) // 2 // frame * frame
+    at = played.find(sound[middle:middle + 64 * frame])
+    while at >= 0:
+        if at % frame == 0:
+            length = min(needed, len(sound) - middle, len(played) - at)
+            return length > needed // 2 and played[at:at + length] == sound[middle:middle + length]
+        at = played.find(sound[middle:middle + 64 * frame], at + 1)
+    return False
+
+
+class Capture:
+    """What goes into the loopback card, from its other side, which also decides which format the card has."""
+
+    def __init__(self, card, rate, bits, path="/tmp/captured.raw"):
+        self.path = path
+        if os.path.exists(path):
+            os.remove(path)
+        self.process = start("arecord", "arecord", "-q", "-D", f"hw:{card},1,0", "-f", ALSA[bits], "-r", str(rate),
+                             "-c", "2", "-t", "raw", path)
+        wait(lambda: os.path.exists(path), "the recorder's file")
+
+    def stop(self):
+        end(self.process)
+        return open(self.path, "rb").read()
