@@ -34,8 +34,9 @@ bool isFilter(const NodeRecord& node) {
 
 class PathReader {
   public:
-    PathReader(const PlayingPath& path, const std::vector<PlayingPath>& playing, const AudioGraph& graph)
-        : path_(path), playing_(playing), graph_(graph) {}
+    PathReader(const PlayingPath& path, const std::vector<PlayingPath>& playing, const AudioGraph& graph,
+               const HardwareSight& hardware)
+        : path_(path), playing_(playing), graph_(graph), hardware_(hardware) {}
 
     std::vector<Alteration> read() {
         addStreamGain(*path_.nodes.front(), path_.application);
@@ -68,9 +69,16 @@ class PathReader {
     }
 
     void addDeviceGain(const NodeRecord& sink, const std::string& name) {
-        const SoftwareGain gain = softwareGain(sink);
+        const SoftwareGain gain = softwareGain(sink, libraryVolume(sink));
         if (gain.isMuted) found_.push_back(alteration::DeviceMute{name});
         if (gain.volume) found_.push_back(alteration::DeviceVolume{name, *gain.volume});
+    }
+
+    /// PCMs that open the hardware go past the library's volume.
+    double libraryVolume(const NodeRecord& sink) const {
+        if (!sink.properties.pcm || !sink.properties.hasLibraryVolume) return 1;
+        const auto found = hardware_.libraryVolumes.find(sink.properties.pcm->card);
+        return found == hardware_.libraryVolumes.end() ? 1 : found->second;
     }
 
     /// A filter's input and its output bear the same name.
@@ -187,15 +195,16 @@ class PathReader {
     const PlayingPath& path_;
     const std::vector<PlayingPath>& playing_;
     const AudioGraph& graph_;
+    const HardwareSight& hardware_;
     std::vector<Alteration> found_;
 };
 
 }  // namespace
 
 std::vector<Alteration> alterationsOnPath(const PlayingPath& path, const std::vector<PlayingPath>& playing,
-                                          const AudioGraph& graph) {
+                                          const AudioGraph& graph, const HardwareSight& hardware) {
     if (path.nodes.size() < 2) return {};
-    return PathReader(path, playing, graph).read();
+    return PathReader(path, playing, graph, hardware).read();
 }
 
 }  // namespace purlock::host_linux

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "core/mixer_work.h"
+#include "platform/linux/pipewire/hardware_sight.h"
 #include "platform/linux/pipewire/sound_path.h"
 
 namespace purlock::host_linux {
@@ -18,6 +19,6 @@ struct PlayingPath {
 /// which it works. `playing` are all paths on which
 /// something plays, this one among them. Pure.
 std::vector<Alteration> alterationsOnPath(const PlayingPath& path, const std::vector<PlayingPath>& playing,
-                                          const AudioGraph& graph);
+                                          const AudioGraph& graph, const HardwareSight& hardware);
 
 }  // namespace purlock::host_linux

@@ -308,7 +308,7 @@ class AnswerBuilder {
             if (each.stream != first->stream || !each.passes(serial)) continue;
             const auto physical = physicalFormat(each.serials.back());
             if (physical && isFedUnchanged(*physical)) continue;
-            addOnce(work.alterations, alterationsOnPath(each.path, paths_, graph_));
+            addOnce(work.alterations, alterationsOnPath(each.path, paths_, graph_, hardware_));
         }
         return work;
     }

@@ -1,22 +1,14 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 
 #include "platform/linux/pipewire/answers.h"
 #include "platform/linux/pipewire/client_identity.h"
+#include "platform/linux/pipewire/hardware_sight.h"
 #include "platform/linux/pipewire/object_ids.h"
 #include "platform/linux/pipewire/records.h"
 
 namespace purlock::host_linux {
-
-/// What the kernel says of the sound hardware behind the nodes.
-struct HardwareSight {
-    std::map<PcmAddress, PcmView> pcms;
-    std::map<PcmAddress, EldConnection> displays;
-
-    bool operator==(const HardwareSight&) const = default;
-};
 
 /// From the mirror to the answers: the rules by which the server's objects become devices, streams and
 /// processes of the hardware layer. Does no input or output but what `identities` does. The loop's thread.

@@ -75,6 +75,13 @@ std::optional<std::uint32_t> rateFromFraction(std::string_view text) {
     return rate;
 }
 
+/// The PCMs that are configured with a volume of the library's for some cards, as those of built-in sound; "hw",
+/// "hdmi" and "iec958" open the hardware.
+bool hasLibraryVolume(std::string_view pcm) {
+    return pcm.starts_with("front") || pcm.starts_with("surround") || pcm.starts_with("default") ||
+           pcm.starts_with("sysdefault");
+}
+
 std::optional<PcmAddress> pcmAddress(const spa_dict* dictionary) {
     const auto card = number<std::uint32_t>(dictionary, "api.alsa.pcm.card");
     const auto device = number<std::uint32_t>(dictionary, "api.alsa.pcm.device");
@@ -145,6 +152,7 @@ NodeProperties nodeProperties(const spa_dict* dictionary) {
     node.setRate = number<std::uint32_t>(dictionary, "audio.rate");
     node.linkCodec = dictionaryText(dictionary, "api.bluez5.codec");
     node.pcm = pcmAddress(dictionary);
+    node.hasLibraryVolume = hasLibraryVolume(rawText(dictionary, "api.alsa.path"));
     node.isRouted = !rawText(dictionary, "card.profile.device").empty();
     node.isJack = isJackClient(dictionary);
     return node;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/linux/pipewire/answer_builder.h"
 #include "platform/linux/pipewire/transport_rule.h"
 
 namespace purlock::host_linux {
@@ -24,6 +25,7 @@ HardwareWatch::HardwareWatch(pw_loop* loop, SoundCards cards, std::string soundD
       cards_(std::move(cards)),
       soundDevices_(std::move(soundDevices)),
       changed_(std::move(changed)),
+      volumes_(soundDevices_),
       later_(loop, [this] { lookAndTell(); }) {}
 
 void HardwareWatch::follow(const AudioGraph& graph) {
@@ -34,10 +36,12 @@ void HardwareWatch::follow(const AudioGraph& graph) {
         const bool hasOutput = properties.role == NodeRole::sink || properties.role == NodeRole::duplex;
         if (!hasOutput || !properties.pcm) continue;
         followed.pcms[*properties.pcm];
+        if (properties.hasLibraryVolume) followed.libraryVolumes[properties.pcm->card] = 1;
         if (isDisplayOutput(properties))
             displays_[*properties.pcm] = properties.description + "\n" + properties.nick;
     }
     sight_ = std::move(followed);
+    readVolumes();
     look();
     if (sight_.pcms.empty()) {
         later_.disarm();
@@ -45,6 +49,12 @@ void HardwareWatch::follow(const AudioGraph& graph) {
     } else {
         watchDevices();
     }
+}
+
+/// Somebody who turns one of them makes the server tell of the device's volume, and so changes the mirror.
+void HardwareWatch::readVolumes() {
+    volumes_.keepOnly([this](std::uint32_t card) { return sight_.libraryVolumes.contains(card); });
+    for (auto& [card, factor] : sight_.libraryVolumes) factor = volumes_.of(card).value_or(1);
 }
 
 bool HardwareWatch::look() {

@@ -4,9 +4,11 @@
 #include <memory>
 #include <string>
 
+#include "platform/linux/alsa/library_volume.h"
 #include "platform/linux/alsa/sound_cards.h"
-#include "platform/linux/pipewire/answer_builder.h"
 #include "platform/linux/pipewire/handles.h"
+#include "platform/linux/pipewire/hardware_sight.h"
+#include "platform/linux/pipewire/records.h"
 #include "platform/linux/system/file_descriptor.h"
 
 namespace purlock::host_linux {
@@ -32,6 +34,7 @@ class HardwareWatch {
     bool isAnyTaken() const;
 
   private:
+    void readVolumes();
     void watchDevices();
     void stopWatching();
     void opened();
@@ -41,6 +44,7 @@ class HardwareWatch {
     const SoundCards cards_;
     const std::string soundDevices_;
     const std::function<void()> changed_;
+    LibraryVolumes volumes_;
     std::map<PcmAddress, std::string> displays_;  // the descriptions of the display PCMs among the followed
     HardwareSight sight_;
     FileDescriptor descriptor_;

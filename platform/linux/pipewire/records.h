@@ -48,6 +48,7 @@ struct NodeProperties {
     std::optional<std::uint32_t> setRate;        // audio.rate, Hz: the only one that a device is to run at
     std::string linkCodec;                       // api.bluez5.codec
     std::optional<PcmAddress> pcm;               // of ALSA hardware
+    bool hasLibraryVolume = false;               // its PCM may go through the volume of ALSA's library
     bool isRouted = false;  // its device sets its volume, in the hardware as far as that can
     bool isJack = false;    // a client of the JACK library: ports of 32-bit float, no format
 

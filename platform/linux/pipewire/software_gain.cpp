@@ -21,14 +21,15 @@ bool followsSoftVolumes(const NodeRecord& node) {
 
 }  // namespace
 
-SoftwareGain softwareGain(const NodeRecord& node) {
+SoftwareGain softwareGain(const NodeRecord& node, double libraryVolume) {
     const MixerProperties& mixing = node.mixing;
     SoftwareGain gain;
     gain.isMuted = mixing.isSoftMuted || (mixing.isMuted && !node.properties.isRouted);
     const auto& factors = followsSoftVolumes(node) ? mixing.softVolumes : mixing.channelVolumes;
-    double strongest = factors.empty() ? mixing.volume : 1;
+    const double common = mixing.volume * libraryVolume;
+    double strongest = factors.empty() ? common : 1;
     for (const float factor : factors) {
-        const double applied = mixing.volume * static_cast<double>(factor);
+        const double applied = common * static_cast<double>(factor);
         if (std::abs(applied - 1) > std::abs(strongest - 1)) strongest = applied;
     }
     if (strongest != 1) gain.volume = std::round(std::cbrt(std::max(strongest, 0.0)) * 10000) / 10000;

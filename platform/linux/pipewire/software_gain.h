@@ -16,7 +16,7 @@ struct SoftwareGain {
 };
 
 /// Where the device sets the volume, it leaves a remainder to be done in software, and only that counts; else
-/// all of the volume is done in software. Pure.
-SoftwareGain softwareGain(const NodeRecord& node);
+/// all of the volume is done in software. `libraryVolume` is a factor that is applied behind the node. Pure.
+SoftwareGain softwareGain(const NodeRecord& node, double libraryVolume = 1);
 
 }  // namespace purlock::host_linux

@@ -1,4 +1,5 @@
 #include "platform/linux/pipewire/worker.h"
+#include "platform/linux/pipewire/answer_builder.h"
 
 #include <malloc.h>
 #include <pipewire/extensions/profiler.h>

@@ -38,11 +38,20 @@ struct Scene : GraphWords {
         return found;
     }
     std::vector<Alteration> direct(std::vector<PlayingPath> others = {}) {
-        return alterationsOnPath(path({player, device}), others, graph);
+        return alterationsOnPath(path({player, device}), others, graph, hardware);
     }
     std::vector<Alteration> throughLoopback(std::vector<PlayingPath> others = {}) {
-        return alterationsOnPath(path({player, between, relay, device}), others, graph);
+        return alterationsOnPath(path({player, between, relay, device}), others, graph, hardware);
     }
+    /// The device is a card whose volume ALSA's library halves.
+    void turnDownInLibrary() {
+        at(device).properties.pcm = PcmAddress{1, 0, 0};
+        at(device).properties.hasLibraryVolume = true;
+        at(device).properties.isRouted = true;
+        hardware.libraryVolumes[1] = 0.125;
+    }
+
+    HardwareSight hardware;
 };
 
 using namespace alteration;
@@ -215,12 +224,43 @@ const Case cases[] = {
          return scene.direct();
      },
      {}},
+    {"a volume that the library applies for the card",
+     [](Scene& scene) {
+         scene.link(player, device);
+         scene.turnDownInLibrary();
+         return scene.direct();
+     },
+     {DeviceVolume{"Desk DAC", 0.5}}},
+    {"a volume of the library, and what the card leaves to the mixer",
+     [](Scene& scene) {
+         scene.link(player, device);
+         scene.turnDownInLibrary();
+         scene.at(device).mixing.softVolumes = {0.125, 0.125};
+         return scene.direct();
+     },
+     {DeviceVolume{"Desk DAC", 0.25}}},
+    {"a volume of the library, and a PCM that goes past it",
+     [](Scene& scene) {
+         scene.link(player, device);
+         scene.turnDownInLibrary();
+         scene.at(device).properties.hasLibraryVolume = false;
+         return scene.direct();
+     },
+     {}},
+    {"a volume of the library for another card",
+     [](Scene& scene) {
+         scene.link(player, device);
+         scene.turnDownInLibrary();
+         scene.at(device).properties.pcm = PcmAddress{2, 0, 0};
+         return scene.direct();
+     },
+     {}},
     {"a program in between",
      [](Scene& scene) {
          scene.link(player, between);
          scene.at(between).properties.role = NodeRole::other;
          scene.at(between).properties.linkGroup = "";
-         return alterationsOnPath(scene.path({player, between, device}), {}, scene.graph);
+         return alterationsOnPath(scene.path({player, between, device}), {}, scene.graph, {});
      },
      {Filter{"Loopback"}}},
     {"another card's clock",

@@ -15,7 +15,7 @@ using Bytes = std::vector<std::uint8_t>;
 /// What a converter says of itself.
 struct ConverterTexts {
     std::uint16_t vendor = 0x1209;  // pid.codes' number for tests
-    std::uint16_t product = 0x0001;
+    std::uint16_t product = 0x7A17;
     std::string maker = "Larch Audio";
     std::string name = "Larch One";
     std::string serial = "LA-0001";
@@ -53,6 +53,8 @@ class AudioDevice {
     std::optional<Bytes> control(const Setup& setup, const Bytes& data);
 
     void takeSamples(const std::uint8_t* data, std::size_t size);
+    /// What has come is in the file.
+    void flush() { capture_.flush(); }
 
     static constexpr std::uint8_t streamEndpoint = 1;
 

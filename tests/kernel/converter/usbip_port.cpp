@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <fstream>
 #include <sstream>
+#include <thread>
 #include <utility>
 
 namespace purlock::kernel_lab {
@@ -84,11 +85,17 @@ bool UsbIpPort::attach() {
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) return false;
     socket_ = host_linux::FileDescriptor(ends[0]);
     const host_linux::FileDescriptor kernels(ends[1]);
-    port_ = freePort();
-    if (!port_) return false;
-    std::ofstream file(controller + "attach");
-    file << *port_ << ' ' << kernels.get() << ' ' << deviceNumber << ' ' << highSpeed << std::flush;
-    if (!file) port_.reset();
+    // Another converter may take the port that was free, and one that was left is free a little later.
+    constexpr int mostTries = 100;
+    constexpr std::chrono::milliseconds pause{50};
+    for (int attempt = 0; attempt < mostTries && !port_; ++attempt) {
+        if (attempt > 0) std::this_thread::sleep_for(pause);
+        port_ = freePort();
+        if (!port_) continue;
+        std::ofstream file(controller + "attach");
+        file << *port_ << ' ' << kernels.get() << ' ' << deviceNumber << ' ' << highSpeed << std::flush;
+        if (!file) port_.reset();
+    }
     return port_.has_value();
 }
 
@@ -189,6 +196,7 @@ bool UsbIpPort::answerSound(const Transfer& transfer) {
         append(packets, 0);
         sum += packet.length;
     }
+    device_.flush();
     return reply(transfer, 0, sum, packets);
 }
 

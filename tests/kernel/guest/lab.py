@@ -47,10 +47,21 @@ def run(*command, check=True, limit=60):
     return done.stdout
 
 
+STARTED = []  # by the case that runs
+
+
 def start(name, *command, **options):
-    """Starts a program whose words go to a log of its own among the results."""
-    log = open(f"{RESULTS}/{name}.log", "a")
-    return subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=log, stderr=log, **options)
+    """Starts a program whose words go to a log of its own among the results. It ends with the case at the latest."""
+    with open(f"{RESULTS}/{name}.log", "a") as log:
+        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=log, stderr=log, **options)
+    STARTED.append(process)
+    return process
+
+
+def end_all():
+    for process in reversed(STARTED):
+        end(process)
+    STARTED.clear()
 
 
 def end(process, number=signal.SIGTERM):
@@ -138,6 +149,7 @@ class Audio:
 
     def start(self):
         self.server = start("pipewire", "pipewire")
+        STARTED.remove(self.server)
         wait(lambda: os.path.exists("/run/user-0/pipewire-0"), "PipeWire's socket")
         home = os.environ["HOME"] + "/.config/wireplumber"
         for folder, name, text in (("main.lua.d", "51-release.lua", SOON_RELEASED),
@@ -145,6 +157,7 @@ class Audio:
             os.makedirs(f"{home}/{folder}", exist_ok=True)
             write(f"{home}/{folder}/{name}", text)
         self.manager = start("wireplumber", "wireplumber")
+        STARTED.remove(self.manager)
 
     def stop(self):
         end(self.manager)
@@ -216,6 +229,7 @@ class Purlock:
     def start(self):
         environment = {k: v for k, v in os.environ.items() if k not in ("DISPLAY", "WAYLAND_DISPLAY")}
         self.process = start("purlock", os.environ.get("PURLOCK_PROGRAM", PROGRAM), env=environment)
+        STARTED.remove(self.process)
         wait(lambda: self.state(), "the first state.json")
 
     def stop(self):

@@ -1,45 +1,115 @@
 """The verdict against the samples: every rate and depth of the loopback card, whose other side tells what it got."""
 
-import json
-
 from cases import case
+from judging import RATES, kinds, play
 from lab import card, end, expect, is_closed, start, wait
-from samples import Capture, Noise, arrived
+from samples import Capture, Noise
 
-RATES = [44100, 48000, 88200, 96000, 176400, 192000]
+LOOPBACK = "snd_aloop"
 
 
-def judge(machine, played, device, rate_allowed=None):
-    """Plays noise of (rate, bits) to the card at (rate, bits); the verdict has to agree with the samples."""
-    audio, purlock = machine.audio, machine.purlock
-    name, number = audio.sink("snd_aloop")
-    audio.prefer("snd_aloop")
-    audio.settings(allowed_rates=rate_allowed or RATES)
+def loopback(machine, rate, bits):
+    """The card as the default device, fixed to a format by the recorder at its other side."""
+    machine.audio.prefer(LOOPBACK)
     wait(lambda: is_closed(card("Loopback")), "the card is released")
-    noise = Noise("/tmp/noise.wav", *played, seconds=20)
-    capture = Capture(card("Loopback"), *device)
-    player = start("pw-play", "pw-play", noise.path)
-    try:
-        state = purlock.settled()
-    finally:
-        received = capture.stop()
-        end(player)
-    equal = arrived(noise, received, device[1])
-    kind = state["verdict"]["kind"]
-    text = (f"{played[1]} bits {played[0]} Hz to {device[1]} bits {device[0]} Hz: "
-            f"{ {None: 'silence', True: 'equal', False: 'changed'}[equal]}, {kind}")
-    expect(equal is not None and equal == (kind == "bitPerfect"), text + " " + json.dumps(state))
-    purlock.await_verdict("idle")
-    return text
+    return Capture(card("Loopback"), rate, bits)
+
+
+def judge(machine, played, device, **options):
+    machine.audio.settings(allowed_rates=RATES)
+    sound = loopback(machine, *device)
+    return play(machine, Noise("/tmp/noise.wav", *played), sound, device[1], **options)
 
 
 def add(played, device, **options):
-    name = f"loopback-{played[1]}-{played[0]}-to-{device[1]}-{device[0]}"
-    case(name, **options)(lambda machine: judge(machine, played, device))
+    @case(f"loopback-{played[1]}-{played[0]}-to-{device[1]}-{device[0]}", **options)
+    def compare(machine):
+        return judge(machine, played, device)[0]
 
 
 for bits in (16, 24, 32):
-    for rate in RATES:
+    for rate in (44100, 48000, 88200, 96000, 176400, 192000):
         add((rate, bits), (rate, bits), quick=(rate, bits) == (96000, 24))
 add((44100, 16), (48000, 32))
 add((48000, 24), (48000, 16))
+
+
+@case("forced-rate")
+def forced_rate(machine):
+    machine.audio.settings(force_rate=48000)
+    try:
+        found, state = judge(machine, (44100, 16), (48000, 32))
+        expect(state["verdict"]["kind"] == "resampling", found)
+    finally:
+        machine.audio.settings(force_rate=0)
+    return found
+
+
+@case("software-volume")
+def software_volume(machine):
+    """The volume of the loopback card is one of ALSA's library, which looks like the hardware's."""
+    number = machine.audio.sink(LOOPBACK)[1]
+    found, state = judge(machine, (48000, 16), (48000, 16), during=lambda: machine.audio.set_volume(number, 0.5))
+    expect("deviceVolume" in kinds(state), found)
+    return found
+
+
+@case("two-players")
+def two_players(machine):
+    other = Noise("/tmp/other.wav", 48000, 16, seed=2)
+
+    def join():
+        second = start("second-player", "pw-play", other.path)
+        return lambda: end(second)
+
+    found, state = judge(machine, (48000, 16), (48000, 16), during=join)
+    expect("mixed" in kinds(state), found)
+    return found
+
+
+@case("elsewhere")
+def elsewhere(machine):
+    """A player that is bound to another card than the default one."""
+    machine.audio.settings(allowed_rates=RATES)
+    sound = loopback(machine, 48000, 16)
+    name = machine.audio.sink("pci-0000")[0]
+    noise = Noise("/tmp/noise.wav", 48000, 16)
+    player = start("player", "pw-play", "--target", name, noise.path)
+    try:
+        wait(lambda: machine.purlock.verdict() == "altered", "another device is told")
+        state = machine.purlock.state()
+        expect("elsewhere" in kinds(state), str(state))
+    finally:
+        sound.stop()
+        end(player)
+    machine.purlock.await_verdict("idle")
+    return str(state["alterations"])
+
+
+@case("release", quick=True)
+def release(machine):
+    """Exclusive use comes and goes: PipeWire plays, lets go, a program takes the card, PipeWire plays again."""
+    judge(machine, (48000, 16), (48000, 16))
+    exclusive(machine, "hw", (48000, 16), (48000, 16))
+    return judge(machine, (48000, 16), (48000, 16))[0]
+
+
+def exclusive(machine, plugin, played, device, player=None):
+    """A program that opens the card itself; what it is called."""
+    sound = loopback(machine, *device)
+    noise = Noise("/tmp/noise.wav", *played)
+    address = f"{plugin}:{card('Loopback')},0" if plugin != "dmix" else f"dmix:{card('Loopback')}"
+    return play(machine, noise, sound, device[1], player=player(address) if player else ("aplay", "-q", "-D", address))
+
+
+@case("exclusive-aplay", quick=True)
+def exclusive_aplay(machine):
+    found, state = exclusive(machine, "hw", (96000, 24), (96000, 24))
+    expect(state["virtual"]["sampleRate"] == state["physical"]["sampleRate"] == 96000, found)
+    return found
+
+
+@case("exclusive-mpv")
+def exclusive_mpv(machine):
+    return exclusive(machine, "hw", (48000, 16), (48000, 16), lambda address: (
+        "mpv", "--no-config", "--no-terminal", "--no-video", "--ao=alsa", "--audio-device=alsa/" + address))[0]

@@ -8,6 +8,8 @@ import traceback
 import cases
 import lab
 import loopback_cases  # noqa: F401  (these add their cases)
+import machine_cases  # noqa: F401
+import usb_cases  # noqa: F401
 
 
 def wanted(words):
@@ -36,6 +38,8 @@ def outcome(machine, name, function):
         text = str(failure)
     except Exception:  # whatever goes wrong in one case, the others are run
         text = traceback.format_exc()
+    finally:
+        lab.end_all()
     keep_evidence(machine, name)
     return False, text
 

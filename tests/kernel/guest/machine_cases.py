@@ -1,0 +1,100 @@
+"""What happens to the whole machine: sleep, and clocks that jump; other sound servers."""
+
+import datetime
+import os
+import subprocess
+import time
+
+from cases import case
+from judging import RATES, agrees
+from lab import Failure, card, end, expect, is_closed, load, run, start, wait, write
+from loopback_cases import exclusive, judge, loopback
+from samples import Noise
+
+
+def is_fresh(machine):
+    """state.json has been written within the last seconds, by the clock of now."""
+    stamp = datetime.datetime.fromisoformat(machine.purlock.state()["timestamp"].replace("Z", "+00:00"))
+    return abs((datetime.datetime.now(datetime.timezone.utc) - stamp).total_seconds()) < 3
+
+
+@case("suspend")
+def suspend(machine):
+    """All devices of the machine are put to sleep and woken, while it plays."""
+    write("/sys/power/pm_test", "devices")
+    noise = Noise("/tmp/noise.wav", 48000, 16, seconds=120)
+    machine.audio.prefer("usb-QEMU")
+    player = start("player", "pw-play", noise.path)
+    try:
+        machine.purlock.await_verdict("bitPerfect")
+        write("/sys/power/state", "mem")
+        wait(lambda: is_fresh(machine), "state.json is written again")
+        machine.purlock.await_verdict("bitPerfect")
+    finally:
+        end(player)
+        write("/sys/power/pm_test", "none")
+    machine.purlock.await_verdict("idle")
+    return judge(machine, (48000, 16), (48000, 16))[0]
+
+
+@case("clock-jumps")
+def clock_jumps(machine):
+    """The wall clock goes an hour forwards, and back; what waits goes by another clock."""
+    for step in ("+1 hour", "-1 hour", "-1 day", "+1 day"):
+        run("date", "-s", step)
+        wait(lambda: is_fresh(machine), f"state.json is written after {step}", 5)
+    return judge(machine, (48000, 16), (48000, 16))[0]
+
+
+@case("plughw-other-rate")
+def plughw(machine):
+    """ALSA's own plugins convert in the player's process, and nobody can tell. The documents say so."""
+    try:
+        found = exclusive(machine, "plughw", (44100, 16), (48000, 16))[0]
+    except Failure as failure:
+        expect("changed, bitPerfect" in str(failure), str(failure))
+        found = "changed, bitPerfect, as documented"
+    machine.purlock.await_verdict("idle")
+    return found
+
+
+def held_by(machine, name, *command, ready):
+    """Another sound server holds the card, and a program plays through it."""
+    loopback(machine, 48000, 16).stop()
+    server = start(name, *command)
+    try:
+        wait(lambda: not is_closed(card("Loopback")), f"{name} holds the card", 60)
+        player = ready()
+        state = wait(lambda: (s := machine.purlock.state()) and s["device"]["isRunning"] and s, "the card runs")
+        time_limit = 10
+        wait(lambda: machine.purlock.state()["virtual"] is None, f"no format is claimed: {state}", time_limit)
+        state = machine.purlock.state()
+        expect(state["verdict"]["kind"] != "bitPerfect", str(state))
+        end(player)
+    finally:
+        end(server)
+    wait(lambda: is_closed(card("Loopback")), "the card is released")
+    machine.purlock.await_verdict("idle")
+    return f"{state['verdict']['kind']}, physical {state['physical']}"
+
+
+@case("pulseaudio")
+def pulseaudio(machine):
+    """A real PulseAudio holds the card and mixes."""
+    write("/tmp/pulse.pa", f"load-module module-alsa-sink device=hw:{card('Loopback')},0\n"
+                           "load-module module-native-protocol-unix socket=/tmp/pulse.socket auth-anonymous=1\n")
+    noise = Noise("/tmp/noise.wav", 48000, 16)
+
+    def ready():
+        wait(lambda: os.path.exists("/tmp/pulse.socket"), "PulseAudio's socket")
+        return start("player", "paplay", "--server=unix:/tmp/pulse.socket", noise.path)
+
+    return held_by(machine, "pulseaudio", "pulseaudio", "-n", "-F", "/tmp/pulse.pa", "--daemonize=no",
+                   "--exit-idle-time=-1", "--use-pid-file=no", "--disallow-exit", ready=ready)
+
+
+@case("jackd")
+def jackd(machine):
+    """A real jackd holds the card."""
+    return held_by(machine, "jackd", "jackd", "-r", "-d", "alsa", "-d", f"hw:{card('Loopback')}", "-r", "48000", "-P",
+                   ready=lambda: None)
