@@ -3,7 +3,7 @@
 import glob
 import os
 
-from lab import CONVERTER, end, start, wait
+from lab import CONVERTER, card, end, start, wait
 
 
 class Converter:
@@ -31,6 +31,11 @@ class Converter:
         """The file that a stream writes, once there is sound in it; `but` those that were there before."""
         return wait(lambda: next((path for path in reversed(self.captures())
                                   if path not in but and os.path.getsize(path) > 0), None), "a capture")
+
+
+def all_gone(machine):
+    """Waits until no converter is left, neither a card nor a device of the server's."""
+    wait(lambda: card("Larch") is None and not any("Larch" in name for name in machine.audio.sinks()), "all are gone")
 
 
 class ConverterSound:

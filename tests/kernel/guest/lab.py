@@ -15,7 +15,7 @@ RESULTS = "/run/results"
 COMMAND_LINE = open("/proc/cmdline").read()
 PROJECT = re.search(r"purlock\.project=(\S+)", COMMAND_LINE).group(1)
 MODULES = re.search(r"purlock\.modules=(\S+)", COMMAND_LINE).group(1)
-PROGRAM = PROJECT + "/build/release/purlock"
+PROGRAM = re.search(r"purlock\.program=(\S+)", COMMAND_LINE).group(1)
 CONVERTER = PROJECT + "/build/release/bin/usb_converter"
 
 
@@ -67,12 +67,13 @@ def end_all():
 def end(process, number=signal.SIGTERM):
     if process is None or process.poll() is not None:
         return
-    process.send_signal(number)
-    try:
-        process.wait(20)
-    except subprocess.TimeoutExpired:
-        process.kill()
-        process.wait()
+    for each in (number, signal.SIGKILL):
+        process.send_signal(each)
+        try:
+            process.wait(20)
+            return
+        except subprocess.TimeoutExpired:
+            print(f"{process.args} does not end by signal {int(each)}", flush=True)
 
 
 def load(module, *parameters):
@@ -228,7 +229,7 @@ class Purlock:
 
     def start(self):
         environment = {k: v for k, v in os.environ.items() if k not in ("DISPLAY", "WAYLAND_DISPLAY")}
-        self.process = start("purlock", os.environ.get("PURLOCK_PROGRAM", PROGRAM), env=environment)
+        self.process = start("purlock", PROGRAM, env=environment)
         STARTED.remove(self.process)
         wait(lambda: self.state(), "the first state.json")
 

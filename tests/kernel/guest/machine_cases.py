@@ -20,8 +20,9 @@ def is_fresh(machine):
 
 @case("suspend")
 def suspend(machine):
-    """All devices of the machine are put to sleep and woken, while it plays."""
-    write("/sys/power/pm_test", "devices")
+    """The machine begins to sleep while it plays: all programs are frozen for five seconds, and go on. Devices are not
+    put to sleep: the file system of this machine would not wake."""
+    write("/sys/power/pm_test", "freezer")
     noise = Noise("/tmp/noise.wav", 48000, 16, seconds=120)
     machine.audio.prefer("usb-QEMU")
     player = start("player", "pw-play", noise.path)
@@ -61,17 +62,16 @@ def plughw(machine):
 def held_by(machine, name, *command, ready):
     """Another sound server holds the card, and a program plays through it."""
     loopback(machine, 48000, 16).stop()
-    server = start(name, *command)
+    server, player = start(name, *command), None
     try:
         wait(lambda: not is_closed(card("Loopback")), f"{name} holds the card", 60)
         player = ready()
         state = wait(lambda: (s := machine.purlock.state()) and s["device"]["isRunning"] and s, "the card runs")
-        time_limit = 10
-        wait(lambda: machine.purlock.state()["virtual"] is None, f"no format is claimed: {state}", time_limit)
+        wait(lambda: machine.purlock.state()["virtual"] is None, f"no format is claimed: {state}", 10)
         state = machine.purlock.state()
         expect(state["verdict"]["kind"] != "bitPerfect", str(state))
-        end(player)
     finally:
+        end(player)
         end(server)
     wait(lambda: is_closed(card("Loopback")), "the card is released")
     machine.purlock.await_verdict("idle")
@@ -93,8 +93,24 @@ def pulseaudio(machine):
                    "--exit-idle-time=-1", "--use-pid-file=no", "--disallow-exit", ready=ready)
 
 
+def jackd_command():
+    return "jackd", "-r", "-d", "alsa", "-d", f"hw:{card('Loopback')}", "-r", "48000", "-P"
+
+
 @case("jackd")
 def jackd(machine):
-    """A real jackd holds the card."""
-    return held_by(machine, "jackd", "jackd", "-r", "-d", "alsa", "-d", f"hw:{card('Loopback')}", "-r", "48000", "-P",
-                   ready=lambda: None)
+    """A real jackd holds the card, and tells nobody that it wants it."""
+    return held_by(machine, "jackd", "env", "JACK_NO_AUDIO_RESERVATION=1", *jackd_command(), ready=lambda: None)
+
+
+@case("jackd-reserves")
+def jackd_reserves(machine):
+    """A jackd that asks for the card gets it: the session manager takes it out of the graph until jackd ends."""
+    loopback(machine, 48000, 16).stop()
+    name = machine.audio.sink("snd_aloop")[0]
+    server = start("jackd", *jackd_command())
+    wait(lambda: not is_closed(card("Loopback")), "jackd holds the card", 60)
+    wait(lambda: machine.purlock.device().get("uid") != name, "another device is shown")
+    end(server)
+    wait(lambda: machine.purlock.device().get("uid", "").startswith(name), "the card is shown again")
+    return judge(machine, (48000, 16), (48000, 16))[0]

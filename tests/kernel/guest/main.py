@@ -1,6 +1,7 @@
 """Runs the cases that were asked for, and writes a line of JSON for each."""
 
 import json
+import signal
 import sys
 import time
 import traceback
@@ -31,7 +32,15 @@ def keep_evidence(machine, name):
     lab.write(f"{lab.RESULTS}/{name}.state.json", json.dumps(machine.purlock.state(), indent=1))
 
 
+LONGEST = 100  # seconds of the machine's time that a case may take
+
+
+def too_long(*_):
+    raise lab.Failure("took too long:\n" + "".join(traceback.format_stack(limit=8)))
+
+
 def outcome(machine, name, function):
+    signal.alarm(LONGEST)
     try:
         return True, function(machine) or ""
     except lab.Failure as failure:
@@ -39,6 +48,7 @@ def outcome(machine, name, function):
     except Exception:  # whatever goes wrong in one case, the others are run
         text = traceback.format_exc()
     finally:
+        signal.alarm(0)
         lab.end_all()
     keep_evidence(machine, name)
     return False, text
@@ -46,6 +56,7 @@ def outcome(machine, name, function):
 
 def main():
     words = open(lab.RESULTS + "/cases").read().split()
+    signal.signal(signal.SIGALRM, too_long)
     lab.set_up_machine()
     machine = Lab()
     machine.audio.start()
