@@ -47,9 +47,9 @@ struct AudioMonitorSeams {
 ///
 /// Owned by the application, made and started on the main thread, and held by a shared pointer, for the
 /// closures that it hands out hold it weakly. Every refresh runs on the monitor's own queue, on which the
-/// layer's notifications arrive too: the layer and the services of the devices may take seconds to answer, and
-/// nobody else waits for them. Results are posted to the main thread, so that they are published in the order
-/// in which the refreshes ran. Nothing here fails: what cannot be read becomes a default.
+/// layer's notifications arrive too: the layer and the services of the devices may take seconds to answer,
+/// and nobody else waits for them. Results are posted to the main thread, so that they are published in the
+/// order in which the refreshes ran. Nothing here fails: what cannot be read becomes a default.
 class AudioMonitor : public std::enable_shared_from_this<AudioMonitor> {
   public:
     AudioMonitor(const AudioMonitorSeams& seams, std::shared_ptr<DevicePin> settings);

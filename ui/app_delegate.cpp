@@ -176,8 +176,8 @@ void AppDelegate::renderPanel() {
     }
 }
 
-/// The desktop shows a panel that it has hidden, and one that waited for the program to become active, without
-/// a word: the safety net looks after it.
+/// The desktop shows a panel that it has hidden, and one that waited for the program to become active,
+/// without a word: the safety net looks after it.
 void AppDelegate::showPanelAgain() {
     if (!panel_ || !panel_->isVisible() || panelContent_->isOnScreen()) return;
     panelContent_->appear();
