@@ -93,8 +93,16 @@ typedef struct {
     NSInteger patchVersion;
 } NSOperatingSystemVersion;
 
+typedef NS_OPTIONS(uint64_t, NSActivityOptions) {
+    NSActivityUserInitiatedAllowingIdleSystemSleep =
+        15728639,  // 0x00FFFFFF without the bit of the idle sleep
+};
+
 @interface NSProcessInfo : NSObject
 @property(class, readonly, strong) NSProcessInfo* processInfo;
+// The activity lasts until it is ended, or its token is gone (Apple's documentation).
+- (id<NSObject>)beginActivityWithOptions:(NSActivityOptions)options reason:(NSString*)reason;
+- (void)endActivity:(id<NSObject>)activity;
 @property(readonly) NSOperatingSystemVersion operatingSystemVersion;
 @end
 

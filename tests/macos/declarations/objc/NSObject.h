@@ -41,6 +41,11 @@ static inline NSPoint NSMakePoint(CGFloat x, CGFloat y) {
     return NSPoint{x, y};
 }
 
+static inline NSRect NSInsetRect(NSRect aRect, CGFloat dX, CGFloat dY) {
+    return NSRect{{aRect.origin.x + dX, aRect.origin.y + dY},
+                  {aRect.size.width - 2 * dX, aRect.size.height - 2 * dY}};
+}
+
 #pragma clang assume_nonnull begin
 
 @class NSString;
