@@ -25,7 +25,10 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
 - (NSUInteger)lengthOfBytesUsingEncoding:(NSStringEncoding)enc;
 @end
 
-@interface NSNumber : NSObject
+@interface NSValue : NSObject
+@end
+
+@interface NSNumber : NSValue
 + (NSNumber*)numberWithBool:(BOOL)value;
 @property(readonly) BOOL boolValue;
 @property(readonly) long long longLongValue;
