@@ -425,6 +425,33 @@ TEST_F(MacShell, ANotificationOfTheHalIsSeenInThePanel) {
     EXPECT_TRUE(contains(textsOfPanel(), "macOS is resampling"));
 }
 
+/// What stands in the panel two ticks after the device has become a resampling one.
+struct MacShellInTheBackground : MacShell {
+    bool showsResampling() {
+        hardware.setFormat(51, kAudioStreamPropertyPhysicalFormat, test::integerStream(96000, 24));
+        pass(1700ms);
+        return contains(textsOfPanel(), "macOS is resampling");
+    }
+};
+
+TEST_F(MacShellInTheBackground, APanelThatIsNotVisibleAtOnceComesToLife) {
+    launch();
+    world.isActive = false;  // the activation takes its time
+    clickItem();
+    world.isActive = true;
+    EXPECT_TRUE(showsResampling());
+}
+
+TEST_F(MacShellInTheBackground, APanelThatTheSystemShowsAgainIsUpToDate) {
+    launch();
+    clickItem();
+    pass(1s);
+    world.isActive = false;
+    pass(2s);
+    world.isActive = true;
+    EXPECT_TRUE(showsResampling());
+}
+
 TEST_F(MacShell, WhatIsStillUnderWayAtTheEndFindsNobody) {
     launch();
     clickItem();

@@ -109,7 +109,8 @@ static NSRunningApplication* running(const purlock::RunningApplication& applicat
     return frame_;
 }
 - (BOOL)isVisible {
-    return visible_;
+    // The system hides such a panel while the program is not active, and shows it again by itself.
+    return visible_ && (World::current().isActive || !self.hidesOnDeactivate);
 }
 - (BOOL)canBecomeKeyWindow {
     return NO;  // no title bar, no resize bar
