@@ -1,14 +1,15 @@
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
-#include <objc/NSObject.h>
+
+#include "Basics.h"
 
 // Selectors, types, values and versions: pyobjc. Every result is borrowed (autoreleased) but those of alloc
 // and new.
 
 #pragma clang assume_nonnull begin
 
-@class NSError, NSData;
+@class NSError, NSData, NSString;
 
 typedef NSString* NSNotificationName;
 typedef NSString* NSRunLoopMode;
