@@ -8,6 +8,7 @@ stub_sdk.py --libraries SDK ARGUMENT...      the libraries of C and C++, with wh
 import pathlib
 import sys
 
+sys.dont_write_bytecode = True
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1]))
 import imports  # noqa: E402
 
