@@ -26,6 +26,12 @@ bool hasOutputStreams(AudioProperties& hardware, AudioObjectID device) {
                .value_or(0) != 0;
 }
 
+/// The first device of the list whose UID is exactly `uid`.
+std::optional<AudioObjectID> deviceIn(const std::vector<AvailableDevice>& devices, std::string_view uid) {
+    const auto found = std::ranges::find(devices, uid, &AvailableDevice::uid);
+    return found != devices.end() ? std::optional(found->id) : std::nullopt;
+}
+
 }  // namespace
 
 AudioMonitor::AudioMonitor(const AudioMonitorSeams& seams, std::shared_ptr<DevicePin> settings)
@@ -41,30 +47,52 @@ AudioMonitor::~AudioMonitor() {
 
 void AudioMonitor::start() {
     followPin();
-    refreshDevices();
-    {
-        const std::lock_guard lock(refreshing_);
-        installSystemListeners();
-    }
-    refreshState();
+    perform(&AudioMonitor::readAtStart);
     settings_->setOnPinnedDeviceChange([weak = weak_from_this()](const auto&) {
-        if (const auto self = weak.lock()) self->refreshState();
+        // Never left to a refresh that waits already: that one may come before the new pin.
+        if (const auto self = weak.lock()) self->perform(&AudioMonitor::readState);
     });
 }
 
-/// Keeps a copy of the pin for refreshes on the queue. Subscribers hear of a change before the callback that
-/// asks for a refresh, so the copy is never behind.
+/// Keeps a copy of the pin on the queue. Subscribers hear of a change before the callback that asks for a
+/// refresh, so the copy is never behind.
 void AudioMonitor::followPin() {
     pinSubscription_ = settings_->pinnedDeviceUID().subscribe([weak = weak_from_this()](const auto& uid) {
         const auto self = weak.lock();
         if (!self) return;
-        const std::lock_guard lock(self->refreshing_);
-        self->pinnedUID_ = uid;
+        self->queue_->async([weak, uid] {
+            if (const auto later = weak.lock()) later->pinnedUID_ = uid;
+        });
+    });
+}
+
+void AudioMonitor::perform(Action action) {
+    queue_->async([weak = weak_from_this(), action] {
+        if (const auto self = weak.lock()) (self.get()->*action)();
     });
 }
 
 void AudioMonitor::refreshDevices() {
-    const std::lock_guard lock(refreshing_);
+    perform(&AudioMonitor::readDevices);
+}
+
+void AudioMonitor::refreshState() {
+    if (!refreshIsDue_.exchange(true)) perform(&AudioMonitor::readStateThatIsDue);
+}
+
+std::optional<AudioObjectID> AudioMonitor::findDeviceByUID(std::string_view uid) const {
+    return deviceIn(availableDevices_.value(), uid);
+}
+
+// On the queue.
+
+void AudioMonitor::readAtStart() {
+    readDevices();
+    installSystemListeners();
+    readState();
+}
+
+void AudioMonitor::readDevices() {
     const auto picture = seams_.hardware.picture();
     AudioProperties& hardware = *picture;
     const auto objects = readObjects(hardware, kAudioObjectSystemObject, kAudioHardwarePropertyDevices,
@@ -80,8 +108,12 @@ void AudioMonitor::refreshDevices() {
     });
 }
 
-void AudioMonitor::refreshState() {
-    const std::lock_guard lock(refreshing_);
+void AudioMonitor::readStateThatIsDue() {
+    refreshIsDue_ = false;  // whoever asks from here on may know more than what is read now
+    readState();
+}
+
+void AudioMonitor::readState() {
     const auto picture = seams_.hardware.picture();
     const AudioObjectID device = chosenDevice(*picture);
     if (device == 0) {
@@ -94,26 +126,16 @@ void AudioMonitor::refreshState() {
     publishState(std::move(observation.state));
 }
 
-void AudioMonitor::refreshDevicesAndState() {
-    refreshDevices();
-    refreshState();
-}
-
-std::optional<AudioObjectID> AudioMonitor::findDeviceByUID(std::string_view uid) const {
-    const std::lock_guard lock(refreshing_);
-    return listedDevice(uid);
-}
-
-std::optional<AudioObjectID> AudioMonitor::listedDevice(std::string_view uid) const {
-    const auto found = std::ranges::find(devices_, uid, &AvailableDevice::uid);
-    return found != devices_.end() ? std::optional(found->id) : std::nullopt;
+void AudioMonitor::readDevicesAndState() {
+    readDevices();
+    readState();
 }
 
 /// The pinned device if it is there, else the system's default, else 0. A pinned device that is absent falls
 /// back in silence; the panel tells the user.
 AudioObjectID AudioMonitor::chosenDevice(AudioProperties& hardware) const {
     if (pinnedUID_ && !pinnedUID_->empty()) {
-        if (const auto pinned = listedDevice(*pinnedUID_)) return *pinned;
+        if (const auto pinned = deviceIn(devices_, *pinnedUID_)) return *pinned;
     }
     AudioObjectID device = 0;
     readValue(hardware, kAudioObjectSystemObject, kAudioHardwarePropertyDefaultOutputDevice, device);

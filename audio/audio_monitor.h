@@ -1,10 +1,10 @@
 #pragma once
 
+#include <atomic>
 #include <compare>
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -46,10 +46,10 @@ struct AudioMonitorSeams {
 /// (the pinned one if it is there, else the system's default).
 ///
 /// Owned by the application, made and started on the main thread, and held by a shared pointer, for the
-/// closures that it hands out hold it weakly. A refresh runs on its caller's thread: the main thread, or the
-/// monitor's own queue, on which the layer's notifications arrive. A mutex keeps refreshes apart, and results
-/// are posted to the main thread before it is released, so that they are published in the order in which the
-/// refreshes ran. Nothing here fails: what cannot be read becomes a default.
+/// closures that it hands out hold it weakly. Every refresh runs on the monitor's own queue, on which the
+/// layer's notifications arrive too: the layer and the services of the devices may take seconds to answer,
+/// and nobody else waits for them. Results are posted to the main thread, so that they are published in the
+/// order in which the refreshes ran. Nothing here fails: what cannot be read becomes a default.
 class AudioMonitor : public std::enable_shared_from_this<AudioMonitor> {
   public:
     AudioMonitor(const AudioMonitorSeams& seams, std::shared_ptr<DevicePin> settings);
@@ -60,19 +60,20 @@ class AudioMonitor : public std::enable_shared_from_this<AudioMonitor> {
     AudioMonitor(const AudioMonitor&) = delete;
     AudioMonitor& operator=(const AudioMonitor&) = delete;
 
-    /// Reads the device list, installs the system's listeners, reads the first state and follows the pin.
-    /// Once, on the main thread.
+    /// Has the device list read, the system's listeners installed and the first state read, and follows the
+    /// pin. Once, on the main thread.
     void start();
 
-    /// Reads the device list and publishes it, equal or not; a list that cannot be read changes nothing. Any
+    /// Has the device list read and published, equal or not; a list that cannot be read changes nothing. Any
     /// thread.
     void refreshDevices();
 
-    /// Reads everything about the chosen device in one pass over one picture of the layer and publishes it,
-    /// equal or not. Any thread.
+    /// Has everything about the chosen device read in one pass over one picture of the layer, and published,
+    /// equal or not. One refresh that waits for its turn is enough: while one does, no other is added. Any
+    /// thread.
     void refreshState();
 
-    /// The first device of the list last read whose UID is exactly `uid`. Any thread.
+    /// The first of the available devices whose UID is exactly `uid`. Main thread.
     std::optional<AudioObjectID> findDeviceByUID(std::string_view uid) const;
 
     /// The state of the judged device; absent when there is none. Main thread.
@@ -100,8 +101,15 @@ class AudioMonitor : public std::enable_shared_from_this<AudioMonitor> {
     using Listeners = std::map<ListenerKey, InstalledListener>;
     using Action = void (AudioMonitor::*)();
 
-    // All of these with refreshing_ held.
-    std::optional<AudioObjectID> listedDevice(std::string_view uid) const;
+    void followPin();
+    void perform(Action action);
+
+    // All of these on the queue.
+    void readAtStart();
+    void readDevices();
+    void readState();
+    void readStateThatIsDue();
+    void readDevicesAndState();
     AudioObjectID chosenDevice(AudioProperties& hardware) const;
     Observation observe(AudioProperties& hardware, AudioObjectID device) const;
     void followDevice(AudioObjectID device, std::optional<AudioObjectID> stream);
@@ -110,10 +118,7 @@ class AudioMonitor : public std::enable_shared_from_this<AudioMonitor> {
     void installSystemListeners();
     void installDeviceListeners(AudioObjectID deviceID, std::optional<AudioObjectID> streamID);
     void uninstall(Listeners& listeners);
-
     void publishState(std::optional<DeviceState> state);
-    void refreshDevicesAndState();
-    void followPin();
 
     Published<std::optional<DeviceState>> state_;
     Published<std::vector<AvailableDevice>> availableDevices_;
@@ -122,7 +127,9 @@ class AudioMonitor : public std::enable_shared_from_this<AudioMonitor> {
     const std::shared_ptr<DevicePin> settings_;
     Cancellable pinSubscription_;
 
-    mutable std::mutex refreshing_;
+    std::atomic<bool> refreshIsDue_ = false;
+
+    // The queue's own.
     std::vector<AvailableDevice> devices_;  // the list last read
     std::optional<std::string> pinnedUID_;  // the setting, which may be read on the main thread only
     Listeners systemListeners_;

@@ -27,8 +27,8 @@ void AudioMonitor::installSystemListeners() {
         Action action;
     };
     static constexpr Watched watched[] = {
-        {kAudioHardwarePropertyDefaultOutputDevice, &AudioMonitor::refreshState},
-        {kAudioHardwarePropertyDevices, &AudioMonitor::refreshDevicesAndState},
+        {kAudioHardwarePropertyDefaultOutputDevice, &AudioMonitor::readState},
+        {kAudioHardwarePropertyDevices, &AudioMonitor::readDevicesAndState},
     };
     for (const Watched& property : watched) {
         installListener(kAudioObjectSystemObject, property.selector, kAudioObjectPropertyScopeGlobal,
@@ -52,7 +52,7 @@ void AudioMonitor::installDeviceListeners(AudioObjectID deviceID, std::optional<
     };
     const auto watch = [this](AudioObjectID object, const Watched& property) {
         installListener(object, property.selector, property.scope, deviceListeners_,
-                        &AudioMonitor::refreshState);
+                        &AudioMonitor::readState);
     };
     for (const Watched& property : onDevice) watch(deviceID, property);
     if (!streamID) return;

@@ -15,7 +15,7 @@ void refresh(benchmark::State& bench) {
     f.start();
     for (auto step : bench) {
         f.monitor->refreshState();
-        f.loop.runPosted();
+        f.settle();
         f.hardware.takeReads();
     }
 }

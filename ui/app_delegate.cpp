@@ -93,6 +93,7 @@ void AppDelegate::startSafetyNetTimer() {
         if (!self) return;
         self->monitor_->refreshState();
         self->nowPlaying_->refresh();
+        self->showPanelAgain();
     });
 }
 
@@ -171,8 +172,16 @@ void AppDelegate::renderPanel() {
     if (panel_->isVisible()) {
         panel_->setContent(panelContent_->body());
     } else {
-        panelContent_->disappear();  // the desktop has hidden it
+        panelContent_->disappear();  // the desktop has hidden it, or has not shown it yet
     }
+}
+
+/// The desktop shows a panel that it has hidden, and one that waited for the program to become active,
+/// without a word: the safety net looks after it.
+void AppDelegate::showPanelAgain() {
+    if (!panel_ || !panel_->isVisible() || panelContent_->isOnScreen()) return;
+    panelContent_->appear();
+    panel_->setContent(panelContent_->body());
 }
 
 void AppDelegate::panelPinnedChanged() {

@@ -67,6 +67,7 @@ class AppDelegate : public std::enable_shared_from_this<AppDelegate> {
     void placePanel();
     void panelContentChanged();
     void renderPanel();
+    void showPanelAgain();
     void installClickOutsideMonitor();
     void removeClickOutsideMonitor();
     StatusButton* statusButton() const;

@@ -55,6 +55,9 @@ class MenubarPanel {
     void appear();
     void disappear();
 
+    /// Whether it has appeared: only then does it tell of changes.
+    bool isOnScreen() const { return !subscriptions_.empty(); }
+
     /// What is to be seen now.
     View body() const;
 

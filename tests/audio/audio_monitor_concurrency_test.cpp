@@ -1,4 +1,4 @@
-// Refreshes from the main thread and from the monitor's queue at once, on real threads. Most of what these
+// Refreshes that the main thread and the layer ask for at once, on real threads. Most of what these
 // tests say, they say under ThreadSanitizer.
 
 #include <gtest/gtest.h>
@@ -66,6 +66,7 @@ TEST(AudioMonitorConcurrency, NotificationsTimerAndPinTogether) {
         const auto& state = f.monitor->state().value();
         return state && state->deviceID == 50;
     }));
+    f.pool.finish();  // refreshes that are under way move the listeners
     EXPECT_EQ(f.hardware.strayRemovals(), 0);
     EXPECT_EQ(f.hardware.listeners().size(), 7U);
 }

@@ -26,6 +26,39 @@ TEST_F(AudioMonitorDevices, NothingIsReadBeforeTheStart) {
     EXPECT_TRUE(monitor->availableDevices().value().empty());
 }
 
+TEST_F(AudioMonitorDevices, TheMainThreadNeverAsksTheLayer) {
+    monitor->start();
+    monitor->refreshDevices();
+    monitor->refreshState();
+    settings->setPinnedDeviceUID("cans-1");
+    EXPECT_TRUE(hardware.takeReads().empty());
+    EXPECT_TRUE(hardware.listeners().empty());
+    queues.run();
+    EXPECT_FALSE(hardware.takeReads().empty());
+    loop.runUntilIdle();
+    EXPECT_TRUE(hardware.takeReads().empty()) << "what was read is only published here";
+    EXPECT_EQ(monitor->state().value()->deviceID, 60U);
+}
+
+TEST_F(AudioMonitorDevices, WhileTheQueueIsHeldUpOneRefreshWaits) {
+    start();
+    states.clear();
+    for (int i = 0; i < 10; ++i) monitor->refreshState();
+    settle();
+    EXPECT_EQ(states.size(), 1U);
+    monitor->refreshState();
+    settle();
+    EXPECT_EQ(states.size(), 2U);
+}
+
+TEST_F(AudioMonitorDevices, ARefreshThatWaitsDoesNotHideANewPin) {
+    start();
+    monitor->refreshState();
+    settings->setPinnedDeviceUID("cans-1");
+    settle();
+    EXPECT_EQ(monitor->state().value()->deviceID, 60U);
+}
+
 TEST_F(AudioMonitorDevices, TheQueueCarriesTheApplicationsLabel) {
     ASSERT_EQ(queues.made().size(), 1U);
     EXPECT_EQ(queues.made()[0]->label(), std::string(applicationIdentifier) + ".purlock.audiomonitor");
@@ -197,6 +230,8 @@ TEST_F(AudioMonitorDevices, APinThatIsFoundSparesTheReadOfTheDefault) {
     start();
     hardware.takeReads();
     settings->setPinnedDeviceUID("cans-1");
+    settle();
+    EXPECT_EQ(monitor->state().value()->deviceID, 60U);
     for (const auto& read : hardware.takeReads()) {
         EXPECT_NE(read.selector, kAudioHardwarePropertyDefaultOutputDevice);
     }

@@ -68,6 +68,12 @@ struct MonitorFixture {
         make();
     }
 
+    /// The system runs what was handed in, also at the end.
+    ~MonitorFixture() { queues.run(); }
+
+    MonitorFixture(const MonitorFixture&) = delete;
+    MonitorFixture& operator=(const MonitorFixture&) = delete;
+
     std::shared_ptr<AudioMonitor> makeMonitor(HardwareUnderTest& itsWay) {
         return std::make_shared<AudioMonitor>(
             AudioMonitorSeams{itsWay.hardware(), usb, bluetooth, applications, operatingSystem, loop,

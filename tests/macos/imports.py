@@ -1,6 +1,7 @@
-"""What the program imports from macOS: compares it with the lists in the tree and writes stubs for the linker.
+"""What the program imports from macOS: compares it with the lists in the tree. apple/stub_sdk.py writes the stubs for the
+linker from them.
 
-imports.py OUT LISTS [--update|''] OBJECT...
+imports.py LISTS [--update|''] OBJECT...
 
 LISTS/symbols.txt holds one symbol a line under the library that has it, in brackets; LISTS/selectors.txt one selector a
 line. The names of the C and C++ libraries are not listed: they change with the compiler, and no fact about macOS is in
@@ -63,19 +64,34 @@ def selectors(objects):
     return {name for name in found if not name.startswith(".cxx") and not name.endswith("_")}
 
 
-def write_stub(path, symbols):
+def write_stub(path, symbols, install_name, reexports=()):
     def quoted(names):
         return ", ".join(f"'{name}'" for name in sorted(names))
 
     classes = {name.split("_$_", 1)[1] for name in symbols if re.match(r"_OBJC_(META)?CLASS_\$_", name)}
     plain = {name for name in symbols if not re.match(r"_OBJC_(META)?CLASS_\$_", name)}
-    lines = ["--- !tapi-tbd", "tbd-version: 4", "targets: [ arm64-macos ]", f"install-name: /stub/{path.stem}",
-             "exports:", "  - targets: [ arm64-macos ]"]
+    lines = ["--- !tapi-tbd", "tbd-version: 4", "targets: [ arm64-macos ]", f"install-name: '{install_name}'"]
+    if reexports:
+        lines += ["reexported-libraries:", "  - targets: [ arm64-macos ]", f"    libraries: [ {quoted(reexports)} ]"]
+    if plain or classes:
+        lines += ["exports:", "  - targets: [ arm64-macos ]"]
     if plain:
         lines.append(f"    symbols: [ {quoted(plain)} ]")
     if classes:
         lines.append(f"    objc-classes: [ {', '.join(sorted(classes))} ]")
+    path.parent.mkdir(parents=True, exist_ok=True)
     path.write_text("\n".join(lines) + "\n...\n")
+
+
+def listed(lists):
+    """The symbols of each library in LISTS/symbols.txt."""
+    found = {}
+    for line in (lists / "symbols.txt").read_text().splitlines():
+        if line.startswith("["):
+            section = line.strip("[]")
+        elif line:
+            found.setdefault(section, set()).add(line)
+    return found
 
 
 def compare(path, wanted, update):
@@ -94,12 +110,10 @@ def compare(path, wanted, update):
 
 
 def main():
-    out, lists, update, objects = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2]), sys.argv[3], sys.argv[4:]
+    lists, update, objects = pathlib.Path(sys.argv[1]), sys.argv[2], sys.argv[3:]
     groups = {}
     for symbol in imported(objects):
         groups.setdefault(library_of(symbol), set()).add(symbol)
-    for old in out.glob("*.tbd"):
-        old.unlink()
     listing = ""
     for name in sorted(groups):
         if name not in UNLISTED:
@@ -108,16 +122,6 @@ def main():
     fine = compare(lists / "symbols.txt", listing.rstrip("\n") + "\n", update == "--update")
     sent = "".join(f"{name}\n" for name in sorted(selectors(objects)))
     fine = compare(lists / "selectors.txt", sent, update == "--update") and fine
-    # The stubs hold what the lists hold, so that the link finds nothing else.
-    listed = {}
-    for line in (lists / "symbols.txt").read_text().splitlines():
-        if line.startswith("["):
-            section = line.strip("[]")
-        elif line:
-            listed.setdefault(section, set()).add(line)
-    listed.update({name: groups.get(name, set()) for name in UNLISTED})
-    for name, symbols in listed.items():
-        write_stub(out / f"{name}.tbd", symbols)
     return 0 if fine else 1
 
 

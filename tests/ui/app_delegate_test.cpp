@@ -307,6 +307,36 @@ TEST(AppDelegate, APanelThatTheDesktopHasHiddenKeepsItsMonitorUntilTheNextClick)
     EXPECT_FALSE(f.desktop.monitorInstalled());
 }
 
+TEST(AppDelegate, APanelThatTheDesktopShowsAgainIsUpToDateAgain) {
+    Fixture f;
+    f.launch();
+    f.desktop.clickStatusItem();
+    f.pass(2s);
+    f.desktop.panelVisible = false;
+    f.pass(1s);
+    const int hidden = f.desktop.contentsSet;
+    f.pass(2s);
+    EXPECT_EQ(f.desktop.contentsSet, hidden) << "nothing is drawn that nobody sees";
+    f.desktop.panelVisible = true;
+    f.pass(800ms);
+    EXPECT_GT(f.desktop.contentsSet, hidden);
+    const int shown = f.desktop.contentsSet;
+    f.pass(5s);
+    EXPECT_GE(f.desktop.contentsSet - shown, 6) << "as one that was never hidden";
+}
+
+TEST(AppDelegate, APanelThatIsNotVisibleAtOnceComesToLife) {
+    Fixture f;
+    f.launch();
+    f.desktop.clickStatusItem();
+    f.desktop.panelVisible = false;  // in front, but the program is not active yet
+    f.settle();
+    f.desktop.panelVisible = true;
+    const int before = f.desktop.contentsSet;
+    f.pass(5s);
+    EXPECT_GE(f.desktop.contentsSet - before, 6);
+}
+
 TEST(AppDelegate, WithoutATokenThePanelStaysOpen) {
     Fixture f;
     f.desktop.givesMonitorToken = false;

@@ -17,9 +17,8 @@ namespace purlock::host_linux {
 
 namespace {
 
-// As many as there are queues whose work may hang: the log's and the snapshot's disk, the monitors'
-// notifications.
-constexpr std::size_t workerThreads = 4;
+// As many as there are queues whose work may hang: the log's and the snapshot's disk.
+constexpr std::size_t workerThreads = 2;
 
 // As many as there are queues for files of other programs: preferences, played files, applications. The disk
 // of any may hang without end, and the program ends all the same.
@@ -96,7 +95,7 @@ void LinuxHost::listenToStarts(std::function<void()> onActivate) {
 
 AppDelegateSeams LinuxHost::seams() {
     return {.mainLoop = mainLoop_,
-            .audio = {hardware_, usb_, bluetooth_, applications_, operatingSystem_, mainLoop_, queues_},
+            .audio = {hardware_, usb_, bluetooth_, applications_, operatingSystem_, mainLoop_, mainQueues_},
             .nowPlaying = {mainLoop_, mainQueues_, operatingSystem_, playerApplications_, players_,
                            notificationCenter_},
             .coordinator = {mainLoop_,

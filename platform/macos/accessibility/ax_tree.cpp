@@ -3,6 +3,8 @@
 #include <ApplicationServices/ApplicationServices.h>
 
 #include <algorithm>
+#include <map>
+#include <string>
 #include <utility>
 
 #include "platform/macos/corefoundation/text.h"
@@ -11,10 +13,7 @@ namespace purlock::host_macos {
 
 namespace {
 
-/// What one walk may still ask.
-struct Patience {
-    std::size_t questions = AXTree::mostQuestions;
-};
+using Patience = AXTree::Patience;
 
 class AXElement final : public AccessibilityElement {
   public:
@@ -25,18 +24,24 @@ class AXElement final : public AccessibilityElement {
     }
 
     std::optional<AttributeValue> copyAttributeValue(std::string_view attribute) override {
-        const Owned<CFTypeRef> value = ask(attribute);
+        if (const auto known = answers_.find(attribute); known != answers_.end()) return known->second;
+        if (!element_ || patience_->questions == 0 || patience_->now() >= patience_->walkEnds)
+            return std::nullopt;
+        return answers_.emplace(attribute, valueOf(ask(attribute))).first->second;
+    }
+
+  private:
+    std::optional<AttributeValue> valueOf(const Owned<CFTypeRef>& value) const {
         if (!value) return std::nullopt;
         if (auto text = textOf(value.get())) return AttributeValue(std::move(*text));
         if (auto elements = elementsOf(value.get())) return AttributeValue(std::move(*elements));
         return AttributeValue(OtherAttributeType{});
     }
 
-  private:
     Owned<CFTypeRef> ask(std::string_view attribute) {
         Owned<CFTypeRef> value;
         const auto name = makeText(attribute);
-        if (!element_ || !name || patience_->questions == 0) return value;
+        if (!name) return value;
         --patience_->questions;
         const AXError error = AXUIElementCopyAttributeValue(element_.get(), name.get(), value.out());
         if (error == kAXErrorCannotComplete) patience_->questions = 0;
@@ -61,6 +66,7 @@ class AXElement final : public AccessibilityElement {
 
     const Owned<AXUIElementRef> element_;
     const std::shared_ptr<Patience> patience_;
+    std::map<std::string, std::optional<AttributeValue>, std::less<>> answers_;  // as long as this is kept
 };
 
 }  // namespace
@@ -70,8 +76,14 @@ bool AXTree::isProcessTrusted() {
 }
 
 std::shared_ptr<AccessibilityElement> AXTree::createApplication(std::int32_t pid) {
-    return std::make_shared<AXElement>(Owned(AXUIElementCreateApplication(pid)),
-                                       std::make_shared<Patience>());
+    const Time now = now_();
+    if (!kept_ || kept_->pid != pid || now - kept_->seen >= keptFor) {
+        const auto patience = std::make_shared<Patience>(Patience{.now = now_, .walkEnds = now + walkLimit});
+        kept_ = {pid, now, patience,
+                 std::make_shared<AXElement>(Owned(AXUIElementCreateApplication(pid)), patience)};
+    }
+    kept_->patience->walkEnds = now + walkLimit;
+    return kept_->top;
 }
 
 void promptForAccessibility() {

@@ -48,7 +48,7 @@ class DrawnStack final : public DrawnContent {
             isRow_ ? NSUserInterfaceLayoutOrientationHorizontal : NSUserInterfaceLayoutOrientationVertical;
         stack_.alignment = isRow_ ? NSLayoutAttributeCenterY : NSLayoutAttributeLeading;
         stack_.distribution = NSStackViewDistributionFill;
-        [stack_ setContentHuggingPriority:soft forOrientation:NSLayoutConstraintOrientationHorizontal];
+        [stack_ setHuggingPriority:soft forOrientation:NSLayoutConstraintOrientationHorizontal];
         show(view);
     }
 
@@ -133,7 +133,6 @@ class DrawnScroll final : public DrawnContent {
         useConstraints(scroll_);
         scroll_.hasVerticalScroller = YES;
         scroll_.drawsBackground = NO;
-        [scroll_ setContentHuggingPriority:yielding forOrientation:NSLayoutConstraintOrientationVertical];
         show(view);
     }
 

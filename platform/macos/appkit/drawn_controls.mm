@@ -22,6 +22,11 @@
     return YES;
 }
 
+/// The face alone says how large it is: the button's own empty title would have a word in it.
+- (NSSize)intrinsicContentSize {
+    return NSSize{NSViewNoIntrinsicMetric, NSViewNoIntrinsicMetric};
+}
+
 @end
 
 namespace purlock::host_macos {
@@ -167,6 +172,7 @@ class DrawnMenu final : public DrawnContent {
     DrawnMenu(const View& view, const OnAction& onAction)
         : target_(targetThatOpens(onAction)), button_(makeButton(target_)), face_(button_, onAction) {
         *place_ = button_;
+        [button_ setAccessibilityRole:NSAccessibilityPopUpButtonRole];
         show(view);
     }
 
@@ -175,6 +181,9 @@ class DrawnMenu final : public DrawnContent {
     void show(const View& next) override {
         *entries_ = std::get<Menu>(next.content).entries;
         [button_ setAccessibilityLabel:makeNSString(wordsOf(next))];
+        // What is chosen stands on the face.
+        [button_ setAccessibilityValue:makeNSString(next.children.empty() ? std::string()
+                                                                          : wordsOf(next.children.front()))];
         face_.fill(next);
     }
 

@@ -1,25 +1,12 @@
 // The elements without children, and what all elements share.
 
+#include <QuartzCore/QuartzCore.h>
+
 #include <algorithm>
 
 #include "platform/macos/appkit/colors.h"
 #include "platform/macos/appkit/drawn_content.h"
 #include "platform/macos/foundation/texts.h"
-
-/// A paragraph that is as high as its text at the width that it is given: a label works that out for the
-/// width that it is told, and is told the one of its last layout.
-@interface PurlockParagraph : NSTextField
-@end
-
-@implementation PurlockParagraph
-
-- (void)layout {
-    [super layout];
-    const CGFloat width = self.frame.size.width;
-    if (self.preferredMaxLayoutWidth != width) self.preferredMaxLayoutWidth = width;
-}
-
-@end
 
 /// A circle or a bar, drawn to its edges.
 @interface PurlockShapeView : NSView
@@ -42,7 +29,10 @@
     }
     const auto* const circle = std::get_if<purlock::Circle>(&content_);
     if (circle == nullptr) return;
-    NSBezierPath* const path = [NSBezierPath bezierPathWithOvalInRect:self.bounds];
+    // A stroke lies on both sides of its line, and nothing is drawn beyond the bounds.
+    const CGFloat margin = circle->stroke ? circle->stroke->width / 2 : 0;
+    NSBezierPath* const path =
+        [NSBezierPath bezierPathWithOvalInRect:NSInsetRect(self.bounds, margin, margin)];
     if (circle->fill) {
         [purlock::host_macos::colorOf(*circle->fill) setFill];
         [path fill];
@@ -116,12 +106,16 @@ class DrawnText final : public DrawnContent {
   private:
     static NSTextField* makeField(const Text& text) {
         if (text.lines == Lines::asNeeded) {
-            NSTextField* const paragraph = [PurlockParagraph wrappingLabelWithString:@""];
+            // As high as its text at the width that it is given: AppKit sees to that, as long as no width is
+            // named.
+            NSTextField* const paragraph = [NSTextField wrappingLabelWithString:@""];
             paragraph.lineBreakMode = NSLineBreakByWordWrapping;
             return paragraph;
         }
         NSTextField* const line = [NSTextField labelWithString:@""];
         line.lineBreakMode = NSLineBreakByTruncatingTail;
+        line.usesSingleLineMode = YES;  // a line feed in a title begins no second line
+        line.maximumNumberOfLines = 1;
         return line;
     }
 
@@ -161,6 +155,9 @@ class DrawnShape final : public DrawnContent {
     void show(const View& next) override {
         if (![view_ isKindOfClass:[PurlockShapeView class]]) return;
         [static_cast<PurlockShapeView*>(view_) setContent:next.content];
+        // A drawn view is nothing to a screen reader unless it says so.
+        [view_ setAccessibilityElement:!next.label.empty()];
+        [view_ setAccessibilityRole:NSAccessibilityImageRole];
         if (const auto* const circle = std::get_if<Circle>(&next.content)) showOpacity(*circle);
     }
 

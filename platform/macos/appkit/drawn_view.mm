@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/verdict.h"
 #include "platform/macos/appkit/colors.h"
 #include "platform/macos/appkit/drawn_content.h"
 #include "platform/macos/foundation/texts.h"
@@ -37,11 +38,6 @@
 namespace purlock::host_macos {
 
 namespace {
-
-template <typename... Functions>
-struct Overloaded : Functions... {
-    using Functions::operator()...;
-};
 
 std::unique_ptr<DrawnContent> drawn(const View& view, const OnAction& onAction) {
     return std::visit(Overloaded{

@@ -5,10 +5,11 @@
 #include <utility>
 
 #include "platform/macos/appkit/drawn_view.h"
+#include "platform/macos/appkit/main_menu.h"
 
 /// A panel without a title bar says of itself that it cannot become the key window, and makeKeyAndOrderFront:
 /// then only shows it: the keyboard and the Escape key would go elsewhere. So this class says that it can.
-@interface PurlockPanel : NSPanel
+@interface PurlockPanel : NSPanel <PurlockClosing>
 - (void)setOnCancel:(std::function<void()>)onCancel;
 @end
 
@@ -25,6 +26,11 @@
 }
 
 - (void)cancelOperation:(id)sender {
+    if (onCancel_) onCancel_();
+}
+
+/// The menu's Close: a window without a close control refuses performClose:.
+- (void)closePanel:(id)sender {
     if (onCancel_) onCancel_();
 }
 
@@ -61,6 +67,7 @@ PurlockPanel* makeWindow(const PanelStyle& style) {
                                         styleMask:static_cast<NSWindowStyleMask>(style.styleMask)
                                           backing:static_cast<NSBackingStoreType>(style.backing)
                                             defer:style.defersCreation];
+    panel.title = @"Purlock";  // not shown; a screen reader says it
     [panel setTitlebarAppearsTransparent:style.titlebarAppearsTransparent];
     [panel setTitleVisibility:style.titleHidden ? NSWindowTitleHidden : NSWindowTitleVisible];
     [panel setMovableByWindowBackground:style.movableByWindowBackground];

@@ -2,6 +2,7 @@
 
 #include <AppKit/AppKit.h>
 
+#include <optional>
 #include <utility>
 
 #include "platform/macos/appkit/action_target.h"
@@ -14,9 +15,12 @@ namespace {
 
 class ItemButton final : public StatusButton {
   public:
-    explicit ItemButton(NSStatusBarButton* button) : button_(button) {}
+    explicit ItemButton(NSStatusBarButton* button) : button_(button) {
+        [button setAccessibilityLabel:@"Purlock"];
+    }
 
     void setImage(const SymbolImage& symbol) override {
+        if (std::exchange(symbol_, symbol) == symbol) return;  // setting an image draws the bar anew
         NSImage* const image = symbolNamed(symbol.name, makeNSString(symbol.accessibilityDescription),
                                            symbol.pointSize, symbol.weight);
         // Set either way: a symbol is a template unless it is told otherwise.
@@ -30,7 +34,12 @@ class ItemButton final : public StatusButton {
         button_.action = @selector(performAction:);
     }
 
-    void setToolTip(const std::string& text) override { button_.toolTip = makeNSString(text); }
+    void setToolTip(const std::string& text) override {
+        // A tool tip that is set anew begins its wait anew: set every 0.8 s, it would never show.
+        if (std::exchange(toolTip_, text) == text) return;
+        button_.toolTip = makeNSString(text);
+        [button_ setAccessibilityLabel:makeNSString(text)];
+    }
 
     Rect windowFrame() const override {
         NSWindow* const window = button_.window;
@@ -42,6 +51,8 @@ class ItemButton final : public StatusButton {
   private:
     NSStatusBarButton* const button_;
     PurlockActionTarget* target_ = nil;
+    std::optional<SymbolImage> symbol_;  // as last set
+    std::optional<std::string> toolTip_;
 };
 
 class BarItem final : public StatusItem {

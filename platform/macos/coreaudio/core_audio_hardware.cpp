@@ -7,6 +7,7 @@
 
 #include "platform/macos/coreaudio/owned_block.h"
 #include "platform/macos/corefoundation/text.h"
+#include "platform/macos/dispatch/autorelease_pool.h"
 #include "platform/macos/dispatch/native_queue.h"
 
 namespace purlock::host_macos {
@@ -31,6 +32,7 @@ class CoreAudioHardware::InstalledListener {
           listener_(listener),
           // The block's own copy of `listener`: a reference would be captured as such.
           block_(^(UInt32 /*count*/, const AudioObjectPropertyAddress* /*addresses*/) {
+            const AutoreleasePool pool;
             (*listener)();
           }) {}
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/fatal.h"
+#include "platform/macos/dispatch/autorelease_pool.h"
 #include "platform/macos/dispatch/native_queue.h"
 
 namespace purlock::host_macos {
@@ -17,6 +18,7 @@ void* packed(Task task) {
 }
 
 void runPacked(void* context) {
+    const AutoreleasePool pool;
     const std::unique_ptr<Task> task(static_cast<Task*>(context));
     (*task)();
 }

@@ -3,9 +3,11 @@
 #include <CoreFoundation/CoreFoundation.h>
 #include <dispatch/dispatch.h>
 
+#include <atomic>
 #include <utility>
 
 #include "platform/macos/corefoundation/text.h"
+#include "platform/macos/dispatch/autorelease_pool.h"
 #include "platform/macos/dispatch/native_queue.h"
 #include "platform/macos/nowplaying/information.h"
 
@@ -20,17 +22,46 @@ using NativeGetPID = void (*)(dispatch_queue_t queue, void (^block)(int pid));
 
 using Bundle = std::shared_ptr<const Owned<CFBundleRef>>;
 
+/// How many questions wait for their answers. A service that hangs would collect one every 0.8 s, with its
+/// block, for as long as it hangs. Asked on the main thread, answered on any.
+class OpenQuestions {
+  public:
+    explicit OpenQuestions(MediaRemoteLoader::Now now) : now_(std::move(now)) {}
+
+    /// Whether one more may be asked; it counts then.
+    bool mayAsk() {
+        const auto now = now_();
+        if (now - lastAsked_ >= MediaRemoteLoader::patience) open_ = 0;  // they will not be answered any more
+        if (open_ >= MediaRemoteLoader::mostQuestions) return false;
+        lastAsked_ = now;
+        ++open_;
+        return true;
+    }
+    void answered() {
+        if (open_ > 0) --open_;
+    }
+
+  private:
+    const MediaRemoteLoader::Now now_;
+    std::atomic<int> open_ = 0;
+    std::chrono::steady_clock::time_point lastAsked_;
+};
+
 /// Each function keeps the bundle: releasing it could unload the function's code.
 class MediaRemote final : public NowPlayingFramework {
   public:
-    explicit MediaRemote(Owned<CFBundleRef> bundle)
-        : bundle_(std::make_shared<const Owned<CFBundleRef>>(std::move(bundle))) {}
+    MediaRemote(Owned<CFBundleRef> bundle, MediaRemoteLoader::Now now)
+        : bundle_(std::make_shared<const Owned<CFBundleRef>>(std::move(bundle))), now_(std::move(now)) {}
 
     GetInfoFunction getInfoFunctionForName(std::string_view name) override {
         const auto function = reinterpret_cast<NativeGetInfo>(find(name));
         if (function == nullptr) return {};
-        return [bundle = bundle_, function](const Queue& queue, InfoBlock block) {
+        const auto questions = std::make_shared<OpenQuestions>(now_);
+        return [bundle = bundle_, function, questions](const Queue& queue, InfoBlock block) {
+            if (!questions->mayAsk()) return;
             function(nativeQueue(*queue), ^(CFDictionaryRef information) {
+              const AutoreleasePool pool;
+              questions->answered();
               block(dictionaryOf(information));
             });
         };
@@ -47,6 +78,7 @@ class MediaRemote final : public NowPlayingFramework {
         if (function == nullptr) return {};
         return [bundle = bundle_, function](const Queue& queue, PIDBlock block) {
             function(nativeQueue(*queue), ^(int pid) {
+              const AutoreleasePool pool;
               block(pid);
             });
         };
@@ -59,6 +91,7 @@ class MediaRemote final : public NowPlayingFramework {
     }
 
     const Bundle bundle_;
+    const MediaRemoteLoader::Now now_;
 };
 
 }  // namespace
@@ -72,7 +105,7 @@ std::shared_ptr<NowPlayingFramework> MediaRemoteLoader::openNowPlayingFramework(
     // Whether the file is there says nothing: the system keeps its frameworks' code in one common cache.
     Owned bundle(CFBundleCreate(kCFAllocatorDefault, url.get()));
     if (!bundle) return nullptr;
-    return std::make_shared<MediaRemote>(std::move(bundle));
+    return std::make_shared<MediaRemote>(std::move(bundle), now_);
 }
 
 }  // namespace purlock::host_macos

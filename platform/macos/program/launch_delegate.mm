@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "platform/macos/appkit/main_menu.h"
 #include "platform/macos/program/macos_host.h"
 
 @implementation PurlockLaunchDelegate {
@@ -10,10 +11,16 @@
 }
 
 - (void)applicationDidFinishLaunching:(NSNotification*)notification {
+    purlock::host_macos::installMainMenu();
     host_ = std::make_unique<purlock::host_macos::MacHost>();
     host_->provideSharedServices();
     shell_ = std::make_shared<purlock::AppDelegate>(host_->seams());
     shell_->applicationDidFinishLaunching();
+}
+
+/// There is no window to be restored; the system logs a complaint where this is not answered.
+- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)app {
+    return YES;
 }
 
 @end

@@ -1,8 +1,14 @@
 #include "platform/macos/program/macos_host.h"
 
+#include <string>
+
 #include "platform/macos/storage/standard_user_defaults.h"
 
 namespace purlock::host_macos {
+
+MacHost::MacHost()
+    : activity_("Watching the audio output"),
+      preferences_(queues_.makeSerialQueue(std::string(applicationIdentifier) + ".purlock.preferences")) {}
 
 void MacHost::provideSharedServices() {
     SettingsStore::shared.provide(
@@ -21,7 +27,7 @@ AppDelegateSeams MacHost::seams() {
         .coordinator = {mainLoop_,
                         clock_,
                         {hardware_, applications_, operatingSystem_},
-                        {fileSystem_, propertyLists_, applications_, accessibility_}},
+                        {preferences_, preferences_, applications_, accessibility_}},
         .windows = {application_, statusBar_, panels_, events_, workspace_, accessibilityPrompt_}};
 }
 

@@ -12,7 +12,7 @@
 #include "platform/macos/iokit/io_registry_usb.h"
 #include "platform/macos/nowplaying/default_notification_center.h"
 #include "platform/macos/nowplaying/media_remote.h"
-#include "platform/macos/propertylist/property_list_file.h"
+#include "platform/macos/propertylist/preference_files.h"
 #include "platform/macos/runloop/main_run_loop.h"
 #include "platform/macos/storage/foundation_files.h"
 #include "platform/macos/system/process_info.h"
@@ -23,7 +23,7 @@ namespace purlock::host_macos {
 /// Every service of the macOS host. Made by the main function, on the main thread; outlives the shell.
 class MacHost {
   public:
-    MacHost() = default;
+    MacHost();
     MacHost(const MacHost&) = delete;
     MacHost& operator=(const MacHost&) = delete;
 
@@ -34,13 +34,13 @@ class MacHost {
     AppDelegateSeams seams();
 
   private:
+    Activity activity_;
     MainRunLoop mainLoop_;
     SystemClock clock_;
     ProcessInfo operatingSystem_;
     FoundationFiles files_;
-    FoundationFileSystem fileSystem_;
-    PropertyListFile propertyLists_;
     DispatchQueues queues_;
+    PreferenceFiles preferences_;
     DefaultNotificationCenter notificationCenter_;
     MediaRemoteLoader frameworks_;
     AXTree accessibility_;

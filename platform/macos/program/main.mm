@@ -9,4 +9,5 @@ int main() {
         application.delegate = delegate;
         [application run];
     }
+    return 0;
 }

@@ -23,7 +23,9 @@ class RepeatingTimer {
         timer_ = [NSTimer timerWithTimeInterval:Seconds(interval).count()
                                         repeats:YES
                                           block:^(NSTimer* /*timer*/) {
-                                            if (const auto kept = weak.lock()) (*kept)();
+                                            @autoreleasepool {
+                                                if (const auto kept = weak.lock()) (*kept)();
+                                            }
                                           }];
         [NSRunLoop.mainRunLoop addTimer:timer_ forMode:NSRunLoopCommonModes];
     }

@@ -2,6 +2,8 @@
 
 #include <Foundation/Foundation.h>
 
+#include "platform/macos/foundation/texts.h"
+
 namespace purlock::host_macos {
 
 OperatingSystemVersion ProcessInfo::version() const {
@@ -10,6 +12,24 @@ OperatingSystemVersion ProcessInfo::version() const {
         return {.major = static_cast<int>(version.majorVersion),
                 .minor = static_cast<int>(version.minorVersion),
                 .patch = static_cast<int>(version.patchVersion)};
+    }
+}
+
+struct Activity::Token {
+    id<NSObject> activity;
+};
+
+Activity::Activity(const char* reason) : token_(std::make_unique<Token>()) {
+    @autoreleasepool {
+        token_->activity =
+            [NSProcessInfo.processInfo beginActivityWithOptions:NSActivityUserInitiatedAllowingIdleSystemSleep
+                                                         reason:makeNSString(reason)];
+    }
+}
+
+Activity::~Activity() {
+    @autoreleasepool {
+        [NSProcessInfo.processInfo endActivity:token_->activity];
     }
 }
 

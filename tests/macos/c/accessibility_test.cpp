@@ -24,7 +24,8 @@ Element parent(std::vector<Element> children) {
 
 /// What the scraper finds in a window of this shape.
 struct Walk : test::NoLeak {
-    AXTree tree;
+    AXTree::Time time;  // stands still unless a test moves it
+    AXTree tree{[this] { return time; }};
     test::FakeRunningApplications applications;
 
     std::optional<std::string> over(simulated::Accessibility& /*window*/) {
@@ -36,6 +37,7 @@ struct Walk : test::NoLeak {
 TEST_F(Walk, FindsABadgeWhereverItStands) {
     for (const char* const attribute : {"AXValue", "AXTitle", "AXDescription", "AXHelp"}) {
         SCOPED_TRACE(attribute);
+        time += AXTree::keptFor;
         simulated::Accessibility window(
             parent({text("AXTitle", "Queue"), parent({text(attribute, " HI-RES\n")})}));
         EXPECT_EQ(over(window), "HI-RES");
@@ -65,7 +67,9 @@ TEST_F(Walk, WhatIsNoTextAndNoArrayOfElementsIsPassedOver) {
     for (const ValueRow& row : rows) {
         SCOPED_TRACE(row.name);
         simulated::Accessibility window(row.element);
+        time += AXTree::keptFor;
         EXPECT_EQ(over(window), std::nullopt);
+        EXPECT_GE(window.questions, 5U);
     }
 }
 
@@ -75,6 +79,48 @@ TEST_F(Walk, AnApplicationThatDoesNotAnswerIsAskedOnce) {
     simulated::Accessibility window(parent({hung, text("AXValue", "LOSSLESS")}));
     EXPECT_EQ(over(window), std::nullopt);
     EXPECT_EQ(window.questions, 6U) << "five of the window, one of the element that hangs";
+    time += std::chrono::milliseconds(4999);
+    EXPECT_EQ(over(window), std::nullopt);
+    EXPECT_EQ(window.questions, 6U) << "nor in the walks of the next seconds";
+    time += std::chrono::milliseconds(1);
+    EXPECT_EQ(over(window), std::nullopt);
+    EXPECT_EQ(window.questions, 12U);
+}
+
+TEST_F(Walk, NoAnswerIsWaitedForLongerThanATenthOfASecond) {
+    simulated::Accessibility window(parent({text("AXTitle", "Queue")}));
+    over(window);
+    EXPECT_GT(window.longestLimit, 0.01F);
+    EXPECT_LE(window.longestLimit, 0.1F);
+}
+
+/// Twenty thousand questions to an application that takes 0.2 ms for each: four seconds in all.
+TEST_F(Walk, ASlowApplicationIsAskedALittleAtATime) {
+    std::vector<Element> rows(3000);
+    rows.push_back(text("AXValue", "LOSSLESS"));
+    simulated::Accessibility window(parent(rows));
+    window.onQuestion = [this] { time += std::chrono::microseconds(200); };
+    std::optional<std::string> badge;
+    int walks = 0;
+    for (; !badge && walks < 50; ++walks) {
+        const auto before = time;
+        badge = over(window);
+        EXPECT_LE(time - before, std::chrono::milliseconds(101));
+    }
+    EXPECT_EQ(badge, "LOSSLESS") << "each walk goes on where the last one ended";
+    EXPECT_LE(walks, 32);
+    EXPECT_LE(window.questions, 15010U) << "no question is asked twice";
+}
+
+TEST_F(Walk, ABadgeIsSeenAgainAfterSomeSeconds) {
+    const auto found = [this](const char* badge) {
+        simulated::Accessibility window(text("AXValue", badge));
+        return over(window);
+    };
+    EXPECT_EQ(found("LOSSLESS"), "LOSSLESS");
+    EXPECT_EQ(found("HI-RES"), "LOSSLESS");
+    time += std::chrono::seconds(5);
+    EXPECT_EQ(found("HI-RES"), "HI-RES");
 }
 
 TEST_F(Walk, AnEndlessWindowIsGivenUp) {

@@ -52,6 +52,19 @@ TEST_F(Dispatch, TheMainQueueNowAndLater) {
     EXPECT_EQ(order, (std::vector{1, 2}));
 }
 
+TEST_F(Dispatch, EachPieceOfWorkHasAPoolOfItsOwn) {
+    std::vector<int> pools;
+    const auto note = [&pools] { pools.push_back(simulated::openPools()); };
+    const auto queue = DispatchQueues().makeSerialQueue("q");
+    queue->async(note);
+    queues.run();
+    dispatchToMain(note);
+    dispatchToMainAfter(milliseconds(1), note);
+    loop.advance(milliseconds(1));
+    EXPECT_EQ(pools, (std::vector{1, 1, 1}));
+    EXPECT_EQ(simulated::openPools(), 0);
+}
+
 TEST_F(Dispatch, AQueueOfAnotherMakeStopsTheProcess) {
     const test::ManualSerialQueue foreign("q");
     EXPECT_DEATH(nativeQueue(foreign), "a queue that the system does not know");

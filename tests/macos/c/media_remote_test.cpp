@@ -91,6 +91,41 @@ TEST_F(MediaRemote, AnswersComeOnTheQueueWithoutTheFrameworkObject) {
     EXPECT_EQ(pid, 1234);
 }
 
+int asked = 0;
+
+void neverAnswer(dispatch_queue_t /*queue*/, void (^/*block*/)(CFDictionaryRef information)) {
+    ++asked;
+}
+
+TEST_F(MediaRemote, AServiceThatHangsIsNotAskedWithoutEnd) {
+    const simulated::Bundles hung{path,
+                                  {{"MRMediaRemoteGetNowPlayingInfo", reinterpret_cast<void*>(neverAnswer)}}};
+    std::chrono::steady_clock::time_point time;
+    MediaRemoteLoader patient([&time] { return time; });
+    const auto getInfo =
+        patient.openNowPlayingFramework(path)->getInfoFunctionForName("MRMediaRemoteGetNowPlayingInfo");
+    asked = 0;
+    for (int i = 0; i < 100; ++i) {
+        time += std::chrono::milliseconds(500);
+        getInfo(queue, [](const NowPlayingDictionary&) {});
+    }
+    EXPECT_EQ(asked, 8);
+    time += std::chrono::seconds(60);
+    getInfo(queue, [](const NowPlayingDictionary&) {});
+    EXPECT_EQ(asked, 9) << "it may be well again";
+}
+
+TEST_F(MediaRemote, OneThatAnswersIsAskedEachTime) {
+    const auto getInfo =
+        loader.openNowPlayingFramework(path)->getInfoFunctionForName("MRMediaRemoteGetNowPlayingInfo");
+    int answers = 0;
+    for (int i = 0; i < 100; ++i) {
+        getInfo(queue, [&answers](const NowPlayingDictionary&) { ++answers; });
+        queues.run();
+    }
+    EXPECT_EQ(answers, 100);
+}
+
 TEST_F(MediaRemote, ValuesOfEveryKind) {
     const Owned information(simulated::makeDictionary({
         {"text", simulated::makeString("x")},

@@ -1,5 +1,7 @@
 // Files and property lists over stand-ins of Foundation, in a folder of the test's own.
 
+#include "platform/macos/dispatch/dispatch_queue.h"
+#include "platform/macos/propertylist/preference_files.h"
 #include "platform/macos/propertylist/property_list_file.h"
 #include "platform/macos/storage/foundation_files.h"
 #include "tests/macos/objc/mac_fixture.h"
@@ -59,6 +61,81 @@ TEST_F(MacFiles, NewFilesAreWrittenAsTheyAreAndReplacedInOneStep) {
     EXPECT_EQ(world.takeCalls(),
               (std::vector<std::string>{"writeToURL:atomically: 0", "writeToURL:atomically: 1"}));
     EXPECT_FALSE(files.createFile(in("missing") / "state", "x"));
+}
+
+TEST_F(MacFiles, NothingIsLeftToTheCallersPool) {
+    write("log", "one\n");
+    write("list.plist", "bytes");
+    world.propertyLists[in("list.plist")] = {{"text", "HIGH"}};
+    const std::size_t before = runtime::autoreleased();
+    files.replaceFile(in("state"), "x");
+    EXPECT_EQ(runtime::autoreleased(), before) << "replaceFile";
+    files.createFile(in("new"), "x");
+    EXPECT_EQ(runtime::autoreleased(), before) << "createFile";
+    files.appendToFile(in("log"), "two\n");
+    EXPECT_EQ(runtime::autoreleased(), before) << "appendToFile";
+    files.createDirectory(in("folder"));
+    EXPECT_EQ(runtime::autoreleased(), before) << "createDirectory";
+    files.fileExists(in("log"));
+    EXPECT_EQ(runtime::autoreleased(), before) << "fileExists";
+    files.applicationSupportDirectory();
+    EXPECT_EQ(runtime::autoreleased(), before) << "applicationSupportDirectory";
+    PropertyListFile().dictionaryWithContentsOfFile(in("list.plist"));
+    EXPECT_EQ(runtime::autoreleased(), before) << "dictionaryWithContentsOfFile";
+}
+
+struct MacPreferences : MacFiles {
+    std::chrono::steady_clock::time_point time;
+    bool isRefused = false;
+    PreferenceFiles preferences{DispatchQueues().makeSerialQueue("preferences"), [this] { return time; },
+                                [this](const std::string&) { return isRefused; }};
+
+    std::optional<PropertyListDictionary> asked(const char* name) {
+        return preferences.dictionaryWithContentsOfFile(in(name));
+    }
+};
+
+TEST_F(MacPreferences, AreReadOnTheQueueAndAnsweredFromMemory) {
+    write("list.plist", "bytes");
+    world.propertyLists[in("list.plist")] = {{"text", "HIGH"}};
+    EXPECT_FALSE(preferences.fileExistsAtPath(in("list.plist")));
+    EXPECT_EQ(asked("list.plist"), std::nullopt) << "nothing is known yet";
+    settle();
+    EXPECT_TRUE(preferences.fileExistsAtPath(in("list.plist")));
+    EXPECT_EQ(std::get<std::string>(asked("list.plist")->at("text")), "HIGH");
+    world.propertyLists[in("list.plist")] = {{"text", "LOSSLESS"}};
+    asked("list.plist");
+    settle();
+    EXPECT_EQ(std::get<std::string>(asked("list.plist")->at("text")), "HIGH") << "for some seconds";
+    time += PreferenceFiles::keptFor;
+    asked("list.plist");
+    settle();
+    EXPECT_EQ(std::get<std::string>(asked("list.plist")->at("text")), "LOSSLESS");
+    std::filesystem::remove(in("list.plist"));
+    time += PreferenceFiles::keptFor;
+    asked("list.plist");
+    settle();
+    EXPECT_FALSE(preferences.fileExistsAtPath(in("list.plist")));
+}
+
+TEST_F(MacPreferences, OnlyARefusalCountsAsOne) {
+    write("list.plist", "bytes");
+    EXPECT_FALSE(PreferenceFiles::isRefused(in("list.plist")));
+    EXPECT_FALSE(PreferenceFiles::isRefused(in("missing.plist")));
+}
+
+TEST_F(MacPreferences, ARefusalIsRemembered) {
+    write("list.plist", "bytes");
+    world.propertyLists[in("list.plist")] = {{"text", "HIGH"}};
+    isRefused = true;
+    asked("list.plist");
+    settle();
+    EXPECT_EQ(asked("list.plist"), std::nullopt);
+    isRefused = false;
+    time += std::chrono::hours(1);
+    asked("list.plist");
+    settle();
+    EXPECT_EQ(asked("list.plist"), std::nullopt) << "asking again would ask the user again";
 }
 
 TEST_F(MacFiles, TheHomeFolder) {

@@ -70,6 +70,7 @@ struct MacShell : test::MacFixture {
     /// Everything that the program made ends, as nothing of it does when the real one is terminated.
     void quit() {
         @autoreleasepool {
+            NSApplication.sharedApplication.mainMenu = nil;
             delegate = nil;
             settle();
             StateLogger::shared.provide({});
@@ -135,10 +136,49 @@ TEST_F(MacShell, TheLaunchGoesInOrder) {
     EXPECT_EQ(hardware.listeners().size(), 7U);
 }
 
+TEST_F(MacShell, TheProgramKeepsItselfAwake) {
+    EXPECT_EQ(world.activities, 0);
+    launch();
+    EXPECT_EQ(world.activities, 1);
+    quit();
+    EXPECT_EQ(world.activities, 0);
+}
+
+TEST_F(MacShell, TheKeysOfTheMenu) {
+    launch();
+    NSMenu* const menu = NSApplication.sharedApplication.mainMenu;
+    EXPECT_EQ(keysOf(menu), (Lines{"Close w closePanel:", "Quit Purlock q terminate:"}));
+    clickItem();
+    pressKey(menu, "w", {panel(), NSApplication.sharedApplication});
+    EXPECT_FALSE(panel().isVisible);
+    world.takeCalls();
+    pressKey(menu, "q", {panel(), NSApplication.sharedApplication});
+    EXPECT_EQ(world.takeCalls(), Lines{"terminate:"});
+}
+
+TEST_F(MacShell, NothingOfTheStatusItemIsSetAnewWhileItStays) {
+    launch();
+    NSImage* const image = item().image;
+    NSString* const toolTip = item().toolTip;
+    pass(2400ms);
+    EXPECT_EQ(item().image, image);
+    EXPECT_EQ(item().toolTip, toolTip);
+    EXPECT_EQ(accessibilityOf(item()).label, "Purlock — Bit-perfect");
+}
+
+TEST_F(MacShell, WhatATickAutoreleasesIsGoneAfterIt) {
+    launch();
+    clickItem();
+    const std::size_t before = runtime::autoreleased();
+    pass(2400ms);
+    EXPECT_EQ(runtime::autoreleased(), before);
+}
+
 TEST_F(MacShell, ThePanelIsAsItIsToBe) {
     launch();
     NSPanel* const window = panel();
     EXPECT_FALSE(window.isVisible);
+    EXPECT_EQ(utf8(window.title), "Purlock");
     EXPECT_TRUE(window.titlebarAppearsTransparent);
     EXPECT_EQ(window.titleVisibility, NSWindowTitleHidden);
     EXPECT_FALSE(window.isMovableByWindowBackground);
@@ -343,6 +383,11 @@ TEST_F(MacShell, TheButtonsOfThePanel) {
     EXPECT_EQ(
         world.takeCalls(),
         Lines{"openURL: " + (folder.path() / "Library/Application Support/Purlock/log.jsonl").native()});
+    world.opensNothing = true;
+    click(control("Show log"));
+    EXPECT_EQ(
+        world.takeCalls().back(),
+        "select in Finder: " + (folder.path() / "Library/Application Support/Purlock/log.jsonl").native());
     click(control("Quit"));
     EXPECT_EQ(world.takeCalls(), Lines{"terminate:"});
     const auto buttons = viewsOfClass(panel().contentView, [NSButton class]);
@@ -378,6 +423,33 @@ TEST_F(MacShell, ANotificationOfTheHalIsSeenInThePanel) {
     EXPECT_NE(written("log.jsonl").find("\"verdict\":\"resampling\""), std::string::npos);
     pass(80ms);
     EXPECT_TRUE(contains(textsOfPanel(), "macOS is resampling"));
+}
+
+/// What stands in the panel two ticks after the device has become a resampling one.
+struct MacShellInTheBackground : MacShell {
+    bool showsResampling() {
+        hardware.setFormat(51, kAudioStreamPropertyPhysicalFormat, test::integerStream(96000, 24));
+        pass(1700ms);
+        return contains(textsOfPanel(), "macOS is resampling");
+    }
+};
+
+TEST_F(MacShellInTheBackground, APanelThatIsNotVisibleAtOnceComesToLife) {
+    launch();
+    world.isActive = false;  // the activation takes its time
+    clickItem();
+    world.isActive = true;
+    EXPECT_TRUE(showsResampling());
+}
+
+TEST_F(MacShellInTheBackground, APanelThatTheSystemShowsAgainIsUpToDate) {
+    launch();
+    clickItem();
+    pass(1s);
+    world.isActive = false;
+    pass(2s);
+    world.isActive = true;
+    EXPECT_TRUE(showsResampling());
 }
 
 TEST_F(MacShell, WhatIsStillUnderWayAtTheEndFindsNobody) {

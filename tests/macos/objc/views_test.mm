@@ -41,14 +41,45 @@ TEST_F(MacViews, ALineOfText) {
     EXPECT_FALSE(field.isSelectable);
 }
 
-TEST_F(MacViews, AParagraphIsToldTheWidthOfItsLayout) {
+TEST_F(MacViews, AParagraphIsNeverToldAWidth) {
     const DrawnView drawn(paragraph("long", {11}, white()), perform);
     auto* const field = only<NSTextField>(drawn, [NSTextField class]);
     EXPECT_EQ(field.lineBreakMode, NSLineBreakByWordWrapping);
     EXPECT_FALSE(field.isSelectable);
-    field.frame = NSMakeRect(0, 0, 300, 20);
-    [field layout];
-    EXPECT_EQ(field.preferredMaxLayoutWidth, 300);
+    EXPECT_EQ(field.preferredMaxLayoutWidth, 0) << "else it would stay as narrow as it once was";
+    EXPECT_EQ(field.maximumNumberOfLines, 0);
+    EXPECT_FALSE(field.usesSingleLineMode);
+}
+
+TEST_F(MacViews, ALineStaysOne) {
+    const DrawnView drawn(line("a title\nwith a line feed", {12}, white()), perform);
+    auto* const field = only<NSTextField>(drawn, [NSTextField class]);
+    EXPECT_TRUE(field.usesSingleLineMode);
+    EXPECT_EQ(field.maximumNumberOfLines, 1);
+}
+
+TEST_F(MacViews, ATextGivesWayInItsWidthAlone) {
+    const DrawnView drawn(line("x", {12}, white()), perform);
+    EXPECT_EQ(prioritiesOf(only<NSTextField>(drawn, [NSTextField class])),
+              (Lines{"hugging horizontal 750", "hugging vertical 750", "resistance horizontal 200"}));
+}
+
+TEST_F(MacViews, AStackHugsInItsOwnWayAndAScrollNotAtAll) {
+    const DrawnView stack(row(0, {line("x", {12}, white())}), perform);
+    EXPECT_EQ(prioritiesOf(subviewsOf(stack.view()).front()), Lines{"stack hugging horizontal 200"});
+    const DrawnView scroll(container(Scroll{}, {column(0, {})}), perform);
+    EXPECT_TRUE(prioritiesOf(subviewsOf(scroll.view()).front()).empty());
+    for (const std::string& call : world.takeCalls()) EXPECT_NE(call, "hugging of no effect");
+}
+
+TEST_F(MacViews, WhatIsDrawnAndHasWordsSaysThem) {
+    View dot = element(Circle{6, accentRed, {}, 1, {}});
+    const DrawnView ornament(dot, perform);
+    EXPECT_FALSE(accessibilityOf(subviewsOf(ornament.view()).front()).isElement);
+    dot.label = "High severity";
+    const DrawnView drawn(dot, perform);
+    EXPECT_EQ(accessibilityOf(subviewsOf(drawn.view()).front()),
+              (AccessibilityFacts{true, "High severity", "AXImage", ""}));
 }
 
 TEST_F(MacViews, FontWeights) {
@@ -74,7 +105,7 @@ TEST_F(MacViews, ACircleIsDrawnAndFadesOnlyWhenItChanges) {
     EXPECT_EQ(shape.alphaValue, 0.35);
     EXPECT_EQ(takeConstraints()[0], "width = 6");
     [shape drawRect:shape.bounds];
-    EXPECT_EQ(world.takeCalls(), (Lines{"oval", "setFill", "fill", "setStroke", "stroke 1.5"}));
+    EXPECT_EQ(world.takeCalls(), (Lines{"oval 0.75 -1.5", "setFill", "fill", "setStroke", "stroke 1.5"}));
     std::get<Circle>(dot.content).opacity = 0.95;
     drawn.show(dot);
     EXPECT_EQ(shape.alphaValue, 0.95);
@@ -94,6 +125,33 @@ TEST_F(MacViews, PaddingBackgroundHelpAndFrame) {
     world.takeCalls();
     [drawn.view() drawRect:drawn.view().bounds];
     EXPECT_EQ(world.takeCalls(), (Lines{"setFill", "rounded rectangle 6", "fill"}));
+}
+
+const ConstraintFacts* constraintOn(const std::vector<ConstraintFacts>& all, const std::string& attribute) {
+    const auto found = std::ranges::find(all, attribute, &ConstraintFacts::firstAttribute);
+    return found == all.end() ? nullptr : &*found;
+}
+
+TEST_F(MacViews, ThePaddingLiesInside) {
+    const DrawnView drawn(onCard(line("x", {12}, white()), {6, 10}, 0.08), perform);
+    NSView* const outer = drawn.view();
+    NSView* const inner = subviewsOf(outer).front();
+    const auto all = constraintsBetween(outer, inner);
+    const struct {
+        const char* attribute;
+        NSView* larger;  // the one whose edge has the larger coordinate
+        double constant;
+    } rows[] = {{"top", inner, 6}, {"bottom", outer, 6}, {"leading", inner, 10}, {"trailing", outer, 10}};
+    ASSERT_EQ(all.size(), std::size(rows));
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.attribute);
+        const auto* const constraint = constraintOn(all, row.attribute);
+        ASSERT_NE(constraint, nullptr);
+        const bool isTurned = constraint->first != (__bridge void*)row.larger;
+        EXPECT_EQ(constraint->firstAttribute, constraint->secondAttribute);
+        EXPECT_TRUE(constraint->isEqual);
+        EXPECT_EQ(isTurned ? -constraint->constant : constraint->constant, row.constant);
+    }
 }
 
 TEST_F(MacViews, AColumnStretchesWhatWantsItsWidth) {
@@ -130,6 +188,14 @@ TEST_F(MacViews, TheScrolledPartFollowsItsClip) {
     EXPECT_FALSE(scroll.drawsBackground);
     EXPECT_EQ(scroll.documentView.superview, scroll.contentView);
     EXPECT_TRUE(scroll.documentView.isFlipped) << "it begins at the top";
+    const auto all = constraintsBetween(scroll.documentView, scroll.contentView);
+    for (const char* const edge : {"top", "leading", "trailing"}) {
+        const auto* const constraint = constraintOn(all, edge);
+        ASSERT_NE(constraint, nullptr) << edge;
+        EXPECT_EQ(constraint->secondAttribute, edge);
+        EXPECT_EQ(constraint->constant, 0);
+    }
+    EXPECT_EQ(all.size(), 3U) << "its height is its own";
 }
 
 TEST_F(MacViews, AButtonTakesTheClicksOnItsFaceAndTheFirstOne) {
@@ -138,6 +204,8 @@ TEST_F(MacViews, AButtonTakesTheClicksOnItsFaceAndTheFirstOne) {
     auto* const shown = only<NSButton>(drawn, [NSButton class]);
     EXPECT_EQ(utf8(accessibilityLabelOf(shown)), "Show log");
     EXPECT_FALSE(shown.isBordered);
+    EXPECT_EQ(shown.intrinsicContentSize.width, NSViewNoIntrinsicMetric) << "the face says how large it is";
+    EXPECT_EQ(shown.intrinsicContentSize.height, NSViewNoIntrinsicMetric);
     EXPECT_TRUE([shown acceptsFirstMouse:nil]);
     EXPECT_EQ([shown hitTest:NSMakePoint(1, 1)], shown);
     click(shown);
@@ -157,10 +225,15 @@ TEST_F(MacViews, AButtonMayEndItselfByItsAction) {
 }
 
 TEST_F(MacViews, AMenuOpensWithItsEntries) {
-    const View menu = container(Menu{{MenuItem{"System Default", PinDevice{}}, MenuSeparator{},
-                                      MenuItem{"Desk", PinDevice{"desk-1"}}}},
-                                {line("Desk", {12}, white())});
+    View menu = container(Menu{{MenuItem{"System Default", PinDevice{}}, MenuSeparator{},
+                                MenuItem{"Desk", PinDevice{"desk-1"}}}},
+                          {line("Desk", {12}, white())});
+    menu.label = "Output device";
     const DrawnView drawn(menu, perform);
+    const AccessibilityFacts facts = accessibilityOf(only<NSButton>(drawn, [NSButton class]));
+    EXPECT_EQ(facts.label, "Output device");
+    EXPECT_EQ(facts.role, "AXPopUpButton");
+    EXPECT_EQ(facts.value, "Desk");
     chooseInNextMenu("Desk");
     click(only<NSButton>(drawn, [NSButton class]));
     EXPECT_EQ(lastMenu(), (Lines{"System Default", "-", "Desk"}));

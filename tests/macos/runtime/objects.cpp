@@ -92,6 +92,10 @@ long liveObjects(const std::string& className) {
     return found == live.end() ? 0 : found->second;
 }
 
+std::size_t autoreleased() {
+    return pool.size();
+}
+
 void stopIfGone(Object object, Selector selector) {
     if (isCounted(object) && headerOf(object)->mark != aliveMark) stop(selector, object);
 }

@@ -15,6 +15,9 @@ namespace purlock::runtime {
 std::map<std::string, long> liveObjects();
 long liveObjects(const std::string& className);
 
+/// How many objects wait in this thread's pools.
+std::size_t autoreleased();
+
 /// Stops the process when the object has been freed, or is none of this runtime's.
 void stopIfGone(Object object, Selector selector);
 

@@ -2,6 +2,7 @@
 
 #include <ApplicationServices/ApplicationServices.h>
 
+#include <algorithm>
 #include <set>
 #include <utility>
 
@@ -77,6 +78,7 @@ AXUIElementRef AXUIElementCreateApplication(pid_t pid) {
 
 AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attribute, CFTypeRef* value) {
     ++current->questions;
+    current->onQuestion();
     const auto& asked = *static_cast<const Element*>(payloadOf(element));
     if (!limited.contains(element)) ++current->questionsWithoutLimit;
     if (asked.answersLate) return kAXErrorCannotComplete;
@@ -88,6 +90,7 @@ AXError AXUIElementCopyAttributeValue(AXUIElementRef element, CFStringRef attrib
 
 AXError AXUIElementSetMessagingTimeout(AXUIElementRef element, float timeoutInSeconds) {
     if (payloadOf(element) != nullptr && timeoutInSeconds > 0) limited.insert(element);
+    if (current != nullptr) current->longestLimit = std::max(current->longestLimit, timeoutInSeconds);
     return kAXErrorSuccess;
 }
 }

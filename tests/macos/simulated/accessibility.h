@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -39,6 +40,10 @@ class Accessibility {
     std::size_t questions = 0;
     /// How often one was asked of an element for which no limit was set.
     std::size_t questionsWithoutLimit = 0;
+    /// The longest limit that was set, in seconds.
+    float longestLimit = 0;
+    /// Called with each question: the time that the application takes, say.
+    std::function<void()> onQuestion = [] {};
     /// How often the user was asked for the permission.
     std::size_t prompts = 0;
 

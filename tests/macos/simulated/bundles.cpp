@@ -37,8 +37,8 @@ using namespace purlock::simulated;
 extern "C" {
 
 CFURLRef CFURLCreateWithFileSystemPath(CFAllocatorRef, CFStringRef filePath, CFURLPathStyle pathStyle,
-                                       Boolean) {
-    if (pathStyle != kCFURLPOSIXPathStyle) return nullptr;
+                                       Boolean isDirectory) {
+    if (pathStyle != kCFURLPOSIXPathStyle || !isDirectory) return nullptr;  // a bundle is a folder
     return static_cast<CFURLRef>(makeObject(urlType, kept(utf8Of(filePath))));
 }
 

@@ -26,6 +26,8 @@ Dispatch* current = nullptr;
 std::mutex mutex;
 std::set<const void*> live;
 
+thread_local int pools = 0;
+
 // Timers keep going without a handle; these do not, so their handles are kept here.
 std::vector<Cancellable> delayed;
 
@@ -69,6 +71,10 @@ std::size_t Dispatch::ownLiveQueues() const {
     return count;
 }
 
+int openPools() {
+    return pools;
+}
+
 std::shared_ptr<SerialQueue> targetOf(const void* dispatchQueue) {
     return checked(dispatchQueue).target;
 }
@@ -78,6 +84,16 @@ std::shared_ptr<SerialQueue> targetOf(const void* dispatchQueue) {
 using namespace purlock::simulated;
 
 extern "C" {
+
+// Where no Objective-C runtime is linked, pools are counted.
+__attribute__((weak)) void* objc_autoreleasePoolPush() {
+    ++pools;
+    return &pools;
+}
+
+__attribute__((weak)) void objc_autoreleasePoolPop(void* /*pool*/) {
+    --pools;
+}
 
 dispatch_queue_t dispatch_queue_create(const char* label, dispatch_queue_attr_t attr) {
     if (attr != DISPATCH_QUEUE_SERIAL || current == nullptr) std::abort();

@@ -33,4 +33,7 @@ class Dispatch {
 /// The test's queue behind a dispatch queue.
 std::shared_ptr<SerialQueue> targetOf(const void* dispatchQueue);
 
+/// How many autorelease pools this thread is in; always 0 where an Objective-C runtime is linked.
+int openPools();
+
 }  // namespace purlock::simulated

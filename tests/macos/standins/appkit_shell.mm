@@ -35,6 +35,12 @@ id monitorToken;
 }
 - (void)run {
     World::current().note("run");
+    const id<NSApplicationDelegate> delegate = self.delegate;  // a weak reference, as in AppKit
+    if (delegate == nil) {
+        World::current().note("nobody to launch");
+        return;
+    }
+    [delegate applicationDidFinishLaunching:[NSNotification new]];
 }
 @end
 
@@ -103,7 +109,8 @@ static NSRunningApplication* running(const purlock::RunningApplication& applicat
     return frame_;
 }
 - (BOOL)isVisible {
-    return visible_;
+    // The system hides such a panel while the program is not active, and shows it again by itself.
+    return visible_ && (World::current().isActive || !self.hidesOnDeactivate);
 }
 - (BOOL)canBecomeKeyWindow {
     return NO;  // no title bar, no resize bar
@@ -201,7 +208,10 @@ static NSRunningApplication* running(const purlock::RunningApplication& applicat
 }
 - (BOOL)openURL:(NSURL*)url {
     World::current().note("openURL: " + utf8(url.path));
-    return YES;
+    return !World::current().opensNothing;
+}
+- (void)activateFileViewerSelectingURLs:(NSArray<NSURL*>*)urls {
+    for (NSURL* url in urls) World::current().note("select in Finder: " + utf8(url.path));
 }
 @end
 

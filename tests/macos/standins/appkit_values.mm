@@ -1,5 +1,7 @@
 // AppKit's values: colours, fonts, images, paths, anchors.
 
+#include <QuartzCore/QuartzCore.h>
+
 #include "tests/macos/standins/inspection.h"
 #include "tests/macos/standins/values.h"
 
@@ -9,7 +11,7 @@ using namespace purlock::standins;
 
 namespace {
 
-std::vector<std::string> activated;
+std::vector<std::pair<std::string, ConstraintFacts>> activated;
 
 std::string numberText(double number) {
     std::string text = std::to_string(number);
@@ -139,7 +141,7 @@ const NSFontWeight NSFontWeightBold = 0.4;
     return [NSBezierPath new];
 }
 + (NSBezierPath*)bezierPathWithOvalInRect:(NSRect)rect {
-    World::current().note("oval");
+    World::current().note("oval " + numberText(rect.origin.x) + " " + numberText(rect.size.width));
     return [NSBezierPath new];
 }
 + (NSBezierPath*)bezierPathWithRoundedRect:(NSRect)rect xRadius:(CGFloat)xRadius yRadius:(CGFloat)yRadius {
@@ -163,41 +165,53 @@ const NSAppearanceName NSAppearanceNameVibrantDark = @"NSAppearanceNameVibrantDa
 }
 @end
 
-// Constraints are sentences.
+// Constraints are sentences, and the views that they are about.
 
 @interface NSLayoutAnchor () {
   @public
     std::string name_;
+    const void* view_;
 }
 @end
 
 @interface NSLayoutConstraint () {
   @public
     std::string sentence_;
+    ConstraintFacts facts_;
 }
 @end
 
 @implementation NSLayoutConstraint
 + (void)activateConstraints:(NSArray<NSLayoutConstraint*>*)constraints {
-    for (NSLayoutConstraint* constraint in constraints) activated.push_back(constraint->sentence_);
+    for (NSLayoutConstraint* constraint in constraints)
+        activated.emplace_back(constraint->sentence_, constraint->facts_);
 }
 @end
 
-static NSLayoutConstraint* constraint(const std::string& sentence) {
+static NSLayoutConstraint* constraint(NSLayoutAnchor* first, bool isEqual, NSLayoutAnchor* second,
+                                      double constant) {
     NSLayoutConstraint* const made = [NSLayoutConstraint new];
-    made->sentence_ = sentence;
+    made->facts_ = {first->view_, first->name_, isEqual, nullptr, "", constant};
+    made->sentence_ = first->name_ + (isEqual ? " = " : " <= ");
+    if (second == nil) {
+        made->sentence_ += numberText(constant);
+        return made;
+    }
+    made->facts_.second = second->view_;
+    made->facts_.secondAttribute = second->name_;
+    made->sentence_ += second->name_ + (constant == 0 ? "" : " + " + numberText(constant));
     return made;
 }
 
 @implementation NSLayoutAnchor
 - (NSLayoutConstraint*)constraintEqualToAnchor:(NSLayoutAnchor*)anchor {
-    return constraint(name_ + " = " + anchor->name_);
+    return constraint(self, true, anchor, 0);
 }
 - (NSLayoutConstraint*)constraintEqualToAnchor:(NSLayoutAnchor*)anchor constant:(CGFloat)c {
-    return constraint(name_ + " = " + anchor->name_ + (c == 0 ? "" : " + " + numberText(c)));
+    return constraint(self, true, anchor, c);
 }
 - (NSLayoutConstraint*)constraintLessThanOrEqualToAnchor:(NSLayoutAnchor*)anchor {
-    return constraint(name_ + " <= " + anchor->name_);
+    return constraint(self, false, anchor, 0);
 }
 @end
 @implementation NSLayoutXAxisAnchor
@@ -206,7 +220,7 @@ static NSLayoutConstraint* constraint(const std::string& sentence) {
 @end
 @implementation NSLayoutDimension
 - (NSLayoutConstraint*)constraintEqualToConstant:(CGFloat)c {
-    return constraint(name_ + " = " + numberText(c));
+    return constraint(self, true, nil, c);
 }
 @end
 
@@ -249,12 +263,26 @@ SymbolFacts factsOf(NSImage* image) {
 }
 
 std::vector<std::string> takeConstraints() {
-    return std::exchange(activated, {});
+    std::vector<std::string> sentences;
+    for (const auto& [sentence, facts] : std::exchange(activated, {})) sentences.push_back(sentence);
+    return sentences;
 }
 
-NSLayoutAnchor* anchorNamed(Class type, const std::string& name) {
+std::vector<ConstraintFacts> constraintsBetween(NSView* one, NSView* other) {
+    const void* const a = (__bridge void*)one;
+    const void* const b = (__bridge void*)other;
+    std::vector<ConstraintFacts> found;
+    for (const auto& [sentence, facts] : activated) {
+        if ((facts.first == a && facts.second == b) || (facts.first == b && facts.second == a))
+            found.push_back(facts);
+    }
+    return found;
+}
+
+NSLayoutAnchor* anchorNamed(Class type, const std::string& name, NSView* view) {
     NSLayoutAnchor* const anchor = [[type alloc] init];
     anchor->name_ = name;
+    anchor->view_ = (__bridge void*)view;
     return anchor;
 }
 

@@ -10,10 +10,13 @@
 
 using namespace purlock::standins;
 
-extern "C" void objc_msgSend();
+extern "C" {
+void objc_msgSend();
+bool objc_opt_respondsToSelector(id object, SEL selector);
+}
 
 namespace purlock::standins {
-NSLayoutAnchor* anchorNamed(Class type, const std::string& name);
+NSLayoutAnchor* anchorNamed(Class type, const std::string& name, NSView* view);
 }
 
 namespace {
@@ -22,11 +25,22 @@ std::vector<std::string> openedMenu;
 std::string nextChoice;
 
 template <typename Anchor>
-Anchor* anchor(const char* name) {
-    return static_cast<Anchor*>(anchorNamed([Anchor class], name));
+Anchor* anchor(const char* name, NSView* view) {
+    return static_cast<Anchor*>(anchorNamed([Anchor class], name, view));
+}
+
+std::string priorityText(const char* kind, NSLayoutPriority priority,
+                         NSLayoutConstraintOrientation orientation) {
+    const bool isRow = orientation == NSLayoutConstraintOrientationHorizontal;
+    return std::string(kind) + (isRow ? " horizontal " : " vertical ") +
+           std::to_string(static_cast<int>(priority));
 }
 
 }  // namespace
+
+const CGFloat NSViewNoIntrinsicMetric = -1;
+const NSAccessibilityRole NSAccessibilityImageRole = @"AXImage";
+const NSAccessibilityRole NSAccessibilityPopUpButtonRole = @"AXPopUpButton";
 
 @implementation NSResponder
 - (void)cancelOperation:(id)sender {
@@ -38,6 +52,10 @@ Anchor* anchor(const char* name) {
     std::vector<NSView*> subviews_;
     std::vector<NSView*> arranged_;
     NSString* accessibilityLabel_;
+    NSString* accessibilityRole_;
+    id accessibilityValue_;
+    BOOL isAccessibilityElement_;
+    std::vector<std::string> priorities_;
 }
 @property(nullable, unsafe_unretained) NSView* superview;
 @end
@@ -77,8 +95,6 @@ Anchor* anchor(const char* name) {
 - (NSView*)hitTest:(NSPoint)point {
     return subviews_.empty() ? self : subviews_.back();
 }
-- (void)layout {
-}
 - (BOOL)acceptsFirstMouse:(NSEvent*)event {
     return NO;
 }
@@ -89,40 +105,59 @@ Anchor* anchor(const char* name) {
     accessibilityLabel_ = label;
 }
 - (void)setAccessibilityElement:(BOOL)isElement {
+    isAccessibilityElement_ = isElement;
+}
+- (void)setAccessibilityRole:(NSAccessibilityRole)role {
+    accessibilityRole_ = role;
+}
+- (void)setAccessibilityValue:(id)value {
+    accessibilityValue_ = value;
+}
+- (NSSize)intrinsicContentSize {
+    return NSSize{NSViewNoIntrinsicMetric, NSViewNoIntrinsicMetric};
 }
 - (void)setContentHuggingPriority:(NSLayoutPriority)priority
                    forOrientation:(NSLayoutConstraintOrientation)orientation {
+    // Where there is no size of its own, there is nothing to hug.
+    if ([self isKindOfClass:[NSStackView class]] || [self isKindOfClass:[NSScrollView class]])
+        World::current().note("hugging of no effect");
+    priorities_.push_back(priorityText("hugging", priority, orientation));
 }
 - (void)setContentCompressionResistancePriority:(NSLayoutPriority)priority
                                  forOrientation:(NSLayoutConstraintOrientation)orientation {
+    priorities_.push_back(priorityText("resistance", priority, orientation));
 }
 - (NSLayoutXAxisAnchor*)leadingAnchor {
-    return anchor<NSLayoutXAxisAnchor>("leading");
+    return anchor<NSLayoutXAxisAnchor>("leading", self);
 }
 - (NSLayoutXAxisAnchor*)trailingAnchor {
-    return anchor<NSLayoutXAxisAnchor>("trailing");
+    return anchor<NSLayoutXAxisAnchor>("trailing", self);
 }
 - (NSLayoutYAxisAnchor*)topAnchor {
-    return anchor<NSLayoutYAxisAnchor>("top");
+    return anchor<NSLayoutYAxisAnchor>("top", self);
 }
 - (NSLayoutYAxisAnchor*)bottomAnchor {
-    return anchor<NSLayoutYAxisAnchor>("bottom");
+    return anchor<NSLayoutYAxisAnchor>("bottom", self);
 }
 - (NSLayoutDimension*)widthAnchor {
-    return anchor<NSLayoutDimension>("width");
+    return anchor<NSLayoutDimension>("width", self);
 }
 - (NSLayoutDimension*)heightAnchor {
-    return anchor<NSLayoutDimension>("height");
+    return anchor<NSLayoutDimension>("height", self);
 }
 - (NSLayoutXAxisAnchor*)centerXAnchor {
-    return anchor<NSLayoutXAxisAnchor>("centerX");
+    return anchor<NSLayoutXAxisAnchor>("centerX", self);
 }
 - (NSLayoutYAxisAnchor*)centerYAnchor {
-    return anchor<NSLayoutYAxisAnchor>("centerY");
+    return anchor<NSLayoutYAxisAnchor>("centerY", self);
 }
 @end
 
 @implementation NSStackView
+- (void)setHuggingPriority:(NSLayoutPriority)priority
+            forOrientation:(NSLayoutConstraintOrientation)orientation {
+    priorities_.push_back(priorityText("stack hugging", priority, orientation));
+}
 - (void)insertArrangedSubview:(NSView*)view atIndex:(NSInteger)index {
     if (view.superview != self) [self addSubview:view];
     std::erase(arranged_, view);
@@ -159,13 +194,16 @@ Anchor* anchor(const char* name) {
 }
 @end
 
-@implementation NSImageView
-@end
 @implementation NSBox
 @end
 @implementation NSControl
 @end
+@implementation NSImageView
+@end
 @implementation NSButton
+- (NSSize)intrinsicContentSize {
+    return NSMakeRect(0, 0, 10, 16).size;  // its cell has one, also with an empty title
+}
 @end
 @implementation NSSwitch
 @end
@@ -186,6 +224,7 @@ Anchor* anchor(const char* name) {
 @interface NSMenuItem () {
   @public
     SEL action_;
+    NSString* key_;
     BOOL isSeparator_;
 }
 @end
@@ -198,13 +237,18 @@ Anchor* anchor(const char* name) {
 }
 @end
 
-@implementation NSMenu {
+@interface NSMenu () {
+  @public
     std::vector<NSMenuItem*> items_;
 }
+@end
+
+@implementation NSMenu
 - (NSMenuItem*)addItemWithTitle:(NSString*)title action:(SEL)selector keyEquivalent:(NSString*)charCode {
     NSMenuItem* const item = [NSMenuItem new];
     item.title = title;
     item->action_ = selector;
+    item->key_ = charCode;
     items_.push_back(item);
     return item;
 }
@@ -245,6 +289,40 @@ std::vector<NSView*> viewsOfClass(NSView* view, Class type) {
 
 NSString* accessibilityLabelOf(NSView* view) {
     return view->accessibilityLabel_;
+}
+
+std::vector<std::string> prioritiesOf(NSView* view) {
+    return view->priorities_;
+}
+
+AccessibilityFacts accessibilityOf(NSView* view) {
+    const auto text = [](NSString* held) { return held == nil ? std::string() : utf8(held); };
+    return {static_cast<bool>(view->isAccessibilityElement_), text(view->accessibilityLabel_),
+            text(view->accessibilityRole_), text(view->accessibilityValue_)};
+}
+
+std::vector<std::string> keysOf(NSMenu* menu) {
+    std::vector<std::string> lines;
+    for (NSMenuItem* const& item : menu->items_) {
+        if (item->action_ != nullptr)
+            lines.push_back(utf8(item.title) + " " + utf8(item->key_) + " " +
+                            static_cast<const char*>(static_cast<void*>(item->action_)));
+        if (item.submenu == nil) continue;
+        for (const std::string& line : keysOf(item.submenu)) lines.push_back(line);
+    }
+    return lines;
+}
+
+void pressKey(NSMenu* menu, const std::string& key, const std::vector<id>& responders) {
+    for (NSMenuItem* const& item : menu->items_) {
+        if (item.submenu != nil) pressKey(item.submenu, key, responders);
+        if (item->action_ == nullptr || utf8(item->key_) != key) continue;
+        for (const id& responder : responders) {
+            if (!objc_opt_respondsToSelector(responder, item->action_)) continue;
+            reinterpret_cast<void (*)(id, SEL, id)>(objc_msgSend)(responder, item->action_, item);
+            break;
+        }
+    }
 }
 
 void click(NSControl* control) {

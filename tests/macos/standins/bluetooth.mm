@@ -12,6 +12,9 @@ using namespace purlock::standins;
 }
 @end
 
+@implementation IOBluetoothObject
+@end
+
 @implementation IOBluetoothDevice
 + (NSArray*)pairedDevices {
     const auto& paired = World::current().paired;

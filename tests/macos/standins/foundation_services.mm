@@ -112,6 +112,14 @@ using namespace purlock::standins;
     const auto& version = World::current().version;
     return {version.major, version.minor, version.patch};
 }
+- (id<NSObject>)beginActivityWithOptions:(NSActivityOptions)options reason:(NSString*)reason {
+    // 0xEFFFFF: work that the user has asked for, without keeping the Mac from sleeping.
+    if (options == 0xEFFFFF && !utf8(reason).empty()) ++World::current().activities;
+    return [NSObject new];
+}
+- (void)endActivity:(id<NSObject>)activity {
+    --World::current().activities;
+}
 @end
 
 @implementation NSNotification

@@ -132,6 +132,9 @@ asm(".globl __CFConstantStringClassReference\n"
 }
 @end
 
+@implementation NSValue
+@end
+
 @implementation NSNumber
 + (NSNumber*)numberWithBool:(BOOL)value {
     NumberStandIn* const number = [NumberStandIn new];

@@ -38,6 +38,23 @@ std::vector<NSView*> subviewsOf(NSView* view);
 std::vector<NSView*> viewsOfClass(NSView* view, Class type);
 NSString* accessibilityLabelOf(NSView* view);
 
+/// What was said of the view's wish to keep its size: "hugging horizontal 750", in order.
+std::vector<std::string> prioritiesOf(NSView* view);
+
+struct AccessibilityFacts {
+    bool isElement = false;
+    std::string label;
+    std::string role;
+    std::string value;
+    bool operator==(const AccessibilityFacts&) const = default;
+};
+AccessibilityFacts accessibilityOf(NSView* view);
+
+/// The items of a menu and of those in it that do something: "Quit q terminate:".
+std::vector<std::string> keysOf(NSMenu* menu);
+/// Presses Command and a key: the first of the responders that has the item's method gets it.
+void pressKey(NSMenu* menu, const std::string& key, const std::vector<id>& responders);
+
 /// Uses the control: it sends its action.
 void click(NSControl* control);
 
@@ -56,5 +73,17 @@ void chooseInNextMenu(const std::string& title);
 
 /// What activated constraints say, each as "top = top", "width = 360" or "trailing <= trailing".
 std::vector<std::string> takeConstraints();
+
+/// The same with both views: first.firstAttribute (= or <=) second.secondAttribute + constant.
+struct ConstraintFacts {
+    const void* first = nullptr;
+    std::string firstAttribute;
+    bool isEqual = true;
+    const void* second = nullptr;  // null: a constant alone
+    std::string secondAttribute;
+    double constant = 0;
+};
+/// Those that were activated since the last `takeConstraints`, the given views among them.
+std::vector<ConstraintFacts> constraintsBetween(NSView* one, NSView* other);
 
 }  // namespace purlock::standins

@@ -57,6 +57,9 @@ class World {
     bool hasNoSymbols = false;
     bool itemsHaveButtons = true;
     bool refusesMonitors = false;
+    bool isActive = true;       // else panels that hide on deactivation are not to be seen
+    bool opensNothing = false;  // no program for any file
+    int activities = 0;         // that keep the program awake
     std::optional<Rect> itemFrame =
         Rect{1000, 876, 30, 24};  // where the status item's window is; absent: none
 

@@ -32,6 +32,7 @@ typedef NS_OPTIONS(NSUInteger, NSWindowCollectionBehavior) {
 @property(readonly, getter=isVisible) BOOL visible;
 // Yes only for a window with a title bar or a resize bar; others are not made key (Apple's documentation).
 @property(readonly) BOOL canBecomeKeyWindow;
+@property(copy) NSString* title;
 @property NSWindowLevel level;
 @property NSWindowCollectionBehavior collectionBehavior;
 @property NSWindowTitleVisibility titleVisibility MACOS_SINCE(10.10);

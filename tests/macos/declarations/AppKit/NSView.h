@@ -10,7 +10,9 @@
 
 #pragma clang assume_nonnull begin
 
+// CAMediaTimingFunction is QuartzCore's: AppKit only names it.
 @class NSWindow, NSEvent, NSMenu, NSImage, NSColor, NSFont, NSLayoutConstraint, NSAppearance;
+@class CAMediaTimingFunction;
 
 @interface NSResponder : NSObject
 - (void)cancelOperation:(nullable id)sender;  // Escape
@@ -106,6 +108,12 @@ typedef NS_ENUM(NSInteger, NSLayoutAttribute) { NSLayoutAttributeLeading = 5, NS
 @property CGFloat constant;
 @end
 
+typedef NSString* NSAccessibilityRole;
+MACOS_EXTERN const NSAccessibilityRole NSAccessibilityImageRole;
+MACOS_EXTERN const NSAccessibilityRole NSAccessibilityPopUpButtonRole;
+
+MACOS_EXTERN const CGFloat NSViewNoIntrinsicMetric MACOS_SINCE(10.11);
+
 @interface NSView : NSResponder
 - (instancetype)initWithFrame:(NSRect)frameRect;
 @property(nullable, readonly, unsafe_unretained) NSWindow* window;
@@ -113,6 +121,7 @@ typedef NS_ENUM(NSInteger, NSLayoutAttribute) { NSLayoutAttributeLeading = 5, NS
 @property(nullable, strong) NSAppearance* appearance;
 @property NSRect frame;
 @property(readonly) NSRect bounds;
+@property(readonly) NSSize intrinsicContentSize;
 @property CGFloat alphaValue;
 @property BOOL needsDisplay;
 @property(readonly, getter=isFlipped) BOOL flipped;
@@ -130,7 +139,6 @@ typedef NS_ENUM(NSInteger, NSLayoutAttribute) { NSLayoutAttributeLeading = 5, NS
 - (void)removeFromSuperview;
 - (nullable NSView*)hitTest:(NSPoint)point;
 - (void)drawRect:(NSRect)dirtyRect;
-- (void)layout;
 - (BOOL)acceptsFirstMouse:(nullable NSEvent*)event;
 - (void)setContentHuggingPriority:(NSLayoutPriority)priority
                    forOrientation:(NSLayoutConstraintOrientation)orientation;
@@ -139,13 +147,8 @@ typedef NS_ENUM(NSInteger, NSLayoutAttribute) { NSLayoutAttributeLeading = 5, NS
 - (instancetype)animator;  // changes through it are animated
 - (void)setAccessibilityLabel:(nullable NSString*)accessibilityLabel MACOS_SINCE(10.10);
 - (void)setAccessibilityElement:(BOOL)accessibilityElement MACOS_SINCE(10.10);
-@end
-
-typedef NSString* CAMediaTimingFunctionName;
-MACOS_EXTERN const CAMediaTimingFunctionName kCAMediaTimingFunctionEaseOut;  // of QuartzCore
-
-@interface CAMediaTimingFunction : NSObject
-+ (instancetype)functionWithName:(CAMediaTimingFunctionName)name;
+- (void)setAccessibilityRole:(nullable NSAccessibilityRole)accessibilityRole MACOS_SINCE(10.10);
+- (void)setAccessibilityValue:(nullable id)accessibilityValue MACOS_SINCE(10.10);
 @end
 
 @interface NSAnimationContext : NSObject
@@ -162,6 +165,9 @@ typedef NS_ENUM(NSInteger, NSStackViewDistribution) { NSStackViewDistributionFil
 @property NSStackViewDistribution distribution MACOS_SINCE(10.11);
 @property CGFloat spacing;
 - (void)insertArrangedSubview:(NSView*)view atIndex:(NSInteger)index MACOS_SINCE(10.11);
+// A stack has no size of its own to hug: this is its own way (Apple's documentation).
+- (void)setHuggingPriority:(NSLayoutPriority)huggingPriority
+            forOrientation:(NSLayoutConstraintOrientation)orientation;
 @end
 
 @interface NSClipView : NSView
@@ -172,11 +178,6 @@ typedef NS_ENUM(NSInteger, NSStackViewDistribution) { NSStackViewDistributionFil
 @property(nullable, strong) __kindof NSView* documentView;
 @property BOOL hasVerticalScroller;
 @property BOOL drawsBackground;
-@end
-
-@interface NSImageView : NSView
-@property(nullable, strong) NSImage* image;
-@property(nullable, copy) NSColor* contentTintColor MACOS_SINCE(10.14);
 @end
 
 typedef NS_ENUM(NSUInteger, NSBoxType) { NSBoxSeparator = 2 };
@@ -203,6 +204,12 @@ typedef NS_ENUM(NSUInteger, NSLineBreakMode) {
 @property(copy) NSString* stringValue;
 @property(nullable, strong) NSFont* font;
 @property NSLineBreakMode lineBreakMode MACOS_SINCE(10.10);
+@property BOOL usesSingleLineMode MACOS_SINCE(10.10);
+@end
+
+@interface NSImageView : NSControl
+@property(nullable, strong) NSImage* image;
+@property(nullable, copy) NSColor* contentTintColor MACOS_SINCE(10.14);
 @end
 
 @interface NSButton : NSControl
@@ -222,12 +229,14 @@ MACOS_SINCE(10.15)
 @property(nullable, copy) NSColor* textColor;
 @property(getter=isSelectable) BOOL selectable;
 @property CGFloat preferredMaxLayoutWidth;
+@property NSInteger maximumNumberOfLines MACOS_SINCE(10.11);
 @end
 
 @interface NSMenuItem : NSObject
 + (NSMenuItem*)separatorItem;
 @property(nullable, weak) id target;
 @property(copy) NSString* title;
+@property(nullable, strong) NSMenu* submenu;
 @end
 
 @interface NSMenu : NSObject

@@ -11,14 +11,18 @@
 
 typedef NS_ENUM(NSInteger, NSApplicationActivationPolicy) { NSApplicationActivationPolicyAccessory = 1 };
 
+@class NSApplication;
+
 @protocol NSApplicationDelegate <NSObject>
 @optional
 - (void)applicationDidFinishLaunching:(NSNotification*)notification;
+- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)app MACOS_SINCE(12.0);
 @end
 
 @interface NSApplication : NSResponder
 @property(class, readonly, strong) __kindof NSApplication* sharedApplication;
 @property(nullable, weak) id<NSApplicationDelegate> delegate;
+@property(nullable, strong) NSMenu* mainMenu;
 - (BOOL)setActivationPolicy:(NSApplicationActivationPolicy)activationPolicy;
 - (void)activateIgnoringOtherApps:(BOOL)ignoreOtherApps;  // to be deprecated; still there
 - (void)terminate:(nullable id)sender;
@@ -63,7 +67,8 @@ typedef NS_OPTIONS(unsigned long long, NSEventMask) {
 
 @interface NSWorkspace : NSObject
 @property(class, readonly, strong) NSWorkspace* sharedWorkspace;
-- (BOOL)openURL:(NSURL*)url;
+- (BOOL)openURL:(NSURL*)url;  // no where there is no program for it
+- (void)activateFileViewerSelectingURLs:(NSArray<NSURL*>*)fileURLs;
 @end
 
 #pragma clang assume_nonnull end

@@ -1,14 +1,15 @@
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
-#include <objc/NSObject.h>
+
+#include "Basics.h"
 
 // Selectors, types, values and versions: pyobjc. Every result is borrowed (autoreleased) but those of alloc
 // and new.
 
 #pragma clang assume_nonnull begin
 
-@class NSError, NSData;
+@class NSError, NSData, NSString;
 
 typedef NSString* NSNotificationName;
 typedef NSString* NSRunLoopMode;
@@ -25,7 +26,10 @@ enum : NSStringEncoding { NSUTF8StringEncoding = 4 };
 - (NSUInteger)lengthOfBytesUsingEncoding:(NSStringEncoding)enc;
 @end
 
-@interface NSNumber : NSObject
+@interface NSValue : NSObject
+@end
+
+@interface NSNumber : NSValue
 + (NSNumber*)numberWithBool:(BOOL)value;
 @property(readonly) BOOL boolValue;
 @property(readonly) long long longLongValue;
@@ -93,8 +97,16 @@ typedef struct {
     NSInteger patchVersion;
 } NSOperatingSystemVersion;
 
+typedef NS_OPTIONS(uint64_t, NSActivityOptions) {
+    NSActivityUserInitiatedAllowingIdleSystemSleep =
+        15728639,  // 0x00FFFFFF without the bit of the idle sleep
+};
+
 @interface NSProcessInfo : NSObject
 @property(class, readonly, strong) NSProcessInfo* processInfo;
+// The activity lasts until it is ended, or its token is gone (Apple's documentation).
+- (id<NSObject>)beginActivityWithOptions:(NSActivityOptions)options reason:(NSString*)reason;
+- (void)endActivity:(id<NSObject>)activity;
 @property(readonly) NSOperatingSystemVersion operatingSystemVersion;
 @end
 

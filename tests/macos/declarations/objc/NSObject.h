@@ -3,8 +3,8 @@
 #include "../MacTypes.h"
 #include "../Marks.h"
 
-// The root of the classes, and the geometry that AppKit shares with CoreGraphics. Types: pyobjc. On Apple
-// silicon BOOL is bool (pyobjc); on Intel it is a signed char, which this program is not built for.
+// The root of the classes. Types: pyobjc. On Apple silicon BOOL is bool (pyobjc); on Intel it is a signed
+// char, which this program is not built for.
 
 typedef bool BOOL;
 #define YES __objc_yes
@@ -15,35 +15,8 @@ typedef bool BOOL;
 
 typedef long NSInteger;
 typedef unsigned long NSUInteger;
-typedef double CGFloat;
-typedef double NSTimeInterval;  // seconds
-
-typedef struct CGPoint {
-    CGFloat x;
-    CGFloat y;
-} CGPoint;
-typedef struct CGSize {
-    CGFloat width;
-    CGFloat height;
-} CGSize;
-typedef struct CGRect {
-    CGPoint origin;
-    CGSize size;
-} CGRect;
-typedef CGPoint NSPoint;
-typedef CGSize NSSize;
-typedef CGRect NSRect;
-
-static inline NSRect NSMakeRect(CGFloat x, CGFloat y, CGFloat w, CGFloat h) {
-    return NSRect{{x, y}, {w, h}};
-}
-static inline NSPoint NSMakePoint(CGFloat x, CGFloat y) {
-    return NSPoint{x, y};
-}
 
 #pragma clang assume_nonnull begin
-
-@class NSString;
 
 @protocol NSObject
 - (BOOL)isEqual:(nullable id)object;
@@ -60,22 +33,6 @@ __attribute__((objc_root_class))
 + (Class)class;
 - (instancetype)init;
 - (void)dealloc;
-@end
-
-@protocol NSCopying <NSObject>
-@end
-
-typedef struct {
-    unsigned long state;
-    id __unsafe_unretained _Nullable* _Nullable itemsPtr;
-    unsigned long* _Nullable mutationsPtr;
-    unsigned long extra[5];
-} NSFastEnumerationState;
-
-@protocol NSFastEnumeration
-- (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState*)state
-                                  objects:(id __unsafe_unretained _Nullable[_Nonnull])buffer
-                                    count:(NSUInteger)len;
 @end
 
 #pragma clang assume_nonnull end

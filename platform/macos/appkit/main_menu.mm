@@ -1,0 +1,16 @@
+#include "platform/macos/appkit/main_menu.h"
+
+namespace purlock::host_macos {
+
+void installMainMenu() {
+    NSMenu* const entries = [NSMenu new];
+    // Without a target: whoever has the keyboard is asked, the application last.
+    [entries addItemWithTitle:@"Close" action:@selector(closePanel:) keyEquivalent:@"w"];
+    [entries addItemWithTitle:@"Quit Purlock" action:@selector(terminate:) keyEquivalent:@"q"];
+    NSMenu* const bar = [NSMenu new];
+    NSMenuItem* const first = [bar addItemWithTitle:@"Purlock" action:nil keyEquivalent:@""];
+    first.submenu = entries;
+    NSApplication.sharedApplication.mainMenu = bar;
+}
+
+}  // namespace purlock::host_macos
