@@ -57,12 +57,14 @@ def outcome(machine, name, function):
 def main():
     words = open(lab.RESULTS + "/cases").read().split()
     signal.signal(signal.SIGALRM, too_long)
+    chosen = list(wanted(words))
+    lab.write(lab.RESULTS + "/chosen", "".join(name + "\n" for name, _ in chosen))
     lab.set_up_machine()
     machine = Lab()
     machine.audio.start()
     machine.purlock.start()
     with open(lab.RESULTS + "/outcomes.jsonl", "a") as file:
-        for name, function in wanted(words):
+        for name, function in chosen:
             begin = time.monotonic()
             passed, text = outcome(machine, name, function)
             record = {"case": name, "passed": passed, "seconds": round(time.monotonic() - begin, 1), "text": text}
