@@ -71,8 +71,14 @@ TEST_P(AudioFiles, SayWhatIsInThem) {
         EXPECT_EQ(file->bitDepth, row.readDepth);
         EXPECT_EQ(file->channelCount, static_cast<std::uint32_t>(row.channels));
         EXPECT_EQ(file->isLossless, row.isLossless);
-        if (row.isLossless) continue;
-        EXPECT_GT(file->bitsPerSecond.value_or(0), 1000.0);
+        const test::Probed probed = test::probed(name);
+        EXPECT_EQ(file->sampleRate, probed.rate);
+        EXPECT_EQ(file->channelCount, static_cast<std::uint32_t>(probed.channels));
+        if (row.isLossless) {
+            EXPECT_EQ(file->bitDepth, static_cast<std::uint32_t>(probed.depth));
+        } else {
+            EXPECT_GT(file->bitsPerSecond.value_or(0), 1000.0);
+        }
     }
 }
 

@@ -2,9 +2,12 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstdlib>
 #include <filesystem>
+#include <sstream>
 
 #include "tests/support/child_process.h"
+#include "tests/support/temporary_folder.h"
 
 namespace purlock::test {
 
@@ -19,6 +22,27 @@ void append(std::string& bytes, std::uint64_t number, int size) {
 bool runs(const std::vector<std::string>& command) {
     ChildProcess child(command, {"PATH=/usr/bin:/bin"}, {.log = "/dev/null"});
     return child.waitForExit(std::chrono::seconds(60)) == 0;
+}
+
+Probed probed(const std::string& path) {
+    const TemporaryFolder folder;
+    const std::string output = folder.path() / "output";
+    ChildProcess child(
+        {"ffprobe", "-v", "error", "-of", "default=nw=1", "-select_streams", "a:0", "-show_entries",
+         "stream=sample_rate,channels,bits_per_sample,bits_per_raw_sample", path},
+        {"PATH=/usr/bin:/bin"}, {.log = output});
+    Probed result;
+    if (child.waitForExit(std::chrono::seconds(60)) != 0) return result;
+    std::istringstream lines(contentsOf(output));
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t end = line.find('=');
+        const int number = std::atoi(line.substr(end + 1).c_str());  // 0 for "N/A"
+        const std::string key = line.substr(0, end);
+        if (key == "sample_rate") result.rate = number;
+        if (key == "channels") result.channels = number;
+        if (key.starts_with("bits_per") && number != 0) result.depth = number;
+    }
+    return result;
 }
 
 bool makeSound(const std::string& path, int rate, int depth, int channels,
