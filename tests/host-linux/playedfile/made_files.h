@@ -27,4 +27,7 @@ std::string monkeysAudioHeader(int rate, int depth, int channels);
 /// A DSF file without sound.
 std::string dsfHeader(int rate, int channels);
 
+/// A DSDIFF file with a little silence.
+std::string dsdiffHeader(int rate, int channels);
+
 }  // namespace purlock::test
