@@ -1,5 +1,5 @@
-// What this system's readers of sysfs and /proc/asound say, as JSON: the USB devices, and the playback PCM of each card
-// number that is given. For the cases that compare it with what other programs say.
+// What this system's readers of sysfs and /proc/asound say, as JSON: the USB devices, and the playback PCM of
+// each card number that is given. For the cases that compare it with what other programs say.
 
 #include <cstdlib>
 #include <iostream>
@@ -39,7 +39,8 @@ Json describe(const PcmView& pcm) {
 int main(int argc, char** argv) {
     Json devices = Json::array();
     for (const UsbDevice& device : SysfsUsbRegistry().devices().value_or(std::vector<UsbDevice>{})) {
-        devices.push_back({{"vendor", textOrNull(device.vendorName)}, {"product", textOrNull(device.productName)}});
+        devices.push_back(
+            {{"vendor", textOrNull(device.vendorName)}, {"product", textOrNull(device.productName)}});
     }
     Json cards = Json::object();
     for (int i = 1; i < argc; ++i) {

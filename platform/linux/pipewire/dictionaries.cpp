@@ -75,8 +75,8 @@ std::optional<std::uint32_t> rateFromFraction(std::string_view text) {
     return rate;
 }
 
-/// The PCMs that are configured with a volume of the library's for some cards, as those of built-in sound; "hw",
-/// "hdmi" and "iec958" open the hardware.
+/// The PCMs that are configured with a volume of the library's for some cards, as those of built-in sound;
+/// "hw", "hdmi" and "iec958" open the hardware.
 bool hasLibraryVolume(std::string_view pcm) {
     return pcm.starts_with("front") || pcm.starts_with("surround") || pcm.starts_with("default") ||
            pcm.starts_with("sysdefault");

@@ -38,18 +38,19 @@ struct Setup {
     std::uint16_t length = 0;
 };
 
-/// A USB converter of Audio Class 2.0 with one stereo playback stream. It keeps what it is sent, sample by sample,
-/// as it came over the bus: its volume control changes nothing. One thread.
+/// A USB converter of Audio Class 2.0 with one stereo playback stream. It keeps what it is sent, sample by
+/// sample, as it came over the bus: its volume control changes nothing. One thread.
 ///
-/// Source of the formats: USB 2.0, chapter 9; Audio Device Class 2.0, chapters 4 and 5; Audio Data Formats 2.0.
+/// Source of the formats: USB 2.0, chapter 9; Audio Device Class 2.0, chapters 4 and 5; Audio Data
+/// Formats 2.0.
 class AudioDevice {
   public:
-    /// Captures go to files of `folder` that are named by their format: "1-96000-24.raw", a file each time the
-    /// stream is opened or its rate is set.
+    /// Captures go to files of `folder` that are named by their format: "1-96000-24.raw", a file each time
+    /// the stream is opened or its rate is set.
     AudioDevice(ConverterTexts texts, ConverterAbilities abilities, std::filesystem::path folder);
 
-    /// Answers a control request: the bytes of the answer (none for one that asks for nothing); absent for one that
-    /// the device does not know, which stalls.
+    /// Answers a control request: the bytes of the answer (none for one that asks for nothing); absent for
+    /// one that the device does not know, which stalls.
     std::optional<Bytes> control(const Setup& setup, const Bytes& data);
 
     void takeSamples(const std::uint8_t* data, std::size_t size);

@@ -1,15 +1,16 @@
-// A USB converter in software, plugged into the kernel's own USB/IP port. It stays until it is told to end, or its
-// input ends.
+// A USB converter in software, plugged into the kernel's own USB/IP port. It stays until it is told to end,
+// or its input ends.
 //
-//   usb_converter FOLDER [--rates 44100,96000] [--bits 16,24] [--name TEXT] [--serial TEXT] [--product NUMBER]
+//   usb_converter FOLDER [--rates 44100,96000] [--bits 16,24] [--name TEXT] [--serial TEXT] [--product
+//   NUMBER]
 //                        [--no-volume] [--no-sound]
 
+#include <sys/signalfd.h>
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
 #include <sstream>
 #include <string>
-#include <sys/signalfd.h>
 #include <vector>
 
 #include "platform/linux/system/file_descriptor.h"

@@ -113,8 +113,8 @@ void UsbIpPort::serve(int stop) {
 int UsbIpPort::timeToNext() const {
     if (waiting_.empty()) return -1;
     const auto left = waiting_.front().due - Clock::now();
-    return static_cast<int>(std::max<std::int64_t>(
-        0, std::chrono::ceil<std::chrono::milliseconds>(left).count()));
+    return static_cast<int>(
+        std::max<std::int64_t>(0, std::chrono::ceil<std::chrono::milliseconds>(left).count()));
 }
 
 bool UsbIpPort::readCommand() {
@@ -186,8 +186,8 @@ bool UsbIpPort::answerSound(const Transfer& transfer) {
     Bytes packets;
     std::uint32_t sum = 0;
     for (const Packet& packet : transfer.packets) {
-        const bool isWithin = packet.offset <= transfer.data.size() &&
-                              packet.length <= transfer.data.size() - packet.offset;
+        const bool isWithin =
+            packet.offset <= transfer.data.size() && packet.length <= transfer.data.size() - packet.offset;
         if (!isWithin) return false;
         device_.takeSamples(transfer.data.data() + packet.offset, packet.length);
         append(packets, packet.offset);
@@ -203,8 +203,8 @@ bool UsbIpPort::answerSound(const Transfer& transfer) {
 bool UsbIpPort::answerControl(const Transfer& transfer) {
     const auto answer = device_.control(transfer.setup, transfer.data);
     if (!answer) return reply(transfer, -EPIPE, 0, {});
-    const auto size = static_cast<std::uint32_t>(
-        transfer.direction == directionOut ? transfer.data.size() : answer->size());
+    const auto size = static_cast<std::uint32_t>(transfer.direction == directionOut ? transfer.data.size()
+                                                                                    : answer->size());
     return reply(transfer, 0, size, *answer);
 }
 

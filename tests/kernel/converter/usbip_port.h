@@ -11,8 +11,8 @@
 
 namespace purlock::kernel_lab {
 
-/// A port of the kernel's own USB/IP host controller (vhci_hcd), with a device in this process at its end. Packets of
-/// sound are answered when their time on a real bus would be over. One thread.
+/// A port of the kernel's own USB/IP host controller (vhci_hcd), with a device in this process at its end.
+/// Packets of sound are answered when their time on a real bus would be over. One thread.
 ///
 /// Source of the protocol: Documentation/usb/usbip_protocol.rst of the Linux kernel.
 class UsbIpPort {
