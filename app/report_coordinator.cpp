@@ -1,6 +1,5 @@
 #include "app/report_coordinator.h"
 
-#include <algorithm>
 #include <chrono>
 #include <string_view>
 #include <utility>
@@ -25,15 +24,13 @@ std::optional<std::string_view> sourceBundleID(const std::optional<NowPlayingInf
     return std::nullopt;
 }
 
-/// True when the player is heard and no other process produces sound.
-bool isHeardAlone(const NowPlayingInfo& np, const std::optional<AudioProcessInfo>& process,
-                  const ProcessAudioSeams& seams) {
-    if (!np.isPlaying || !process) return false;
+/// The process that is heard, if it is the player's.
+std::optional<std::int32_t> playerProcess(const NowPlayingInfo& np,
+                                          const std::optional<AudioProcessInfo>& process) {
+    if (!np.isPlaying || !process) return std::nullopt;
     const bool isTheSame =
         np.appBundleID ? np.appBundleID == process->bundleID : np.appName && np.appName == process->appName;
-    if (!isTheSame) return false;
-    const auto processes = ProcessAudio::audioProcesses(seams.hardware);
-    return std::ranges::count_if(processes, &ProcessAudio::RawProcess::isRunningOutput) == 1;
+    return isTheSame ? std::optional(process->pid) : std::nullopt;
 }
 
 }  // namespace
@@ -85,10 +82,7 @@ void ReportCoordinator::recompute(const std::optional<DeviceState>& state,
     if (state) process = ProcessAudio::currentSourceFor(state->deviceID, seams_.processAudio);
     const SourceApp app = sourceAppFromBundleID(sourceBundleID(np, process));
     auto claim = Introspectors::claimFor(app, seams_.introspection);
-    if (!claim && np && np->playedFile) {
-        const bool isHeard = state && state->isRunning && isHeardAlone(*np, process, seams_.processAudio);
-        claim = claimOfPlayedFile(np, isHeard);
-    }
+    if (!claim && np && np->playedFile) claim = claimOfPlayedFile(np, playerProcess(*np, process));
     auto report = CauseEngine::evaluate(state, np, process, claim, seams_.words);
     objectWillChange_.fire();
     report_ = std::move(report);

@@ -1,17 +1,19 @@
-// What it costs that a known service's window is open while it plays: Purlock and the browser that shows the
-// service, over the same time.
+// Measures the processor time of Purlock and of a browser while a known service plays in the browser's
+// window.
 //
 //     build/release/bin/badge_cost [seconds] [badge, "" for none]
 //
 // A private session of real parts with accessibility on. The service is a page of some 4,700 elements in
 // Chromium, which has a desktop file of the service's name and plays a tone; Chromium shows its tree because
-// it is started with --force-renderer-accessibility.
+// it is started with --force-renderer-accessibility. The first 30 seconds of a track are measured, then as
+// many seconds as were asked for, then a pause, then the same without Purlock.
 #include <charconv>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -23,13 +25,15 @@ namespace purlock {
 namespace {
 
 constexpr const char* browser = "/usr/lib/chromium/chromium";
-constexpr int rows = 780;  // of six elements each, as Chromium counts them
+constexpr int rows = 780;  // Chromium makes six elements of each
 
 std::string page(const std::string& badge) {
     std::string html =
         "<html><head><title>Player</title></head><body><h1>Songs</h1>"
         "<audio id=a autoplay loop src=tone.wav></audio><script>"
-        "navigator.mediaSession.metadata = new MediaMetadata({title: 'Song', artist: 'Singer'});"
+        "let track = 0; const tell = () => { navigator.mediaSession.metadata ="
+        " new MediaMetadata({title: 'Song ' + ++track, artist: 'Singer'}); }; tell();"
+        "navigator.mediaSession.setActionHandler('nexttrack', tell);"
         "</script><table>";
     for (int i = 0; i < rows; ++i) {
         const std::string number = std::to_string(i);
@@ -55,23 +59,26 @@ pid_t startBrowser(test::DesktopSession& desktop) {
         .pid();
 }
 
+/// In per cent of one core.
 struct Use {
     double purlock = 0;
     double browser = 0;
 };
 
-/// In per cent of one core.
+double percentWithin(const std::optional<bench::ProcessUse>& from, const std::optional<bench::ProcessUse>& to,
+                     int seconds) {
+    if (!from || !to) return -1;
+    return (to->processorMilliseconds - from->processorMilliseconds) / (10.0 * seconds);
+}
+
+/// `purlock` is 0 where it does not run.
 Use useWithin(pid_t purlock, pid_t browserProcess, int seconds) {
-    const auto purlockBefore = bench::useOf(purlock);
-    const auto browserBefore = bench::useOf(browserProcess);
+    const auto use = [](pid_t pid) { return pid > 0 ? bench::useOf(pid) : bench::ProcessUse{}; };
+    const auto purlockBefore = use(purlock);
+    const auto browserBefore = use(browserProcess);
     std::this_thread::sleep_for(std::chrono::seconds(seconds));
-    const auto purlockAfter = bench::useOf(purlock);
-    const auto browserAfter = bench::useOf(browserProcess);
-    if (!purlockBefore || !browserBefore || !purlockAfter || !browserAfter) return {-1, -1};
-    const auto percent = [&](const bench::ProcessUse& from, const bench::ProcessUse& to) {
-        return (to.processorMilliseconds - from.processorMilliseconds) / (10.0 * seconds);
-    };
-    return {percent(*purlockBefore, *purlockAfter), percent(*browserBefore, *browserAfter)};
+    return {percentWithin(purlockBefore, use(purlock), seconds),
+            percentWithin(browserBefore, use(browserProcess), seconds)};
 }
 
 void print(const char* what, const Use& use) {
@@ -79,36 +86,43 @@ void print(const char* what, const Use& use) {
     std::fflush(stdout);
 }
 
-int run(int seconds, const std::string& badge) {
-    test::DesktopSession desktop;
-    if (!desktop.start()) return EXIT_FAILURE;
-    prepare(desktop, badge);
-    const pid_t browserProcess = startBrowser(desktop);
-    std::this_thread::sleep_for(std::chrono::seconds(15));
-    std::printf("%-40s %10s %10s\n", "per cent of a core", "purlock", "browser");
-    std::fflush(stdout);
-    desktop.startTray();
-    const pid_t purlock = desktop.startProgram().pid();
-    std::this_thread::sleep_for(std::chrono::seconds(10));
-    print("playing", useWithin(purlock, browserProcess, seconds));
+void measureTrack(test::DesktopSession& desktop, pid_t purlock, pid_t browserProcess, int seconds) {
+    constexpr int beginning = 30;
+    desktop.playerctl("next");
+    print("a track's first 30 s", useWithin(purlock, browserProcess, beginning));
+    print("later", useWithin(purlock, browserProcess, seconds));
+}
+
+bool isBadgeFound(test::DesktopSession& desktop, const std::string& badge) {
     const bool isFound = desktop.clickIcon() && test::waitUntil([&] {
                              return test::elementNamed(desktop.onScreen(), badge) != nullptr;
                          });
     desktop.clickIcon();
-    std::printf("the badge was %s\n", isFound ? "found" : "not found");
+    return isFound;
+}
+
+int run(int seconds, const std::string& badge) {
+    constexpr std::chrono::seconds settling{15};
+    test::DesktopSession desktop;
+    if (!desktop.start()) return EXIT_FAILURE;
+    prepare(desktop, badge);
+    const pid_t browserProcess = startBrowser(desktop);
+    std::this_thread::sleep_for(settling);
+    std::printf("%-40s %10s %10s\n", "per cent of a core", "purlock", "browser");
+    desktop.startTray();
+    const pid_t purlock = desktop.startProgram().pid();
+    std::this_thread::sleep_for(settling);
+    measureTrack(desktop, purlock, browserProcess, seconds);
+    if (!badge.empty())
+        std::printf("the badge was %s\n", isBadgeFound(desktop, badge) ? "found" : "not found");
     desktop.playerctl("pause");
-    std::this_thread::sleep_for(std::chrono::seconds(5));
+    std::this_thread::sleep_for(settling);
     print("paused", useWithin(purlock, browserProcess, seconds));
     desktop.playerctl("play");
     desktop.parts().process("purlock").kill();
-    std::this_thread::sleep_for(std::chrono::seconds(5));
-    const auto before = bench::useOf(browserProcess);
-    std::this_thread::sleep_for(std::chrono::seconds(seconds));
-    const auto after = bench::useOf(browserProcess);
-    if (before && after) {
-        print("playing without Purlock",
-              {0, (after->processorMilliseconds - before->processorMilliseconds) / (10.0 * seconds)});
-    }
+    std::this_thread::sleep_for(settling);
+    std::printf("without Purlock\n");
+    measureTrack(desktop, 0, browserProcess, seconds);
     return EXIT_SUCCESS;
 }
 

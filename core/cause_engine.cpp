@@ -162,14 +162,15 @@ void append(std::vector<Diagnostic>& list, std::vector<Diagnostic> more) {
     list.insert(list.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
 }
 
-/// The format that a claim is compared with: the mixer's. A player of files is compared with its own stream
-/// where that is known, for the mixer's format may be that of a conversion further on.
+/// The format that a claim is compared with: the mixer's. A player of files is compared with its own stream,
+/// for the mixer's format may be that of another program or of a conversion further on.
 std::optional<AudioFormat> handedOver(const std::optional<SourceClaim>& claim,
                                       const std::optional<DeviceState>& state) {
     if (!state) return std::nullopt;
-    const bool isFile = claim && claim->file;
-    if (isFile && state->mixerWork && state->mixerWork->streamFormat) return state->mixerWork->streamFormat;
-    return state->virtualFormat;
+    if (!claim || !claim->file) return state->virtualFormat;
+    const auto& work = state->mixerWork;
+    const auto& player = claim->file->playerProcess;
+    return work && player && work->streamProcess == player ? work->streamFormat : std::nullopt;
 }
 
 }  // namespace

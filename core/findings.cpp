@@ -96,7 +96,6 @@ std::vector<Diagnostic> fileDiagnostics(const SourceClaim& claim, const AudioFor
     // The mixer computes in floats that hold no more than this, so more in the file is lost in no player.
     constexpr std::uint32_t mostUsefulBits = 24;
     std::vector<Diagnostic> found;
-    if (!claim.file->isHeardAlone) return found;
     const PlayerWords player = playerWords(*claim.file);
     const bool isLossless = claim.isLossless.value_or(false);
     if (claim.declaredRate && *claim.declaredRate != virtualFormat.sampleRate) {

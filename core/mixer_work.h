@@ -142,7 +142,8 @@ struct MixerWork {
     std::vector<Alteration> alterations;                // in the order in which the mixer works
     std::optional<std::string> linkCodec = {};          // in which it sends the sound over the air: "LDAC"
     std::optional<RateConversion> rateConversion = {};  // for which the two formats stand
-    std::optional<AudioFormat> streamFormat = {};       // in which the application hands over what is judged
+    std::optional<AudioFormat> streamFormat = {};       // in which a process hands over what is judged
+    std::optional<std::int32_t> streamProcess = {};     // that process
 
     bool operator==(const MixerWork&) const = default;
 };

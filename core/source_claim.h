@@ -30,9 +30,8 @@ struct FileClaim {
     std::optional<std::uint32_t> channelCount;
     std::optional<double> bitsPerSecond;  // of a lossy file's stream
 
-    /// Whether the watched device plays this player's sound and no other's, so that the mixer's format is
-    /// what the player hands over.
-    bool isHeardAlone = false;
+    /// The process in which the player is heard at this moment; its stream is compared with the file.
+    std::optional<std::int32_t> playerProcess;
 
     bool operator==(const FileClaim&) const = default;
 };

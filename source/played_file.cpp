@@ -66,7 +66,7 @@ std::optional<PlayedFile> playedFileOf(const NowPlayingDictionary& dictionary) {
 }
 
 std::optional<SourceClaim> claimOfPlayedFile(const std::optional<NowPlayingInfo>& nowPlaying,
-                                             bool isHeardAlone) {
+                                             std::optional<std::int32_t> playerProcess) {
     if (!nowPlaying || !nowPlaying->playedFile) return std::nullopt;
     const PlayedFile& file = *nowPlaying->playedFile;
     const bool isSingleBits = file.bitDepth == 1U;
@@ -76,7 +76,7 @@ std::optional<SourceClaim> claimOfPlayedFile(const std::optional<NowPlayingInfo>
     claim.isLossless = file.isLossless;
     claim.isHiRes = isHiRes(file);
     claim.codec = file.codec;
-    claim.file = FileClaim{nowPlaying->appName, file.channelCount, file.bitsPerSecond, isHeardAlone};
+    claim.file = FileClaim{nowPlaying->appName, file.channelCount, file.bitsPerSecond, playerProcess};
     return claim;
 }
 

@@ -17,11 +17,11 @@ void addPlayedFile(NowPlayingDictionary& dictionary, const PlayedFile& file);
 /// Absent when the dictionary names no codec; a number that no file can have is absent.
 std::optional<PlayedFile> playedFileOf(const NowPlayingDictionary& dictionary);
 
-/// What the played file claims. `isHeardAlone` is as in `FileClaim`. Absent when no file is known.
+/// What the played file claims. `playerProcess` is as in `FileClaim`. Absent when no file is known.
 ///
 /// A file of single bits (DSD) declares neither rate nor depth: what a player makes of it cannot be compared
 /// with them.
 std::optional<SourceClaim> claimOfPlayedFile(const std::optional<NowPlayingInfo>& nowPlaying,
-                                             bool isHeardAlone);
+                                             std::optional<std::int32_t> playerProcess);
 
 }  // namespace purlock

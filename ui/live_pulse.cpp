@@ -26,12 +26,14 @@ LivePulse::LivePulse(RunLoop& mainLoop, WallTime lastTick, std::function<void()>
 void LivePulse::setLastTick(WallTime tick) {
     if (std::exchange(lastTick_, tick) == tick) return;
     setBright(true);
-    // Dropping the handle of an earlier flash is what lets this one last its full time.
-    dimming_ = mainLoop_.postDelayed(brightTime, [this] { setBright(false); });
+    dimmings_.push_back(mainLoop_.postDelayed(brightTime, [this] {
+        dimmings_.pop_front();  // they end in the order in which they began
+        setBright(false);
+    }));
 }
 
 void LivePulse::rest() {
-    dimming_.cancel();
+    dimmings_.clear();
     bright_ = false;
 }
 

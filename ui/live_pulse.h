@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <functional>
 #include <memory>
 #include <string>
@@ -22,8 +23,12 @@ class LivePulse {
     /// `onChange` runs whenever the dot has become brighter or darker.
     LivePulse(RunLoop& mainLoop, WallTime lastTick, std::function<void()> onChange);
 
-    /// Makes the dot bright for 0.45 s, unless `tick` is the one that it knows.
+    /// Makes the dot bright, and dark 0.45 s later, whatever comes in between; nothing if `tick` is the one
+    /// that it knows.
     void setLastTick(WallTime tick);
+
+    /// The same without a flash; for what has passed while nobody saw it.
+    void noteTick(WallTime tick) { lastTick_ = tick; }
 
     /// Makes the dot dark without a word; for when nobody sees it.
     void rest();
@@ -39,7 +44,7 @@ class LivePulse {
     WallTime lastTick_;
     const std::function<void()> onChange_;
     bool bright_ = false;
-    Cancellable dimming_;
+    std::deque<Cancellable> dimmings_;
 };
 
 }  // namespace purlock

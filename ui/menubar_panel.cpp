@@ -72,6 +72,7 @@ MenubarPanel::MenubarPanel(const MenubarPanelSeams& seams, std::shared_ptr<Audio
 
 void MenubarPanel::appear() {
     if (!subscriptions_.empty()) return;
+    pulse_.noteTick(coordinator_->lastTick().value());
     const auto changed = [this](const auto& /*value*/) { onChange_(); };
     subscriptions_.push_back(monitor_->state().subscribe(changed));
     subscriptions_.push_back(monitor_->availableDevices().subscribe(changed));

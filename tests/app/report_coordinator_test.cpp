@@ -248,11 +248,20 @@ TEST(ReportCoordinator, TheEndDropsWhatIsUnderWay) {
 
 /// A player of files that is heard at the desk, which runs at 48 kHz.
 struct FileFixture : Fixture {
-    explicit FileFixture(const char* bundleID = "mpv") {
+    explicit FileFixture(const char* bundleID = "mpv", std::int32_t streamProcess = 100) {
         applications.setRunning({{100, bundleID, "mpv"}, {200, "browser", "Browser"}});
         setProcess(bundleID, 100);
+        setStream(streamProcess);
         makeCoordinator();
         start();
+    }
+
+    /// The stream that the device's format is judged by.
+    void setStream(std::int32_t process) {
+        MixerWork work;
+        work.streamFormat = AudioFormat{48000, 32, 2, 0, 0};
+        work.streamProcess = process;
+        hardware.setMixerWork(50, work);
     }
 
     void setPlayingFile(double playbackRate = 1) {
@@ -284,7 +293,7 @@ TEST(ReportCoordinator, AFileIsTheClaimWhereNoServiceClaimsAnything) {
     EXPECT_FALSE(service.accusesThePlayer());
 }
 
-TEST(ReportCoordinator, APlayerThatIsNotHeardAloneIsNotAccused) {
+TEST(ReportCoordinator, APlayerIsAccusedForItsOwnStreamAlone) {
     FileFixture paused;
     paused.setPlayingFile(0);
     EXPECT_EQ(paused.stage(0), "mpv");
@@ -296,12 +305,20 @@ TEST(ReportCoordinator, APlayerThatIsNotHeardAloneIsNotAccused) {
     EXPECT_EQ(another.stage(0), "mpv");
     EXPECT_FALSE(another.accusesThePlayer());
 
-    FileFixture both;
-    test::FakeProcess{12, 200, "browser", true, {50}}.addTo(both.hardware);
-    both.hardware.setObjects(kAudioObjectSystemObject, kAudioHardwarePropertyProcessObjectList,
-                             test::globalScope, {11, 12});
-    both.setPlayingFile();
-    EXPECT_FALSE(both.accusesThePlayer());
+    const auto addBrowser = [](FileFixture& f) {
+        test::FakeProcess{12, 200, "browser", true, {50}}.addTo(f.hardware);
+        f.hardware.setObjects(kAudioObjectSystemObject, kAudioHardwarePropertyProcessObjectList,
+                              test::globalScope, {11, 12});
+    };
+    FileFixture beside;
+    addBrowser(beside);
+    beside.setPlayingFile();
+    EXPECT_TRUE(beside.accusesThePlayer()) << "its own stream is known, whoever sounds besides";
+
+    FileFixture anothers("mpv", 200);
+    addBrowser(anothers);
+    anothers.setPlayingFile();
+    EXPECT_FALSE(anothers.accusesThePlayer());
 }
 
 }  // namespace

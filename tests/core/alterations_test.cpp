@@ -110,7 +110,7 @@ TEST(Alterations, Findings) {
     EXPECT_TRUE(CauseEngine::alterationDiagnostics(MixerWork{}, words).empty());
 }
 
-/// The clock runs at 48 kHz, and the mixer's format is what it has made of the stream.
+/// The clock runs at 48 kHz, and the mixer's format is what it has made of the stream, or of another one.
 TEST(Alterations, APlayerOfFilesIsComparedWithItsOwnStream) {
     auto state = test::device(DeviceTransport::usb, integerFormat(48000, 24), integerFormat(44100, 24));
     state.mixerWork = MixerWork{};
@@ -118,15 +118,27 @@ TEST(Alterations, APlayerOfFilesIsComparedWithItsOwnStream) {
     claim.isLossless = true;
     claim.file = FileClaim{};
     claim.file->playerName = "mpv";
-    claim.file->isHeardAlone = true;
+    claim.file->playerProcess = 7;
     const auto titleOfFirst = [&] {
         return CauseEngine::evaluate(state, {}, {}, claim).diagnostics[0].title;
     };
-    EXPECT_EQ(titleOfFirst(), "Source app is resampling") << "as far as the mixer's format tells";
+    EXPECT_EQ(titleOfFirst(), "macOS is resampling") << "its stream is not known";
+    state.mixerWork->streamFormat = integerFormat(44100, 16);
+    EXPECT_EQ(titleOfFirst(), "macOS is resampling") << "nor whose stream this is";
+    state.mixerWork->streamProcess = 8;
+    EXPECT_EQ(titleOfFirst(), "macOS is resampling") << "another's stream";
+    state.mixerWork->streamProcess = 7;
+    EXPECT_EQ(titleOfFirst(), "Source app delivered lower bit depth");
     state.mixerWork->streamFormat = integerFormat(44100, 24);
     EXPECT_EQ(titleOfFirst(), "macOS is resampling");
-    state.mixerWork->streamFormat = integerFormat(44100, 16);
-    EXPECT_EQ(titleOfFirst(), "Source app delivered lower bit depth");
+    state.mixerWork->streamFormat = integerFormat(48000, 24);
+    EXPECT_EQ(titleOfFirst(), "Source app is resampling");
+    claim.file->playerProcess.reset();
+    state.mixerWork->streamProcess.reset();
+    EXPECT_EQ(titleOfFirst(), "macOS is resampling") << "the player is not heard";
+    state.mixerWork.reset();
+    claim.file->playerProcess = 7;
+    EXPECT_EQ(titleOfFirst(), "macOS is resampling");
 }
 
 TEST(Alterations, ComeAfterTheFindingsOfTheLinkInTheirOwnOrder) {

@@ -166,11 +166,12 @@ TEST(MixerWork, EqualityComparesEveryField) {
                                     ForcedByStream{"a"}, ForcedByStream{"b"}, HeldByStream{"a"},
                                     HeldByStream{"b"}});
     expectAllDifferent<RateConversion>({{1, 2, {}}, {2, 2, {}}, {1, 1, {}}, {1, 2, Forced{}}});
-    std::vector<MixerWork> works(5);
+    std::vector<MixerWork> works(6);
     works[1].alterations = {Filter{"a"}};
     works[2].linkCodec = "SBC";
     works[3].rateConversion = RateConversion{1, 2, {}};
     works[4].streamFormat = integerFormat(48000, 16);
+    works[5].streamProcess = 7;
     expectAllDifferent(works);
 }
 
@@ -190,7 +191,7 @@ TEST(PlayedFile, EqualityComparesEveryField) {
     claims[1].playerName = "mpv";
     claims[2].channelCount = 2;
     claims[3].bitsPerSecond = 1000;
-    claims[4].isHeardAlone = true;
+    claims[4].playerProcess = 7;
     expectAllDifferent(claims);
     std::vector<SourceClaim> sources(2);
     sources[1].file = claims[1];

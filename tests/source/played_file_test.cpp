@@ -53,14 +53,14 @@ NowPlayingInfo playing(const PlayedFile& file) {
 }
 
 TEST(ClaimOfPlayedFile, IsWhatTheFileSays) {
-    const auto claim = claimOfPlayedFile(playing(hiRes), true);
+    const auto claim = claimOfPlayedFile(playing(hiRes), 7);
     SourceClaim expected;
     expected.declaredRate = 96000;
     expected.declaredBitDepth = 24;
     expected.isLossless = true;
     expected.isHiRes = true;
     expected.codec = "FLAC";
-    expected.file = FileClaim{"mpv", 2, 2'800'000.0, true};
+    expected.file = FileClaim{"mpv", 2, 2'800'000.0, 7};
     EXPECT_EQ(claim, expected);
 }
 
@@ -80,11 +80,11 @@ const HiResRow hiResRows[] = {
 
 TEST(ClaimOfPlayedFile, IsHiResBeyondACDs) {
     for (const HiResRow& row : hiResRows)
-        EXPECT_EQ(claimOfPlayedFile(playing(row.file), false)->isHiRes, row.isHiRes) << row.name;
+        EXPECT_EQ(claimOfPlayedFile(playing(row.file), std::nullopt)->isHiRes, row.isHiRes) << row.name;
 }
 
 TEST(ClaimOfPlayedFile, OfSingleBitsDeclaresNothingToCompare) {
-    const auto claim = claimOfPlayedFile(playing({"DSD64", 2822400.0, 1, 2, {}, true}), true);
+    const auto claim = claimOfPlayedFile(playing({"DSD64", 2822400.0, 1, 2, {}, true}), 7);
     ASSERT_TRUE(claim);
     EXPECT_EQ(claim->declaredRate, std::nullopt);
     EXPECT_EQ(claim->declaredBitDepth, std::nullopt);
@@ -93,8 +93,8 @@ TEST(ClaimOfPlayedFile, OfSingleBitsDeclaresNothingToCompare) {
 }
 
 TEST(ClaimOfPlayedFile, WithoutAFileThereIsNone) {
-    EXPECT_EQ(claimOfPlayedFile(std::nullopt, true), std::nullopt);
-    EXPECT_EQ(claimOfPlayedFile(NowPlayingInfo{}, true), std::nullopt);
+    EXPECT_EQ(claimOfPlayedFile(std::nullopt, 7), std::nullopt);
+    EXPECT_EQ(claimOfPlayedFile(NowPlayingInfo{}, 7), std::nullopt);
 }
 
 }  // namespace

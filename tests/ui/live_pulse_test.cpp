@@ -61,15 +61,31 @@ TEST(LivePulse, AnEqualTickDoesNotFlash) {
     EXPECT_EQ(f.changes, 0);
 }
 
-TEST(LivePulse, ASecondTickStartsTheFlashAnew) {
+TEST(LivePulse, EachTickDimsTheDotAfterItsOwnTime) {
     Fixture f;
     f.pulse.setLastTick(start + 1s);
     f.loop.advance(300ms);
     f.pulse.setLastTick(start + 2s);
-    f.loop.advance(449ms);
+    f.loop.advance(149ms);
     EXPECT_TRUE(f.pulse.bright());
     f.loop.advance(1ms);
+    EXPECT_FALSE(f.pulse.bright()) << "after the first";
+    f.pulse.setLastTick(start + 3s);
+    f.loop.advance(299ms);
+    EXPECT_TRUE(f.pulse.bright());
+    f.loop.advance(1ms);
+    EXPECT_FALSE(f.pulse.bright()) << "after the second";
+    f.loop.advance(150ms);
     EXPECT_FALSE(f.pulse.bright());
+    EXPECT_EQ(f.loop.timerCount(), 0U);
+}
+
+TEST(LivePulse, ATickThatNobodySawDoesNotFlash) {
+    Fixture f;
+    f.pulse.noteTick(start + 1s);
+    f.pulse.setLastTick(start + 1s);
+    EXPECT_FALSE(f.pulse.bright());
+    EXPECT_EQ(f.pulse.body(start + 3s).help, "Live — last refresh 2s ago");
 }
 
 TEST(LivePulse, AtRestItIsDarkAndWaitsForNothing) {

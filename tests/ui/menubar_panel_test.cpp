@@ -361,6 +361,19 @@ TEST(MenubarPanel, EveryReportFlashesTheDot) {
     EXPECT_EQ(opacity(), 0.35);
 }
 
+TEST(MenubarPanel, OpeningItFlashesForNoReportThatHasPassed) {
+    Fixture f;
+    f.launch();
+    f.pass(3s);
+    f.desktop.clickStatusItem();
+    EXPECT_EQ(test::contentOf<Circle>(f.item("header").children[1]).opacity, 0.35);
+    f.settle();
+    EXPECT_EQ(test::contentOf<Circle>(f.item("header").children[1]).opacity, 0.35);
+    f.pass(81ms);
+    EXPECT_EQ(test::contentOf<Circle>(f.item("header").children[1]).opacity, 0.95)
+        << "for that of the opening";
+}
+
 TEST(MenubarPanel, SeveralAnnouncementsMakeOnePicture) {
     Fixture f;
     f.open();

@@ -12,6 +12,10 @@ constexpr std::int64_t visibleState = 30;  // ATSPI_STATE_VISIBLE
 
 constexpr std::int64_t passwordText = 40;  // ATSPI_ROLE_PASSWORD_TEXT
 
+/// Table, row, tree table: what they show is in their cells. A browser gives them a content all the same, in
+/// which a mark stands for each cell.
+constexpr std::array<std::int64_t, 3> gridRoles = {55, 90, 66};
+
 /// Combo box, spin button, text, auto-complete, edit bar, entry.
 constexpr std::array<std::int64_t, 6> fieldRoles = {11, 52, 61, 76, 77, 79};
 
@@ -25,7 +29,7 @@ bool isOnScreen(const BusValue* states) {
 }
 
 bool countsByContent(std::int64_t role, bool isNameless) {
-    if (role == passwordText) return false;
+    if (role == passwordText || std::ranges::find(gridRoles, role) != gridRoles.end()) return false;
     return isNameless || std::ranges::find(fieldRoles, role) != fieldRoles.end();
 }
 

@@ -14,7 +14,7 @@ namespace purlock::host_linux {
 bool isOnScreen(const BusValue* states);
 
 /// Whether an element's content is read, beside its name: where there is no name, and in fields that a name
-/// only labels. Never that of a password.
+/// only labels. Never that of a password, nor of a table or a row, whose cells count.
 bool countsByContent(std::int64_t role, bool isNameless);
 
 /// Contents are read of this many elements of one tree at most.

@@ -12,7 +12,7 @@ constexpr std::size_t maximumTrees = 16;
 }  // namespace
 
 /// Where the last walk ended: with a text that matched, or with nothing.
-void KeptTrees::learn(Tree& tree) const {
+void KeptTrees::learn(Tree& tree, Moment now) const {
     if (!tree.snapshot || !tree.record || !tree.record->isUsed) return;
     const WalkRecord record = *tree.record;
     tree.record = std::make_shared<WalkRecord>();
@@ -24,6 +24,7 @@ void KeptTrees::learn(Tree& tree) const {
     } else {
         tree.isExhausted = true;
         tree.snapshot.reset();
+        scheduleExhausted(tree, now);
     }
 }
 
@@ -31,7 +32,7 @@ KeptTrees::View KeptTrees::view(std::int32_t pid, Moment now) {
     if (!trees_.contains(pid) && trees_.size() >= maximumTrees) return {};
     Tree& tree = trees_[pid];
     tree.asked = now;
-    learn(tree);
+    learn(tree, now);
     tree.record = std::make_shared<WalkRecord>();
     return {tree.snapshot, tree.record};
 }
@@ -40,6 +41,7 @@ std::optional<KeptTrees::Question> KeptTrees::due(std::int32_t pid, Moment now) 
     const auto entry = trees_.find(pid);
     if (entry == trees_.end() || entry->second.isBeingRead || now < entry->second.due) return std::nullopt;
     entry->second.isBeingRead = true;
+    entry->second.changed.reset();
     entry->second.isDueAgain = false;
     return Question{entry->second.found};
 }
@@ -47,20 +49,30 @@ std::optional<KeptTrees::Question> KeptTrees::due(std::int32_t pid, Moment now) 
 void KeptTrees::schedule(Tree& tree, Moment now) const {
     tree.isBeingRead = false;
     if (std::exchange(tree.isDueAgain, false)) return restart(tree, now);
-    if (tree.step < pace_.follow.size()) {
-        tree.pause = pace_.follow[tree.step++];
-    } else if (!tree.isExhausted) {
-        tree.pause = pace_.steady;
-    } else {
-        tree.pause = std::clamp(2 * tree.pause, pace_.steady, pace_.longest);
-    }
+    tree.due = now + (tree.step < pace_.follow.size() ? pace_.follow[tree.step] : pace_.steady);
+    ++tree.step;
+}
+
+/// After the one read at once that an application gets of which nothing is known yet, or whose badge has
+/// gone, one more once its window has settled.
+void KeptTrees::scheduleExhausted(Tree& tree, Moment now) const {
+    const bool isSettled = tree.step > 1;
+    tree.pause = isSettled ? std::clamp(2 * tree.pause, pace_.absent, pace_.longest) : pace_.settling;
     tree.due = now + tree.pause;
 }
 
-void KeptTrees::restart(Tree& tree, Moment now) {
-    tree.step = 0;
+void KeptTrees::restart(Tree& tree, Moment now) const {
     tree.failures = 0;
-    tree.due = now;
+    if (!tree.isExhausted) {
+        tree.step = 0;
+        tree.due = now;
+        return;
+    }
+    constexpr int longestSettling = 3;
+    tree.step = 1;
+    tree.pause = pace_.settling;
+    tree.changed = tree.changed.value_or(now);
+    tree.due = std::min(now + pace_.settling, *tree.changed + longestSettling * pace_.settling);
 }
 
 void KeptTrees::take(std::int32_t pid, std::optional<Snapshot> snapshot, Moment now) {

@@ -19,7 +19,11 @@ struct ReadingPace {
                                                     std::chrono::milliseconds(4000)};
     std::chrono::milliseconds steady{15'000};
 
-    /// While nothing is found each pause is twice as long as the one before, up to this.
+    /// A whole tree costs far more than the one element in which something was found. So where nothing was, a
+    /// change is followed by one read, this long after it (three times as long while changes go on), and then
+    /// by reads `absent` apart, each pause twice as long as the one before, up to `longest`.
+    std::chrono::milliseconds settling{4000};
+    std::chrono::milliseconds absent{30'000};
     std::chrono::milliseconds longest{60'000};
 
     /// After a read that failed, as of an application that has only just started; doubled each time up to
@@ -84,17 +88,19 @@ class KeptTrees {
         bool isExhausted = false;  // a walk over all of it found nothing
         bool isBeingRead = false;
         bool isDueAgain = false;  // something has changed during the read
-        std::size_t step = 0;
+        std::size_t step = 0;     // reads since the last change
         int failures = 0;
-        std::chrono::milliseconds pause{0};
+        std::chrono::milliseconds pause{0};  // while exhausted
+        std::optional<Moment> changed{};     // the first change since the last read
         Moment due{};
         Moment asked{};
         Moment windowNoted{};
     };
 
-    void learn(Tree& tree) const;
+    void learn(Tree& tree, Moment now) const;
     void schedule(Tree& tree, Moment now) const;
-    static void restart(Tree& tree, Moment now);
+    void scheduleExhausted(Tree& tree, Moment now) const;
+    void restart(Tree& tree, Moment now) const;
 
     const ReadingPace pace_;
     std::map<std::int32_t, Tree> trees_;

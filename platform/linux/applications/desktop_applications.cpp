@@ -5,6 +5,7 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/linux/applications/launchers.h"
 #include "platform/linux/applications/process_applications.h"
 #include "platform/linux/applications/process_identity.h"
 
@@ -53,9 +54,11 @@ class DesktopApplications::Desk : public std::enable_shared_from_this<Desk> {
         Moment seen{};
         bool searching = false;
     };
-    struct Sandbox {
+    enum class OwnWord { sandbox, script };
+    struct KeptWord {
         std::uint64_t startTime = 0;
-        std::optional<std::string> application;  // absent too while it is being read
+        std::optional<std::string> text;
+        bool isKnown = false;  // not while it is being read
     };
 
     /// Runs `work(desk)` on the queue, unless the desk is gone by then.
@@ -67,14 +70,14 @@ class DesktopApplications::Desk : public std::enable_shared_from_this<Desk> {
     }
 
     void readIndex();
-    std::optional<std::string> sandboxOf(std::int32_t pid);
-    std::optional<std::string> readSandbox(std::int32_t pid) const;
+    KeptWord ownWord(OwnWord word, std::int32_t pid);
+    std::optional<std::string> read(OwnWord word, std::int32_t pid) const;
     void search(const std::string& bundleID);
     void keepInstances(const std::string& bundleID, std::vector<StartedApplication> found);
     std::vector<StartedApplication> stillRunning(std::vector<StartedApplication> instances) const;
     void forgetOld(Moment now);
 
-    static constexpr std::size_t maximumSandboxes = 1024;
+    static constexpr std::size_t maximumWords = 1024;
 
     const std::shared_ptr<SerialQueue> queue_;
     const DesktopRoots roots_;
@@ -84,7 +87,7 @@ class DesktopApplications::Desk : public std::enable_shared_from_this<Desk> {
     std::shared_ptr<const DesktopIndex> index_ = std::make_shared<DesktopIndex>();
     bool checking_ = true;  // until the first reading has ended
     Moment checked_{};
-    std::map<std::int32_t, Sandbox> sandboxes_;
+    std::map<std::pair<OwnWord, std::int32_t>, KeptWord> ownWords_;
     std::map<std::int32_t, KeptProcess> keptProcesses_;
     std::map<std::string, KeptInstances, std::less<>> keptInstances_;
 };
@@ -114,28 +117,29 @@ std::shared_ptr<const DesktopIndex> DesktopApplications::Desk::currentIndex() {
     return index_;
 }
 
-std::optional<std::string> DesktopApplications::Desk::readSandbox(std::int32_t pid) const {
+/// On the queue, or on a thread that may wait.
+std::optional<std::string> DesktopApplications::Desk::read(OwnWord word, std::int32_t pid) const {
+    if (word == OwnWord::script) return scriptOf(processes_.arguments(pid));
     const auto info = processes_.flatpakInfo(pid);
     return info ? applicationOfFlatpakInfo(*info) : std::nullopt;
 }
 
-std::optional<std::string> DesktopApplications::Desk::sandboxOf(std::int32_t pid) {
+DesktopApplications::Desk::KeptWord DesktopApplications::Desk::ownWord(OwnWord word, std::int32_t pid) {
     const auto status = processes_.status(pid);
-    if (!status) return std::nullopt;
+    if (!status) return {0, std::nullopt, true};
+    const std::uint64_t startTime = status->startTime;
     const std::lock_guard lock(mutex_);
-    const auto known = sandboxes_.find(pid);
-    if (known != sandboxes_.end() && known->second.startTime == status->startTime)
-        return known->second.application;
-    if (sandboxes_.size() >= maximumSandboxes) sandboxes_.clear();
-    sandboxes_.insert_or_assign(pid, Sandbox{status->startTime, std::nullopt});
-    onQueue([pid, startTime = status->startTime](Desk& desk) {
-        auto application = desk.readSandbox(pid);
-        if (!application) return;
+    const auto known = ownWords_.find({word, pid});
+    if (known != ownWords_.end() && known->second.startTime == startTime) return known->second;
+    if (ownWords_.size() >= maximumWords) ownWords_.clear();
+    ownWords_.insert_or_assign({word, pid}, KeptWord{startTime, std::nullopt, false});
+    onQueue([word, pid, startTime](Desk& desk) {
+        auto text = desk.read(word, pid);
         const std::lock_guard deskLock(desk.mutex_);
-        desk.sandboxes_.insert_or_assign(pid, Sandbox{startTime, std::move(application)});
-        desk.keptProcesses_.erase(pid);
+        desk.ownWords_.insert_or_assign({word, pid}, KeptWord{startTime, std::move(text), true});
+        desk.keptProcesses_.clear();  // a process may be named by its parents
     });
-    return std::nullopt;
+    return {startTime, std::nullopt, false};
 }
 
 std::optional<RunningApplication> DesktopApplications::Desk::application(std::int32_t pid) {
@@ -158,9 +162,16 @@ std::optional<RunningApplication> DesktopApplications::Desk::application(std::in
             return kept->second.application;
         }
     }
-    const ProcessApplications lookup(processes_, index,
-                                     [this](std::int32_t other) { return sandboxOf(other); });
+    bool waitsForScript = false;
+    const auto scriptOf = [&](std::int32_t other) {
+        KeptWord script = ownWord(OwnWord::script, other);
+        waitsForScript = waitsForScript || !script.isKnown;
+        return std::move(script.text);
+    };
+    const auto sandboxOf = [this](std::int32_t other) { return ownWord(OwnWord::sandbox, other).text; };
+    const ProcessApplications lookup(processes_, index, {sandboxOf, scriptOf});
     auto application = lookup.applicationOf(pid);
+    if (waitsForScript) application.reset();  // a parent's name would be wrong in a moment
     const std::lock_guard lock(mutex_);
     // What came meanwhile, such as newer desktop files, is asked next time.
     if (index == index_)
@@ -208,8 +219,11 @@ void DesktopApplications::Desk::search(const std::string& bundleID) {
         const std::lock_guard lock(mutex_);
         index = index_;
     }
+    const auto reading = [this](OwnWord word) {
+        return [this, word](std::int32_t pid) { return read(word, pid); };
+    };
     const ProcessApplications lookup(processes_, index,
-                                     [this](std::int32_t pid) { return readSandbox(pid); });
+                                     {reading(OwnWord::sandbox), reading(OwnWord::script)});
     keepInstances(bundleID, lookup.instancesOf(bundleID));
 }
 

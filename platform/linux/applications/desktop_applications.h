@@ -41,8 +41,9 @@ struct DesktopRoots {
 ///
 /// Questions come from any thread and cost some reads of /proc. What may take long is done on `queue`, and a
 /// later question has it: the desktop files are read when this is made and when a folder has changed;
-/// a process's own root, which may hang, is looked into once; all processes are searched for the instances of
-/// an application. No mutex is held over a read. Owned by the host.
+/// a process's own root and the command line of an interpreter, which may hang, are read once; all processes
+/// are searched for the instances of an application. Until an interpreter's command line is known, nothing is
+/// named by it. No mutex is held over a read. Owned by the host.
 class DesktopApplications final : public RunningApplications {
   public:
     explicit DesktopApplications(std::shared_ptr<SerialQueue> queue, DesktopRoots roots = {});

@@ -19,7 +19,7 @@ std::optional<std::string> ProcessApplications::identifyByProgram(std::int32_t p
     const auto program = processes_.executable(pid);
     if (!program) return std::nullopt;
     if (!isLauncher(*program)) return index_->idOfExecutable(*program);
-    const auto script = scriptOf(processes_.arguments(pid));
+    const auto script = ownWords_.script(pid);
     return script ? index_->idOfExecutable(*script) : std::nullopt;
 }
 
@@ -30,7 +30,7 @@ std::optional<std::string> ProcessApplications::identify(std::int32_t pid) const
         if (entry == nullptr || !entry->isTerminal) return id;
     }
     if (processes_.hasOwnMounts(pid)) {
-        if (auto id = sandbox_(pid)) return id;
+        if (auto id = ownWords_.sandbox(pid)) return id;
     }
     return identifyByProgram(pid);
 }

@@ -22,13 +22,18 @@ using StartedApplication = std::pair<std::uint64_t, RunningApplication>;
 /// process; any thread.
 class ProcessApplications {
   public:
-    /// What a sandboxed process's own root says of its application; absent while it is not known. A process
-    /// may make its root a file system that hangs, so only a caller who may wait reads it here and now.
-    using SandboxLookup = std::function<std::optional<std::string>(std::int32_t pid)>;
+    /// What only the process itself tells, and may keep a reader waiting for: its root may be a file system
+    /// that hangs, and its command line lies in its own memory. Absent while it is not known. Only a caller
+    /// who may wait reads it here and now.
+    struct OwnWords {
+        using Lookup = std::function<std::optional<std::string>(std::int32_t pid)>;
+        Lookup sandbox;  // the application of its sandbox
+        Lookup script;   // what an interpreter runs
+    };
 
     ProcessApplications(const ProcessFiles& processes, std::shared_ptr<const DesktopIndex> index,
-                        SandboxLookup sandbox)
-        : processes_(processes), index_(std::move(index)), sandbox_(std::move(sandbox)) {}
+                        OwnWords ownWords)
+        : processes_(processes), index_(std::move(index)), ownWords_(std::move(ownWords)) {}
 
     std::optional<RunningApplication> applicationOf(std::int32_t pid) const;
 
@@ -44,7 +49,7 @@ class ProcessApplications {
 
     const ProcessFiles& processes_;
     const std::shared_ptr<const DesktopIndex> index_;
-    const SandboxLookup sandbox_;
+    const OwnWords ownWords_;
 };
 
 }  // namespace purlock::host_linux

@@ -10,8 +10,9 @@
 
 namespace purlock::host_linux {
 
-/// What the kernel tells of processes, below /proc or a folder like it. Reads are bounded and never wait for
-/// a process; absent is what cannot be read: the process is gone, or another user's. Any thread.
+/// What the kernel tells of processes, below /proc or a folder like it. Reads are bounded, and
+/// wait for a process only where it is said; absent is what cannot be read: the process is gone, or another
+/// user's. Any thread.
 class ProcessFiles {
   public:
     explicit ProcessFiles(std::string folder = "/proc") : folder_(std::move(folder)) {}
@@ -31,7 +32,8 @@ class ProcessFiles {
     /// The program file that it runs, as a path.
     std::optional<std::string> executable(std::int32_t pid) const;
 
-    /// Its command line's words, at most 4 KiB of them.
+    /// Its command line's words, at most 4 KiB of them. The kernel reads them from the process's own memory,
+    /// which may lie in a file system that never answers: for a thread that may wait.
     std::vector<std::string> arguments(std::int32_t pid) const;
 
     /// The processes of this user, in the order of their ids; at most 65,536.

@@ -6,13 +6,9 @@
 #include <QKeyEvent>
 #include <QPaintEvent>
 #include <QPainter>
-#include <QPainterPath>
-#include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "platform/linux/desktop/scroll_view.h"
-#include "platform/linux/desktop/view_style.h"
 #include "ui/view_parts.h"
 
 namespace purlock::host_linux {
@@ -20,18 +16,6 @@ namespace purlock::host_linux {
 namespace {
 
 constexpr int deepestTree = 12;  // of views, with some to spare
-constexpr Color ground{0.145, 0.145, 0.155, 1};
-
-/// A point wide, and a whole number of device pixels on every side, whatever the scale.
-void drawEdge(QPainter& painter, const QRectF& rect) {
-    const double ratio = painter.deviceTransform().m11();
-    const double width = std::max(1.0, std::floor(ratio)) / ratio;
-    const QRectF inner = rect.adjusted(width, width, -width, -width);
-    QPainterPath edge;
-    edge.addRect(rect);
-    edge.addRect(inner);  // odd and even: what lies between the two
-    painter.fillPath(edge, qtColor(white(0.12)));
-}
 
 }  // namespace
 
@@ -43,17 +27,36 @@ PanelSurface::PanelSurface(PanelWindowEvents events, WindowKind kind)
     setWindowFlags(flags | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     setWindowTitle(QStringLiteral("Purlock"));
     setAttribute(Qt::WA_QuitOnClose, false);
+    // A visual with an alpha channel, which is without effect where nothing composites.
+    setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_OpaquePaintEvent);
     setFocusPolicy(Qt::ClickFocus);
 }
 
 void PanelSurface::setContent(const View& content) {
     View fitted = content;
-    fitted.frame = Size{static_cast<double>(width()), static_cast<double>(height())};
+    const QRect panel = panelRect();
+    fitted.frame = Size{static_cast<double>(panel.width()), static_cast<double>(panel.height())};
     root_ = tree_.show(fitted, this);
-    root_->move(0, 0);
+    root_->move(panel.topLeft());
     root_->show();
     if (isVisible()) settleLayout();
+}
+
+void PanelSurface::setPanel(const QSize& size, const PanelEdge& edge) {
+    edge_ = edge;
+    setFixedSize(size + QSize(2 * edge.shadow, 2 * edge.shadow));
+    placeRoot();
+}
+
+QRect PanelSurface::panelRect() const {
+    return rect().adjusted(edge_.shadow, edge_.shadow, -edge_.shadow, -edge_.shadow);
+}
+
+void PanelSurface::placeRoot() {
+    if (root_ == nullptr) return;
+    root_->move(panelRect().topLeft());
+    root_->setFixedSize(panelRect().size());
 }
 
 void PanelSurface::releaseDrawing() {
@@ -62,7 +65,7 @@ void PanelSurface::releaseDrawing() {
 
 void PanelSurface::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    if (root_) root_->setFixedSize(size());
+    placeRoot();
 }
 
 /// Layouts inform one another by posted events, from level to level. All of them are let through before
@@ -82,8 +85,8 @@ void PanelSurface::showEvent(QShowEvent* event) {
 
 void PanelSurface::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
-    painter.fillRect(event->rect(), qtColor(ground));
-    drawEdge(painter, rect());
+    painter.setClipRect(event->rect());
+    drawPanelGround(painter, panelRect(), edge_);
 }
 
 void PanelSurface::keyPressEvent(QKeyEvent* event) {

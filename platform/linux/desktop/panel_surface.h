@@ -2,6 +2,7 @@
 
 #include <QWidget>
 
+#include "platform/linux/desktop/panel_edge.h"
 #include "platform/linux/desktop/view_tree.h"
 #include "platform/linux/desktop/x_panel_window.h"
 #include "ui/window_seams.h"
@@ -18,6 +19,12 @@ class PanelSurface final : public QWidget {
     /// whatever its own frame: on a low screen the window is lower, and the content scrolls in it.
     void setContent(const View& content);
 
+    /// How large the panel is and how it ends. The window is larger by the shadow's room.
+    void setPanel(const QSize& size, const PanelEdge& edge);
+
+    /// Where the panel stands in the window.
+    QRect panelRect() const;
+
     /// Gives back the picture of the window, which is made anew when it is next shown.
     void releaseDrawing();
 
@@ -30,9 +37,11 @@ class PanelSurface final : public QWidget {
 
   private:
     static void settleLayout();
+    void placeRoot();
 
     const PanelWindowEvents events_;
     ViewTree tree_;
+    PanelEdge edge_;
     QWidget* root_ = nullptr;  // belongs to tree_
 };
 

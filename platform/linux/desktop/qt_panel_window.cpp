@@ -86,9 +86,11 @@ class QtPanelWindow final : public PanelWindow {
     void makeKeyAndOrderFront() override {
         tidyUp_.stop();
         const QRect place = onScreen();
-        surface().setFixedSize(place.size());
-        surface().move(place.topLeft());
+        const PanelEdge edge = edgeNow();
+        surface().setPanel(place.size(), edge);
+        surface().move(place.topLeft() - QPoint(edge.shadow, edge.shadow));
         if (kind() == WindowKind::managed) keepOutOfWindowLists(surface());
+        if (kind() == WindowKind::unmanaged) excludeShadow(surface(), surface().panelRect());
         surface().show();
         bringToFront();
     }
@@ -110,6 +112,13 @@ class QtPanelWindow final : public PanelWindow {
     WindowKind kind() {
         if (!kind_) kind_ = panelWindowKind();
         return *kind_;
+    }
+
+    /// As the desktop is now. Nobody but this program places an unmanaged window, so there its shadow may
+    /// belong to it.
+    PanelEdge edgeNow() {
+        if (!isComposited()) return {};
+        return {true, kind() == WindowKind::unmanaged ? shadowRoom : 0};
     }
 
     PanelSurface& surface() {

@@ -1,7 +1,10 @@
 #include "platform/linux/desktop/x_panel_window.h"
 
+#include <xcb/shape.h>
+
 #include <array>
 #include <chrono>
+#include <cmath>
 #include <string>
 
 #include "platform/linux/desktop/x_connection.h"
@@ -52,6 +55,34 @@ WindowKind panelWindowKind() {
     const bool inWayland = !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
     const bool unmanaged = !inWayland || windowManagerName(connection) == "wlroots wm";
     return unmanaged ? WindowKind::unmanaged : WindowKind::managed;
+}
+
+bool isComposited() {
+    if (QGuiApplication::platformName().startsWith(QLatin1StringView("wayland"))) return true;
+    xcb_connection_t* const connection = toolkitConnection();
+    if (connection == nullptr) return false;
+    const XReply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
+        connection, xcb_get_selection_owner(connection, atomNamed(connection, "_NET_WM_CM_S0")), nullptr));
+    return owner && owner->owner != XCB_NONE;
+}
+
+void excludeShadow(QWidget& window, const QRect& panel) {
+    xcb_connection_t* const connection = toolkitConnection();
+    if (connection == nullptr) return;
+    const auto id = static_cast<xcb_window_t>(window.winId());
+    const auto pixels = [ratio = window.devicePixelRatioF()](int points) {
+        return static_cast<std::uint32_t>(std::lround(points * ratio));
+    };
+    const std::array extents{pixels(panel.x()), pixels(window.width() - panel.x() - panel.width()),
+                             pixels(panel.y()), pixels(window.height() - panel.y() - panel.height())};
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, id, atomNamed(connection, "_GTK_FRAME_EXTENTS"),
+                        XCB_ATOM_CARDINAL, 32, extents.size(), extents.data());
+    const xcb_rectangle_t area{static_cast<std::int16_t>(extents[0]), static_cast<std::int16_t>(extents[2]),
+                               static_cast<std::uint16_t>(pixels(panel.width())),
+                               static_cast<std::uint16_t>(pixels(panel.height()))};
+    xcb_shape_rectangles(connection, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED, id, 0,
+                         0, 1, &area);
+    xcb_flush(connection);
 }
 
 void keepOutOfWindowLists(QWidget& window) {

@@ -17,6 +17,15 @@ enum class WindowKind {
 /// thread; asks the server once.
 WindowKind panelWindowKind();
 
+/// Whether the desktop shows partly transparent windows as such: on Wayland always, on X while there is a
+/// compositing manager, which may come and go (EWMH's selection _NET_WM_CM_S0). Main thread; asks the server.
+bool isComposited();
+
+/// Has an unmanaged window take the mouse in its panel alone, so that a click on the shadow around it is one
+/// on what is below; and tells compositors that it brings its own shadow (_GTK_FRAME_EXTENTS, which they know
+/// from GTK). In points; does nothing elsewhere than on X. Main thread.
+void excludeShadow(QWidget& window, const QRect& panel);
+
 /// Keeps a managed window out of an X desktop's task bar and pager and shows it on every workspace (EWMH's
 /// _NET_WM_STATE and _NET_WM_DESKTOP, for which Qt has no words: some window managers obey the one, some the
 /// other). Each time before the window is shown, for a window manager forgets it when the window is hidden.

@@ -51,6 +51,7 @@ std::string uidOf(const NodeProperties& node, std::uint32_t transport, const Dev
 
 /// A running stream on its way to one end of its sound.
 struct Playing {
+    std::int32_t process = 0;
     std::uint64_t stream = 0;
     Routes::Path serials;
     PlayingPath path;
@@ -139,7 +140,7 @@ class AnswerBuilder {
             PlayingPath path{{}, application};
             for (const std::uint64_t each : serials) path.nodes.push_back(&graph_.nodes.at(each));
             paths_.push_back(path);
-            playing_.push_back({serial, std::move(serials), std::move(path)});
+            playing_.push_back({process.processIdentifier, serial, std::move(serials), std::move(path)});
         }
     }
 
@@ -233,8 +234,10 @@ class AnswerBuilder {
         if (!judgement.physical) judgement = judgeIdle(serial, node);
         if (!judgement.virtualFormat && judgement.physical)
             judgement.virtualFormat = streamDescription(*judgement.physical);
-        judgement.work.alterations = mixerWork(serial, node).alterations;
-        judgement.work.linkCodec = linkCodecName(node.properties.linkCodec);
+        MixerWork work = mixerWork(serial, node);
+        work.rateConversion = std::move(judgement.work.rateConversion);
+        work.linkCodec = linkCodecName(node.properties.linkCodec);
+        judgement.work = std::move(work);
         return judgement;
     }
 
@@ -242,8 +245,10 @@ class AnswerBuilder {
     Judgement judgeTaken(std::uint64_t serial, const PcmView& pcm) const {
         Judgement judgement;
         judgement.physical = physicalFormat(serial);
-        if (judgement.physical && !isSoundServer(*pcm.owner))
-            judgement.virtualFormat = streamDescription(*judgement.physical);
+        if (!judgement.physical || isSoundServer(*pcm.owner)) return judgement;
+        judgement.virtualFormat = streamDescription(*judgement.physical);
+        judgement.work.streamFormat = audioFormat(*judgement.virtualFormat);
+        judgement.work.streamProcess = pcm.owner->processIdentifier;
         return judgement;
     }
 
@@ -303,7 +308,7 @@ class AnswerBuilder {
             addElsewhere(work, node);
             return work;
         }
-        work.streamFormat = formatOf(first->path);
+        noteStream(work, *first);
         for (const Playing& each : playing_) {
             if (each.stream != first->stream || !each.passes(serial)) continue;
             const auto physical = physicalFormat(each.serials.back());
@@ -316,15 +321,19 @@ class AnswerBuilder {
     void addElsewhere(MixerWork& work, const NodeRecord& node) const {
         if (playing_.empty()) return;
         const Playing& other = playing_.front();
-        work.streamFormat = formatOf(other.path);
+        noteStream(work, other);
         work.alterations.push_back(alteration::Elsewhere{
             other.path.application, nameOf(other.path.nodes.back()->properties), nameOf(node.properties)});
     }
 
-    static std::optional<AudioFormat> formatOf(const PlayingPath& path) {
-        const auto& format = path.nodes.front()->format;
-        if (!format) return std::nullopt;
-        const StreamDescription stream = streamDescription(*format);
+    static void noteStream(MixerWork& work, const Playing& playing) {
+        const auto& format = playing.path.nodes.front()->format;
+        if (!format) return;
+        work.streamFormat = audioFormat(streamDescription(*format));
+        work.streamProcess = playing.process;
+    }
+
+    static AudioFormat audioFormat(const StreamDescription& stream) {
         return AudioFormat{stream.sampleRate, stream.bitsPerChannel, stream.channelsPerFrame,
                            stream.formatFlags, stream.formatID};
     }

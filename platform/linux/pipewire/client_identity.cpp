@@ -16,10 +16,11 @@ std::optional<std::string> named(const std::string& text) {
 
 }  // namespace
 
-/// A process may be seen before its control group says whose it is: one without a name is asked for a few
-/// times.
+/// A process may be seen before its control group or its script says whose it is: one that nothing but itself
+/// names is asked for a few times.
 bool ClientIdentities::Known::isInDoubt() const {
-    return questions < (identity.bundleID ? 1 : 4);
+    const bool isNamed = found.identity.bundleID && !found.isNamedByItself;
+    return questions < (isNamed ? 1 : 4);
 }
 
 bool ClientIdentities::isAnyInDoubt() const {
@@ -31,9 +32,9 @@ const ClientIdentity& ClientIdentities::identityOf(const ClientRecord& client, c
     Known& known = known_[client.serial];
     if (known.properties != client.properties || known.streamApplication != stream.application)
         known.questions = 0;
-    if (!known.isInDoubt()) return known.identity;
+    if (!known.isInDoubt()) return known.found.identity;
     known = {client.properties, stream.application, find(client.properties, stream), known.questions + 1};
-    return known.identity;
+    return known.found.identity;
 }
 
 std::optional<std::string> ClientIdentities::bundleIDOfProcess(std::int32_t process) {
@@ -50,23 +51,24 @@ ClientIdentity ClientIdentities::findInSandbox(const std::string& application,
     return {client.claimedProcess.value_or(0), application};
 }
 
-ClientIdentity ClientIdentities::find(const ClientProperties& client, const NodeProperties& stream) {
-    if (!client.portalApplication.empty()) return findInSandbox(client.portalApplication, client);
+ClientIdentities::Found ClientIdentities::find(const ClientProperties& client, const NodeProperties& stream) {
+    if (!client.portalApplication.empty()) return {findInSandbox(client.portalApplication, client)};
     const bool throughPulse = client.api == pulseServerApi;
     if (throughPulse && !client.host.empty() && !hostName_.empty() && client.host != hostName_) {
-        return {0, named(client.application)};  // over the network; its numbers mean nothing here
+        return {{0, named(client.application)}};  // over the network; its numbers mean nothing here
     }
     if (throughPulse && client.access == "flatpak" && !client.application.empty()) {
-        return findInSandbox(client.application, client);
+        return {findInSandbox(client.application, client)};
     }
     // The kernel's word is better than the client's, except where the other end is the PulseAudio server.
     auto process = throughPulse ? client.claimedProcess : client.connectedProcess;
     if (!process) process = stream.processIdentifier ? stream.processIdentifier : client.claimedProcess;
     ClientIdentity identity{process.value_or(0), std::nullopt};
     if (identity.processIdentifier > 0) identity.bundleID = bundleIDOfProcess(identity.processIdentifier);
+    const bool isNamedByItself = !identity.bundleID;
     if (!identity.bundleID) identity.bundleID = named(client.application);
     if (!identity.bundleID) identity.bundleID = named(stream.application);
-    return identity;
+    return {identity, isNamedByItself};
 }
 
 void ClientIdentities::retain(const AudioGraph& graph) {

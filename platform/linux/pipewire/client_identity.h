@@ -40,16 +40,20 @@ class ClientIdentities {
     void clear() { known_.clear(); }
 
   private:
+    struct Found {
+        ClientIdentity identity;
+        bool isNamedByItself = false;  // by the client alone, as long as nothing else names it
+    };
     struct Known {
         ClientProperties properties;
         std::string streamApplication;
-        ClientIdentity identity;
+        Found found;
         int questions = 0;
 
         bool isInDoubt() const;
     };
 
-    ClientIdentity find(const ClientProperties& client, const NodeProperties& stream);
+    Found find(const ClientProperties& client, const NodeProperties& stream);
     ClientIdentity findInSandbox(const std::string& application, const ClientProperties& client);
 
     RunningApplications& applications_;

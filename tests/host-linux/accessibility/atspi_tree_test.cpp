@@ -66,6 +66,25 @@ TEST_F(AtSpiTreeTest, ABadgeInAQtWindowIsFoundAndGoesWithIt) {
     EXPECT_TRUE(showsBadge(pid, std::nullopt, 5s));
 }
 
+/// Its menu is closed: the entries are in the tree, and not on the screen.
+TEST_F(AtSpiTreeTest, OfAGtkComboBoxTheChoiceAloneCounts) {
+    ASSERT_TRUE(becomesTrusted());
+    const auto start = [&](const char* chosen) {
+        return session_.startProgram(
+            {"/usr/bin/python3", PURLOCK_COMBO_WINDOW, chosen, "Hi-Res?", "Normal", "Hi-Res Lossless"});
+    };
+    ChildProcess chosen = start("2");
+    EXPECT_TRUE(showsBadge(chosen.pid(), "Hi-Res Lossless"));
+    ChildProcess normal = start("1");
+    std::optional<std::string> name;
+    EXPECT_TRUE(waitUntil([&] {
+        name = AccessibilityScraper::walk(*tree_.createApplication(normal.pid()), {"normal"}, 0);
+        return name.has_value();
+    }));
+    EXPECT_EQ(name, "Normal");
+    EXPECT_FALSE(waitUntil([&] { return badge(normal.pid()).has_value(); }, 500ms));
+}
+
 TEST_F(AtSpiTreeTest, AHungApplicationLosesItsBadgeWithinTheBound) {
     ASSERT_TRUE(becomesTrusted());
     ChildProcess window = session_.startProgram({"zenity", "--info", "--text=HI-RES LOSSLESS"});

@@ -204,6 +204,7 @@ TEST(CachedTree, ListsTheElementsWhoseContentCounts) {
     constexpr int label = 29;
     constexpr int password = 40;
     constexpr int entry = 79;
+    constexpr int tableRow = 90;
     const auto element = [](const char* path, int index, const char* name, bool hasText, int role) {
         return CacheItem{path, root, index, {}, name, "", hasText, true, 0, role};
     };
@@ -213,7 +214,8 @@ TEST(CachedTree, ListsTheElementsWhoseContentCounts) {
                                        element("/c", 2, "", false, label),
                                        element("/d", 3, "named", true, entry),
                                        element("/e", 4, "", true, password),
-                                       element("/f", 5, "named", false, entry)};
+                                       element("/f", 5, "named", false, entry),
+                                       element("/g", 6, "", true, tableRow)};
     EXPECT_EQ(buildTree(items, {})->textElements, (std::vector<TextElement>{{1, "/a"}, {4, "/d"}}));
 }
 

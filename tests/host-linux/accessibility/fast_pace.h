@@ -8,6 +8,8 @@ namespace purlock::test {
 inline constexpr host_linux::ReadingPace fastPace{
     .follow = {std::chrono::milliseconds(50), std::chrono::milliseconds(50)},
     .steady = std::chrono::milliseconds(200),
+    .settling = std::chrono::milliseconds(50),
+    .absent = std::chrono::milliseconds(200),
     .longest = std::chrono::milliseconds(200),
     .retry = std::chrono::milliseconds(50),
     .windows = std::chrono::milliseconds(50),

@@ -106,9 +106,58 @@ TEST(KeptTrees, WhileNothingIsFoundTheReadsBecomeRarer) {
     Walks walks;
     std::vector<std::chrono::milliseconds> reads;
     for (int i = 0; i < 7; ++i) reads.push_back(walks.nextRead(tree("low")));
-    EXPECT_EQ(reads, (std::vector<std::chrono::milliseconds>{0ms, 1500ms, 5500ms, 20500ms, 50500ms, 110500ms,
-                                                             170500ms}));
+    EXPECT_EQ(reads, (std::vector<std::chrono::milliseconds>{0ms, 4000ms, 34000ms, 94000ms, 154000ms,
+                                                             214000ms, 274000ms}));
     EXPECT_EQ(walks.asked, std::nullopt);
+}
+
+/// A change is read once the window has settled, and then not for half a minute.
+TEST(KeptTrees, WhereNothingIsFoundAChangeIsReadOnce) {
+    Walks walks;
+    for (int i = 0; i < 5; ++i) walks.nextRead(tree("low"));
+    const auto change = [&](std::chrono::milliseconds when) {
+        walks.now = KeptTrees::Moment{} + when;
+        walks.trees.noteChange(walks.now);
+    };
+    change(160s);
+    EXPECT_EQ(walks.nextRead(tree("low")), 164s);
+    EXPECT_EQ(walks.nextRead(tree("low")), 194s);
+    change(200s);
+    change(203s);
+    EXPECT_EQ(walks.nextRead(tree("low")), 207s) << "after the last change";
+    for (int i = 0; i < 30; ++i) change(300s + i * 1s);
+    EXPECT_TRUE(walks.trees.due(pid, KeptTrees::Moment{} + 312s))
+        << "changes without end are read now and then";
+}
+
+TEST(KeptTrees, AChangeBetweenAReadAndTheWalkOverItIsReadToo) {
+    Walks walks;
+    walks.nextRead(tree("low"));
+    walks.now += 4s;
+    ASSERT_TRUE(walks.trees.due(pid, walks.now));
+    walks.trees.take(pid, tree("low"), walks.now);
+    walks.trees.noteChange(walks.now);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(walks.walk(), std::nullopt);
+    EXPECT_TRUE(walks.trees.due(pid, walks.now + 4s));
+}
+
+TEST(KeptTrees, ABadgeThatComesWithAChangeIsFoundAndFollowed) {
+    Walks walks;
+    for (int i = 0; i < 3; ++i) walks.nextRead(tree("low"));
+    walks.trees.noteChange(walks.now);
+    EXPECT_EQ(walks.nextRead(tree("High")), 38s);
+    EXPECT_EQ(walks.walk(), "High");
+    EXPECT_EQ(walks.nextRead(tree("High")), 42s);
+    EXPECT_EQ(walks.nextRead(tree("High")), 57s);
+}
+
+TEST(KeptTrees, ABadgeThatGoesIsLookedForOnceMore) {
+    Walks walks;
+    for (int i = 0; i < 5; ++i) walks.nextRead(tree("High"));
+    walks.trees.noteChange(walks.now);
+    const auto start = walks.nextRead(tree("low"));
+    EXPECT_EQ(walks.nextRead(tree("low")) - start, 4s);
+    EXPECT_EQ(walks.nextRead(tree("low")) - start, 34s);
 }
 
 TEST(KeptTrees, AnElementThatIsAsItWasNeedsNoTree) {

@@ -183,8 +183,42 @@ TEST_F(DesktopApplicationsTest, AScriptIsFoundByItsName) {
          .program = "/usr/bin/python3.11",
          .commandLine = std::string("/usr/bin/python3\0-u\0/usr/bin/quodlibet\0", 39)});
     add({.pid = 11, .program = "/usr/bin/python3.11", .commandLine = std::string("python3\0", 8)});
-    EXPECT_EQ(of(10), application(10, "quodlibet", "Quod Libet"));
+    EXPECT_EQ(later(10), application(10, "quodlibet", "Quod Libet"));
+    EXPECT_EQ(later(11), std::nullopt);
+}
+
+/// A process's command line lies in its own memory, which may be a file that hangs.
+TEST_F(DesktopApplicationsTest, ACommandLineIsReadOnTheQueueAndNobodyIsNamedBeforehand) {
+    addDesktopFile("usr/applications/start.desktop", "Start", "start");
+    addDesktopFile("usr/applications/quodlibet.desktop", "Quod Libet", "quodlibet");
+    const std::string script("python3\0/usr/bin/quodlibet\0", 27);
+    add({.pid = 5, .session = 3, .program = "/usr/bin/start"});
+    add({.pid = 10, .parent = 5, .session = 3, .program = "/usr/bin/python3.11", .commandLine = script});
+    add({.pid = 11, .parent = 10, .session = 3, .program = "/usr/lib/quodlibet/output"});
     EXPECT_EQ(of(11), std::nullopt);
+    EXPECT_EQ(of(10), std::nullopt);
+    queue_->run();
+    EXPECT_EQ(of(11), application(11, "quodlibet", "Quod Libet"));
+    EXPECT_EQ(of(10), application(10, "quodlibet", "Quod Libet"));
+}
+
+TEST_F(DesktopApplicationsTest, ACommandLineIsReadOnceForEachProcess) {
+    addDesktopFile("usr/applications/first.desktop", "First", "first");
+    addDesktopFile("usr/applications/second.desktop", "Second", "second");
+    const std::string interpreter = "/usr/bin/python3.11";
+    add({.pid = 10,
+         .startTime = 100,
+         .program = interpreter,
+         .commandLine = std::string("python3\0first\0", 14)});
+    EXPECT_EQ(later(10), application(10, "first", "First"));
+    machine_.write("proc/10/cmdline", std::string("python3\0second\0", 15));
+    EXPECT_EQ(later(10), application(10, "first", "First"));
+    std::filesystem::remove_all(machine_.path() / "proc/10");
+    add({.pid = 10,
+         .startTime = 200,
+         .program = interpreter,
+         .commandLine = std::string("python3\0second\0", 15)});
+    EXPECT_EQ(later(10), application(10, "second", "Second"));
 }
 
 /// Debian's package of the interpreter has a desktop file of its own, which names the very program that every
@@ -211,10 +245,10 @@ TEST_F(DesktopApplicationsTest, TheScriptIsAskedBeforeItsInterpreter) {
     add({.pid = 13,
          .program = "/usr/bin/python3.11",
          .commandLine = commandLine({"python3", "/opt/other.py"})});
-    EXPECT_EQ(of(10), application(10, "org.gnome.Lollypop", "Lollypop"));
-    EXPECT_EQ(of(11), application(11, "org.gnome.Lollypop", "Lollypop"));
-    EXPECT_EQ(of(12), std::nullopt);
-    EXPECT_EQ(of(13), std::nullopt);
+    EXPECT_EQ(later(10), application(10, "org.gnome.Lollypop", "Lollypop"));
+    EXPECT_EQ(later(11), application(11, "org.gnome.Lollypop", "Lollypop"));
+    EXPECT_EQ(later(12), std::nullopt);
+    EXPECT_EQ(later(13), std::nullopt);
 }
 
 TEST_F(DesktopApplicationsTest, AnIndexKnowsNoLauncher) {

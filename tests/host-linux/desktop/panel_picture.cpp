@@ -16,15 +16,17 @@ void usePictureFont() {
     QApplication::setFont(font);
 }
 
-QImage panelPicture(const View& view, double scale) {
+QImage panelPicture(const View& view, double scale, const host_linux::PanelEdge& edge) {
     host_linux::PanelSurface surface({[](const Action&) {}, [] {}});
-    surface.setFixedSize(360, 600);
+    surface.setPanel({360, 600}, edge);
     surface.setContent(view);
     surface.setAttribute(Qt::WA_DontShowOnScreen);
     surface.show();
-    QImage image(static_cast<int>(std::lround(360 * scale)), static_cast<int>(std::lround(600 * scale)),
-                 QImage::Format_RGB32);
+    QImage image(static_cast<int>(std::lround(surface.width() * scale)),
+                 static_cast<int>(std::lround(surface.height() * scale)),
+                 edge.isRounded ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
     image.setDevicePixelRatio(scale);
+    image.fill(Qt::transparent);
     surface.render(&image);
     return image;
 }

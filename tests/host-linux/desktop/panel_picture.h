@@ -3,6 +3,7 @@
 #include <QImage>
 #include <string>
 
+#include "platform/linux/desktop/panel_edge.h"
 #include "ui/view.h"
 
 namespace purlock::test {
@@ -12,8 +13,8 @@ namespace purlock::test {
 /// One font for all machines, and the dark look of the program.
 void usePictureFont();
 
-/// The panel as it is drawn at `scale` device pixels a point.
-QImage panelPicture(const View& view, double scale);
+/// The panel as it is drawn at `scale` device pixels a point, with its shadow where it has one.
+QImage panelPicture(const View& view, double scale, const host_linux::PanelEdge& edge = {});
 
 /// "bit-perfect@2x.png".
 std::string pictureName(const std::string& state, double scale);

@@ -223,10 +223,14 @@ TEST_F(AnswerBuilderTest, AProgramThatHasTheHardwareToItself) {
     EXPECT_EQ(answers.processes()[1].processIdentifier, 70);
     EXPECT_EQ(answers.processes()[1].bundleID, "app70");
     EXPECT_EQ(answers.processes()[1].devices, std::vector{device.id});
+    ASSERT_TRUE(device.mixerWork.streamFormat);
+    EXPECT_EQ(device.mixerWork.streamFormat->sampleRate, 96000);
+    EXPECT_EQ(device.mixerWork.streamProcess, 70);
 
     for (const char* const server : {"pulseaudio", "jackd", "jackdbus"}) {
         view.owner = PcmOwner{70, server};
         EXPECT_FALSE(build().devices()[0].virtualFormat) << server << " mixes and converts unseen";
+        EXPECT_FALSE(build().devices()[0].mixerWork.streamProcess);
         EXPECT_EQ(build().devices()[0].physicalFormat->sampleRate, 96000);
         EXPECT_EQ(build().processes().size(), 2U) << "yet it is what plays";
     }
@@ -284,6 +288,19 @@ TEST_F(AnswerBuilderTest, ASinkThatHandsOnIsJudgedByItsHardware) {
         EXPECT_EQ(virtualRate(both), row.expectedVirtual);
         EXPECT_EQ(both.name, "both") << "it keeps its own name";
     }
+}
+
+TEST_F(AnswerBuilderTest, TheStreamThatIsJudgedIsToldWithItsProcess) {
+    addSink(10, "watched", 48000);
+    EXPECT_EQ(build().devices()[0].mixerWork.streamFormat, std::nullopt);
+    NodeRecord& stream = addStream(20, 44100, NodeState::running, 10);
+    const MixerWork work = build().devices()[0].mixerWork;
+    ASSERT_TRUE(work.streamFormat);
+    EXPECT_EQ(work.streamFormat->sampleRate, 44100);
+    EXPECT_EQ(work.streamProcess, build().processes()[0].processIdentifier);
+    EXPECT_TRUE(work.rateConversion) << "beside what else is told";
+    stream.format.reset();
+    EXPECT_EQ(build().devices()[0].mixerWork.streamProcess, std::nullopt);
 }
 
 TEST_F(AnswerBuilderTest, WhatPlaysElsewhereIsToldWithItsDevice) {

@@ -10,7 +10,7 @@ class OneApplication final : public RunningApplications {
   public:
     std::optional<RunningApplication> runningApplicationWithProcessIdentifier(std::int32_t pid) override {
         ++questions;
-        if (pid != 500) return std::nullopt;
+        if (pid != 500 || !isKnown) return std::nullopt;
         return RunningApplication{500, "org.example.Player", "Player"};
     }
     std::vector<RunningApplication> runningApplicationsWithBundleIdentifier(std::string_view id) override {
@@ -18,6 +18,7 @@ class OneApplication final : public RunningApplications {
         return {{500, "org.example.Player", "Player"}};
     }
     int questions = 0;
+    bool isKnown = true;
 };
 
 struct IdentityCase {
@@ -83,6 +84,19 @@ TEST(ClientIdentity, IsAskedForOnceAndAFewTimesWhileThereIsNone) {
     EXPECT_EQ(applications.questions, 5);
     identities.identityOf({1, {.connectedProcess = 8}}, {});
     EXPECT_EQ(applications.questions, 6) << "its properties changed";
+}
+
+/// Its control group or its script may be known only a moment later.
+TEST(ClientIdentity, AnApplicationThatIsKnownLaterTakesThePlaceOfTheNameThatTheClientGives) {
+    OneApplication applications;
+    applications.isKnown = false;
+    ClientIdentities identities(applications, "here");
+    const ClientRecord client{1, {.application = "python3", .connectedProcess = 500}};
+    EXPECT_EQ(identities.identityOf(client, {}), (ClientIdentity{500, "python3"}));
+    EXPECT_TRUE(identities.isAnyInDoubt());
+    applications.isKnown = true;
+    EXPECT_EQ(identities.identityOf(client, {}), (ClientIdentity{500, "org.example.Player"}));
+    EXPECT_FALSE(identities.isAnyInDoubt());
 }
 
 }  // namespace

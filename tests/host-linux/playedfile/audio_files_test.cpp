@@ -71,8 +71,14 @@ TEST_P(AudioFiles, SayWhatIsInThem) {
         EXPECT_EQ(file->bitDepth, row.readDepth);
         EXPECT_EQ(file->channelCount, static_cast<std::uint32_t>(row.channels));
         EXPECT_EQ(file->isLossless, row.isLossless);
-        if (row.isLossless) continue;
-        EXPECT_GT(file->bitsPerSecond.value_or(0), 1000.0);
+        const test::Probed probed = test::probed(name);
+        EXPECT_EQ(file->sampleRate, probed.rate);
+        EXPECT_EQ(file->channelCount, static_cast<std::uint32_t>(probed.channels));
+        if (row.isLossless) {
+            EXPECT_EQ(file->bitDepth, static_cast<std::uint32_t>(probed.depth));
+        } else {
+            EXPECT_GT(file->bitsPerSecond.value_or(0), 1000.0);
+        }
     }
 }
 
@@ -97,14 +103,20 @@ TEST(AudioFile, OfMonkeysAudioIsReadFromItsHeader) {
 TEST(AudioFile, OfSingleBitsIsKnownWhereTheLibraryKnowsIt) {
     const test::TemporaryFolder folder;
     folder.write("single.dsf", test::dsfHeader(2822400, 2));
-    const auto file = readPlayedFile(folder.path() / "single.dsf");
+    folder.write("single.dff", test::dsdiffHeader(5644800, 2));
+    const auto dsf = readPlayedFile(folder.path() / "single.dsf");
+    const auto dsdiff = readPlayedFile(folder.path() / "single.dff");
     if (TAGLIB_MAJOR_VERSION < 2) {
-        EXPECT_EQ(file, std::nullopt);
+        EXPECT_EQ(dsf, std::nullopt);
+        EXPECT_EQ(dsdiff, std::nullopt);
         return;
     }
-    ASSERT_TRUE(file);
-    EXPECT_EQ(file->codec, "DSD64");
-    EXPECT_EQ(file->bitDepth, 1U);
+    ASSERT_TRUE(dsf);
+    EXPECT_EQ(dsf->codec, "DSD64");
+    EXPECT_EQ(dsf->bitDepth, 1U);
+    ASSERT_TRUE(dsdiff);
+    EXPECT_EQ(dsdiff->codec, "DSD128");
+    EXPECT_EQ(dsdiff->bitDepth, 1U);
 }
 
 TEST(AudioFile, IsReadBehindALargeTag) {

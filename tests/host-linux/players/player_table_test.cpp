@@ -1,11 +1,15 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <ostream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -21,8 +25,13 @@ using Command = std::vector<std::string>;
 enum class Known {
     file,    // MPRIS names it
     track,   // MPRIS names no file
-    nothing  // without a plug-in that is not there by default the player has no MPRIS; its process is named
-             // all the same
+    nothing  // a player without MPRIS; its process is named all the same
+};
+
+/// What the player finds in the session's folder before it starts.
+struct PreparedFile {
+    const char* name = nullptr;  // null where it needs none
+    const char* content = nullptr;
 };
 
 /// A player, how it is told to play "FILE", and what the source stage calls it.
@@ -34,6 +43,7 @@ struct PlayerRow {
     const char* shownName;
     Known known;
     bool isDaily;  // also where only ./test has installed what it needs
+    PreparedFile prepared = {};
 };
 
 std::ostream& operator<<(std::ostream& out, const PlayerRow& row) {
@@ -56,6 +66,14 @@ const PlayerRow playerRows[] = {
      Known::track,
      true},
     {"quodlibet",
+     "/usr/bin/quodlibet",
+     {"quodlibet"},
+     {{"quodlibet", "--play-file=FILE"}},
+     "Quod Libet",
+     Known::file,
+     false,
+     {"config/quodlibet/config", "[plugins]\nactive_plugins = mpris\n"}},
+    {"quodlibet_without_its_plugin",
      "/usr/bin/quodlibet",
      {"quodlibet"},
      {{"quodlibet", "--play-file=FILE"}},
@@ -90,7 +108,7 @@ const PlayerRow playerRows[] = {
      {"rhythmbox", "FILE"},
      {{"rhythmbox-client", "--play-uri=file://FILE"}},
      "Rhythmbox",
-     Known::nothing,
+     Known::file,
      false},
     {"celluloid", "/usr/bin/celluloid", {"celluloid", "FILE"}, {}, "Celluloid", Known::file, false},
     {"vlc",
@@ -100,6 +118,17 @@ const PlayerRow playerRows[] = {
      "VLC media player",
      Known::file,
      false},
+    {"chromium",
+     "/usr/bin/chromium",
+     {"chromium", "--no-sandbox", "--no-first-run", "--disable-gpu", "--disable-sync",
+      "--autoplay-policy=no-user-gesture-required", "FOLDER/page.html"},
+     {},
+     "Chromium Web Browser",
+     Known::track,
+     false,
+     {"page.html",
+      "<audio autoplay loop src=spring.flac></audio><script>navigator.mediaSession.metadata = new "
+      "MediaMetadata({title: 'Spring', artist: 'The Larks', album: 'Seasons'});</script>"}},
 };
 
 /// "Spring" by "The Larks" on "Seasons", at 96 kHz with 24 bits, as spring.flac in the session's folder.
@@ -144,18 +173,50 @@ class PlayerTable : public SessionTest, public testing::WithParamInterface<Playe
         desktop.parts().setVariable("XDG_DATA_DIRS", "/usr/local/share:/usr/share");
         file_ = desktop.parts().folder() + "/spring.flac";
         ASSERT_TRUE(makeSpring(desktop.parts()));
+        probed_ = fileAsProbed();
+        prepare();
     }
 
     void TearDown() override {
         if (!IsSkipped()) SessionTest::TearDown();
     }
 
+    void prepare() {
+        const PreparedFile& prepared = GetParam().prepared;
+        if (prepared.name != nullptr)
+            writeFile(desktop.parts().folder() + "/" + prepared.name, prepared.content);
+    }
+
     Command withFile(Command command) const {
         for (std::string& word : command) {
             if (const auto place = word.find("FILE"); place != std::string::npos)
                 word.replace(place, 4, file_);
+            if (word.starts_with("FOLDER")) word.replace(0, 6, std::filesystem::path(file_).parent_path());
         }
         return command;
+    }
+
+    /// What ffprobe finds in the file, as the source stage words it: "FLAC · 24-bit · 96.0 kHz".
+    std::string fileAsProbed() {
+        const auto probed =
+            desktop.parts().run({"ffprobe", "-v", "error", "-of", "default=nk=1:nw=1", "-show_entries",
+                                 "stream=codec_name,sample_rate,bits_per_raw_sample", file_});
+        std::istringstream words(probed.output);
+        std::string codec;
+        double rate = 0;
+        int bits = 0;
+        words >> codec >> rate >> bits;
+        std::ranges::transform(codec, codec.begin(), [](unsigned char byte) { return std::toupper(byte); });
+        std::array<char, 64> text{};
+        std::snprintf(text.data(), text.size(), "%s · %d-bit · %.1f kHz", codec.c_str(), bits, rate / 1000);
+        return text.data();
+    }
+
+    /// What playerctl hears of the one player: its state and its track.
+    std::string trackAsPlayerctlTellsIt() {
+        const std::string format = "{{status}}|{{title}}|{{artist}}|{{album}}";
+        const auto told = desktop.parts().run({"playerctl", "metadata", "--format", format});
+        return told.exitStatus == 0 ? told.output : "no player\n";
     }
 
     /// VLC will not run as root, as in a container; for the test it may: a copy of the program gets to call
@@ -171,10 +232,10 @@ class PlayerTable : public SessionTest, public testing::WithParamInterface<Playe
         std::filesystem::permissions(command.front(), std::filesystem::perms::owner_all);
     }
 
-    const char* shownSource() const {
+    std::string shownSource() const {
         switch (GetParam().known) {
             case Known::file:
-                return "FLAC · 24-bit · 96.0 kHz";
+                return probed_;
             case Known::track:
                 return "(source quality not detected)";
             case Known::nothing:
@@ -192,6 +253,7 @@ class PlayerTable : public SessionTest, public testing::WithParamInterface<Playe
     }
 
     std::string file_;
+    std::string probed_;
 };
 
 TEST_P(PlayerTable, IsNamedWithItsTrackAndItsFile) {
@@ -208,6 +270,8 @@ TEST_P(PlayerTable, IsNamedWithItsTrackAndItsFile) {
         isShown = waitUntil([&] { return showsAll(); }, 5s);
     }
     EXPECT_TRUE(isShown);
+    EXPECT_EQ(trackAsPlayerctlTellsIt(),
+              row.known == Known::nothing ? "no player\n" : "Playing|Spring|The Larks|Seasons\n");
     std::string line;
     for (const std::string& text : texts()) line += text + " | ";
     std::printf("%s: %s\n", row.name, line.c_str());

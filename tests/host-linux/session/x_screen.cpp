@@ -38,6 +38,20 @@ class Screen {
         return found ? area(*found) : std::nullopt;
     }
 
+    /// The highest byte of a pixel of the panel's window; absent where its depth has no place for one.
+    std::optional<int> opacityOfPanel(std::int16_t x, std::int16_t y) {
+        const auto panel = find(first().root, [&](xcb_window_t window) {
+            return isOf(window, "purlock") && isViewable(window) && kindOf(window) == Kind::panel;
+        });
+        if (!panel) return std::nullopt;
+        const auto cookie =
+            xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, *panel, x, y, 1, 1, ~std::uint32_t{0});
+        const auto image = owned(xcb_get_image_reply(connection_, cookie, nullptr));
+        constexpr int depthWithOpacity = 32;
+        if (!image || image->depth != depthWithOpacity) return std::nullopt;
+        return xcb_get_image_data(image.get())[3];
+    }
+
     std::optional<ScreenArea> areaOf(const std::string& instance) {
         const auto found = find(
             first().root, [&](xcb_window_t window) { return isOf(window, instance) && isViewable(window); });
@@ -167,6 +181,35 @@ std::optional<ScreenArea> trayIconOnScreen() {
 
 std::optional<ScreenArea> panelOnScreen() {
     return find(Kind::panel);
+}
+
+std::optional<int> opacityOfPanel(int x, int y) {
+    Screen screen;
+    if (!screen.isThere()) return std::nullopt;
+    return screen.opacityOfPanel(static_cast<std::int16_t>(x), static_cast<std::int16_t>(y));
+}
+
+struct CompositingClaim::Connection {
+    xcb_connection_t* const handle = xcb_connect(nullptr, nullptr);
+};
+
+CompositingClaim::CompositingClaim() : connection_(std::make_unique<Connection>()) {
+    xcb_connection_t* const handle = connection_->handle;
+    if (xcb_connection_has_error(handle) != 0) return;
+    const xcb_screen_t& screen = *xcb_setup_roots_iterator(xcb_get_setup(handle)).data;
+    const xcb_window_t window = xcb_generate_id(handle);
+    xcb_create_window(handle, 0, window, screen.root, 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+                      screen.root_visual, 0, nullptr);
+    constexpr std::string_view name = "_NET_WM_CM_S0";
+    const auto atom =
+        owned(xcb_intern_atom_reply(handle, xcb_intern_atom(handle, 0, name.size(), name.data()), nullptr));
+    if (!atom) return;
+    xcb_set_selection_owner(handle, window, atom->atom, XCB_CURRENT_TIME);
+    owned(xcb_get_input_focus_reply(handle, xcb_get_input_focus(handle), nullptr));  // has been done by now
+}
+
+CompositingClaim::~CompositingClaim() {
+    xcb_disconnect(connection_->handle);
 }
 
 bool isOnScreen(const std::string& instance) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -46,6 +47,22 @@ std::optional<ScreenArea> trayIconOnScreen();
 
 /// The panel's window.
 std::optional<ScreenArea> panelOnScreen();
+
+/// The opacity of the panel's window at that place in it, of 255; absent too where it has none.
+std::optional<int> opacityOfPanel(int x, int y);
+
+/// Has the X server believe that a compositing manager is there; nothing composites.
+class CompositingClaim {
+  public:
+    CompositingClaim();
+    ~CompositingClaim();
+    CompositingClaim(const CompositingClaim&) = delete;
+    CompositingClaim& operator=(const CompositingClaim&) = delete;
+
+  private:
+    struct Connection;
+    const std::unique_ptr<Connection> connection_;
+};
 
 /// Whether a window of another program, which calls itself `instance`, can be seen.
 bool isOnScreen(const std::string& instance);

@@ -4,8 +4,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <optional>
+#include <string>
 
 namespace purlock::host_linux {
 namespace {
@@ -156,6 +159,28 @@ TEST(StatusIcon, SizesOfTheItem) {
     }
     EXPECT_EQ(sizes, (std::vector{16, 22, 24, 32, 48, 64, 96}));
     EXPECT_TRUE(statusPixmaps(symbol("", true), ColorScheme::dark).empty());
+}
+
+/// How often a text occurs in another.
+int count(const std::string& text, const std::string& wanted) {
+    int found = 0;
+    for (auto at = text.find(wanted); at != std::string::npos; at = text.find(wanted, at + 1)) ++found;
+    return found;
+}
+
+/// Trays recolour a drawing by its class and by the current colour; what has another colour would keep it.
+TEST(ThemedIcon, HasNoColourOfItsOwn) {
+    for (const char* name : {"purlock-idle-symbolic.svg", "purlock-unknown-symbolic.svg"}) {
+        SCOPED_TRACE(name);
+        std::ifstream file(std::string(PURLOCK_SYMBOLIC_ICONS) + "/" + name);
+        const std::string drawing(std::istreambuf_iterator<char>(file), {});
+        const int shapes = count(drawing, "<path ") + count(drawing, "<circle ");
+        EXPECT_GT(shapes, 0);
+        EXPECT_EQ(count(drawing, "class=\"ColorScheme-Text\" fill=\"currentColor\""), shapes);
+        EXPECT_EQ(count(drawing, "fill=\""), shapes);
+        EXPECT_EQ(count(drawing, "stroke"), 0);
+        EXPECT_EQ(count(drawing, "#"), 1) << "the grey for trays that do not recolour it";
+    }
 }
 
 }  // namespace
