@@ -57,7 +57,7 @@ class RealPlayers : public ::testing::Test {
         const auto isThere = [&] {
             return std::abs(session_->info()->elapsedSeconds.value_or(-1) - seconds) < 1;
         };
-        for (int i = 0; i < 18; ++i) {
+        for (int i = 0; i < 30; ++i) {
             session_->refresh();
             if (session_->turnUntil(isThere, 800ms)) return true;
         }
@@ -76,7 +76,10 @@ class RealPlayers : public ::testing::Test {
     void expectAgreement(const std::string& player) {
         const int before = session_->publications();
         session_->refresh();
-        EXPECT_TRUE(session_->turnUntil([&] { return session_->publications() > before; }));
+        EXPECT_TRUE(session_->turnUntil([&] {
+            const auto& info = session_->info();
+            return session_->publications() > before && info && info->elapsedSeconds;
+        }));
         const SecondOpinion other = ask(player);
         ASSERT_TRUE(session_->info());
         const NowPlayingInfo& info = *session_->info();
