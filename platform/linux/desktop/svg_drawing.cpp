@@ -1,8 +1,11 @@
 #include "platform/linux/desktop/svg_drawing.h"
 
 #include <QPainter>
+#include <QTransform>
 #include <QXmlStreamReader>
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 
 namespace purlock::host_linux {
@@ -106,27 +109,54 @@ std::optional<QPainterPath> circle(const QXmlStreamAttributes& attributes) {
     return path;
 }
 
-std::optional<QPainterPath> rectangle(const QXmlStreamAttributes& attributes) {
-    const auto x = number(attributes, QLatin1StringView("x"));
-    const auto y = number(attributes, QLatin1StringView("y"));
-    const auto width = number(attributes, QLatin1StringView("width"));
-    const auto height = number(attributes, QLatin1StringView("height"));
-    if (!x || !y || !width || !height) return std::nullopt;
-    const double radius = number(attributes, QLatin1StringView("rx")).value_or(0);
-    QPainterPath path;
-    path.addRoundedRect(*x, *y, *width, *height, radius, radius);
-    return path;
-}
+/// One axis of a drawing, and where it lies on the device.
+struct Axis {
+    double scale;
+    double origin;
 
-std::optional<QPainterPath> outline(const QXmlStreamReader& xml) {
-    const QXmlStreamAttributes attributes = xml.attributes();
-    if (xml.name() == QLatin1StringView("circle")) return circle(attributes);
-    if (xml.name() == QLatin1StringView("rect")) return rectangle(attributes);
-    if (xml.name() == QLatin1StringView("path")) return pathOf(attributes.value("d"));
-    return std::nullopt;
+    double pixelsAt(double position) const { return origin + scale * position; }
+    double positionAt(double pixels) const { return (pixels - origin) / scale; }
+
+    /// Halves are rounded outwards, so that what lies in the middle stays there.
+    void moveEdges(double& begin, double& end) const {
+        const double first = std::ceil(pixelsAt(begin) - 0.5);
+        const double last = std::max(first + 1, std::floor(pixelsAt(end) + 0.5));
+        begin = positionAt(first);
+        end = positionAt(last);
+    }
+
+    /// A line across this axis.
+    void moveLine(double& centre, double& width) const {
+        const double pixels = std::max(1.0, std::round(width * scale));
+        const bool isOdd = std::fmod(pixels, 2) == 1;
+        centre = positionAt(isOdd ? std::floor(pixelsAt(centre)) + 0.5 : std::round(pixelsAt(centre)));
+        width = pixels / scale;
+    }
+};
+
+/// A line along an axis is moved; every other path stays as it is.
+void moveLine(QPainterPath& path, double& width, const Axis& x, const Axis& y) {
+    if (path.elementCount() != 2 || !path.elementAt(1).isLineTo()) return;
+    QPointF from = path.elementAt(0);
+    QPointF to = path.elementAt(1);
+    if (from.x() == to.x()) {
+        x.moveLine(from.rx(), width);
+        to.setX(from.x());
+    } else if (from.y() == to.y()) {
+        y.moveLine(from.ry(), width);
+        to.setY(from.y());
+    }
+    path.setElementPositionAt(0, from.x(), from.y());
+    path.setElementPositionAt(1, to.x(), to.y());
 }
 
 }  // namespace
+
+QPainterPath SvgDrawing::Rectangle::path() const {
+    QPainterPath path;
+    path.addRoundedRect(place, radius, radius);
+    return path;
+}
 
 class SvgReader {
   public:
@@ -156,20 +186,39 @@ class SvgReader {
     }
 
     bool readShape() {
-        const auto path = outline(xml_);
         const QXmlStreamAttributes attributes = xml_.attributes();
         SvgDrawing::Shape shape;
-        if (!path || !readEffect(attributes.value("fill"), shape.fill) ||
+        if (!readOutline(attributes, shape) || !readEffect(attributes.value("fill"), shape.fill) ||
             !readEffect(attributes.value("stroke"), shape.stroke)) {
             return false;
         }
-        shape.path = *path;
         const bool round = attributes.value("stroke-linecap") == QLatin1StringView("round");
         shape.pen.setWidthF(number(attributes, QLatin1StringView("stroke-width")).value_or(1));
         shape.pen.setCapStyle(round ? Qt::RoundCap : Qt::FlatCap);
         shape.pen.setJoinStyle(Qt::RoundJoin);
         drawing_.shapes_.push_back(std::move(shape));
         return true;
+    }
+
+    bool readOutline(const QXmlStreamAttributes& attributes, SvgDrawing::Shape& shape) const {
+        std::optional<QPainterPath> path;
+        if (xml_.name() == QLatin1StringView("circle")) path = circle(attributes);
+        if (xml_.name() == QLatin1StringView("path")) path = pathOf(attributes.value("d"));
+        if (xml_.name() == QLatin1StringView("rect") && (shape.rectangle = rectangle(attributes))) {
+            path = shape.rectangle->path();
+        }
+        if (path) shape.path = *path;
+        return path.has_value();
+    }
+
+    static std::optional<SvgDrawing::Rectangle> rectangle(const QXmlStreamAttributes& attributes) {
+        const auto x = number(attributes, QLatin1StringView("x"));
+        const auto y = number(attributes, QLatin1StringView("y"));
+        const auto width = number(attributes, QLatin1StringView("width"));
+        const auto height = number(attributes, QLatin1StringView("height"));
+        if (!x || !y || !width || !height) return std::nullopt;
+        const double radius = number(attributes, QLatin1StringView("rx")).value_or(0);
+        return SvgDrawing::Rectangle{{*x, *y, *width, *height}, radius};
     }
 
     static bool readEffect(QStringView paint, std::optional<Effect>& effect) {
@@ -186,24 +235,41 @@ std::optional<SvgDrawing> SvgDrawing::parse(const QByteArray& svg) {
     return SvgReader(svg).read();
 }
 
-void SvgDrawing::paint(QPainter& painter, const QColor& color, double lineScale) const {
+void SvgDrawing::moveEdges(Shape& shape, const QTransform& pixels) {
+    const Axis x{pixels.m11(), pixels.dx()};
+    const Axis y{pixels.m22(), pixels.dy()};
+    if (shape.rectangle) {
+        auto [left, top, right, bottom] = std::array<double, 4>{};
+        shape.rectangle->place.getCoords(&left, &top, &right, &bottom);
+        x.moveEdges(left, right);
+        y.moveEdges(top, bottom);
+        shape.rectangle->place.setCoords(left, top, right, bottom);
+        shape.path = shape.rectangle->path();
+    } else if (!shape.fill) {
+        double width = shape.pen.widthF();
+        moveLine(shape.path, width, x, y);
+        shape.pen.setWidthF(width);
+    }
+}
+
+void SvgDrawing::paint(QPainter& painter, const QColor& color, double lineScale, Edges edges) const {
     const auto setEffect = [&painter](Effect effect) {
         painter.setCompositionMode(effect == Effect::draw ? QPainter::CompositionMode_SourceOver
                                                           : QPainter::CompositionMode_DestinationOut);
     };
     // Cut out for good, however translucent the colour is.
     const auto brush = [&color](Effect effect) { return QBrush(effect == Effect::draw ? color : Qt::black); };
-    for (const Shape& shape : shapes_) {
+    for (Shape shape : shapes_) {
+        if (!shape.fill) shape.pen.setWidthF(shape.pen.widthF() * lineScale);
+        if (edges == Edges::onWholePixels) moveEdges(shape, painter.transform());
         if (shape.fill) {
             setEffect(*shape.fill);
             painter.fillPath(shape.path, brush(*shape.fill));
         }
         if (shape.stroke) {
             setEffect(*shape.stroke);
-            QPen pen = shape.pen;
-            pen.setBrush(brush(*shape.stroke));
-            if (!shape.fill) pen.setWidthF(pen.widthF() * lineScale);
-            painter.strokePath(shape.path, pen);
+            shape.pen.setBrush(brush(*shape.stroke));
+            painter.strokePath(shape.path, shape.pen);
         }
     }
 }

@@ -3,11 +3,13 @@
 #include <QByteArray>
 #include <QPainterPath>
 #include <QPen>
+#include <QRectF>
 #include <QSizeF>
 #include <optional>
 #include <vector>
 
 class QPainter;
+class QTransform;
 
 namespace purlock::host_linux {
 
@@ -27,20 +29,35 @@ class SvgDrawing {
     /// The view box, which begins at (0, 0).
     QSizeF size() const { return size_; }
 
+    /// Whether straight edges are moved to the next whole pixel of the painter's device, which makes small
+    /// drawings crisp. Only rectangles and lines along an axis have such edges; a line stays at least a pixel
+    /// thick.
+    enum class Edges { asDrawn, onWholePixels };
+
     /// Draws it from (0, 0) to its size, on a transparent ground: what it cuts out goes from the ground too.
-    /// Lines are `lineScale` times as thick as they are drawn; outlines of filled shapes stay.
-    void paint(QPainter& painter, const QColor& color, double lineScale) const;
+    /// Lines are `lineScale` times as thick as they are drawn; outlines of filled shapes stay. The painter
+    /// may move and scale, and nothing else.
+    void paint(QPainter& painter, const QColor& color, double lineScale, Edges edges = Edges::asDrawn) const;
 
   private:
     enum class Effect { draw, cutOut };
+    struct Rectangle {
+        QRectF place;
+        double radius = 0;
+
+        QPainterPath path() const;
+    };
     struct Shape {
         QPainterPath path;
+        std::optional<Rectangle> rectangle;  ///< the path, where it is one
         std::optional<Effect> fill;
         std::optional<Effect> stroke;
         QPen pen;
     };
 
     friend class SvgReader;
+
+    static void moveEdges(Shape& shape, const QTransform& pixels);
 
     QSizeF size_;
     std::vector<Shape> shapes_;

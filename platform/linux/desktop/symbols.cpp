@@ -60,8 +60,15 @@ double lineScale(FontWeight weight) {
     return 1;
 }
 
+/// At other ratios lines of equal distance would no longer be of equal distance.
+SvgDrawing::Edges edgesAt(double devicePixelRatio) {
+    const bool isWhole = devicePixelRatio == std::floor(devicePixelRatio);
+    return isWhole ? SvgDrawing::Edges::onWholePixels : SvgDrawing::Edges::asDrawn;
+}
+
 /// `drawn` is the part of the image, in the middle, that the drawing fills.
-QImage render(const SvgDrawing& drawing, QSize image, QSizeF drawn, FontWeight weight, const QColor& color) {
+QImage render(const SvgDrawing& drawing, QSize image, QSizeF drawn, FontWeight weight, const QColor& color,
+              SvgDrawing::Edges edges) {
     QImage result(image, QImage::Format_ARGB32_Premultiplied);
     result.fill(Qt::transparent);
     QPainter painter(&result);
@@ -71,7 +78,7 @@ QImage render(const SvgDrawing& drawing, QSize image, QSizeF drawn, FontWeight w
     // Drawn opaque and thinned out afterwards, so that overlapping shapes do not add up.
     QColor opaque = color;
     opaque.setAlpha(255);
-    drawing.paint(painter, opaque, lineScale(weight));
+    drawing.paint(painter, opaque, lineScale(weight), edges);
     painter.resetTransform();
     painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
     if (color.alpha() != 255) painter.fillRect(result.rect(), QColor(0, 0, 0, color.alpha()));
@@ -94,7 +101,7 @@ QImage symbolImage(const std::string& name, double pointSize, FontWeight weight,
     const QSize pixels(std::max(1, qRound(height * widthOfHeight)), height);
     const Look look{QString::fromStdString(name), pixels, weight, color.rgba(), devicePixelRatio};
     if (const QImage* known = kept.object(look)) return *known;
-    auto* image = new QImage(render(*drawing, pixels, pixels, weight, color));
+    auto* image = new QImage(render(*drawing, pixels, pixels, weight, color, edgesAt(devicePixelRatio)));
     image->setDevicePixelRatio(devicePixelRatio);
     QImage result = *image;
     kept.insert(look, image, image->sizeInBytes());  // takes it, and drops it at once if it is too large
@@ -105,7 +112,7 @@ QImage squareSymbol(const std::string& name, int pixels, const QColor& color) {
     const SvgDrawing* drawing = drawingNamed(name);
     if (drawing == nullptr || pixels <= 0) return {};
     const QSizeF drawn = drawing->size().scaled(pixels, pixels, Qt::KeepAspectRatio);
-    return render(*drawing, {pixels, pixels}, drawn, FontWeight::semibold, color);
+    return render(*drawing, {pixels, pixels}, drawn, FontWeight::semibold, color, SvgDrawing::Edges::asDrawn);
 }
 
 }  // namespace purlock::host_linux

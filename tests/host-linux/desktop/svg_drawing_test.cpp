@@ -19,19 +19,24 @@ char mark(const QColor& pixel) {
     return pixel == QColor(Qt::red) ? '#' : '?';
 }
 
-/// What 4 x 4 pixels show of it, without smoothing: '#' where it is drawn, '.' where it is clear.
-std::string picture(const SvgDrawing& drawing, double lineScale = 1) {
-    QImage image(4, 4, QImage::Format_ARGB32_Premultiplied);
-    image.fill(Qt::transparent);
-    QPainter painter(&image);
-    drawing.paint(painter, Qt::red, lineScale);
-    painter.end();
+/// '#' where it is drawn, '.' where it is clear, '?' in between.
+std::string marks(const QImage& image) {
     std::string rows;
     for (int y = 0; y < 4; ++y) {
         for (int x = 0; x < 4; ++x) rows += mark(image.pixelColor(x, y));
         rows += '\n';
     }
     return rows;
+}
+
+/// What 4 x 4 pixels show of it, without smoothing.
+std::string picture(const SvgDrawing& drawing, double lineScale = 1) {
+    QImage image(4, 4, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    drawing.paint(painter, Qt::red, lineScale);
+    painter.end();
+    return marks(image);
 }
 
 struct DrawingCase {
@@ -71,6 +76,46 @@ TEST(SvgDrawing, DrawsItsShapes) {
         ASSERT_TRUE(drawing);
         EXPECT_EQ(drawing->size(), QSizeF(4, 4));
         EXPECT_EQ(picture(*drawing, row.lineScale), row.expected);
+    }
+}
+
+struct EdgesCase {
+    const char* name;
+    std::string shapes;
+    double scale;
+    std::string expected;
+};
+
+TEST(SvgDrawing, StraightEdgesStandOnWholePixelsIfAsked) {
+    const auto line = [](const char* path, const char* width) {
+        return std::string("<path d=\"") + path + "\" fill=\"none\" stroke=\"#000\" stroke-width=\"" + width +
+               "\"/>";
+    };
+    const EdgesCase cases[] = {
+        {"a rectangle goes to the nearest pixels",
+         R"(<rect x="0.8" y="1.2" width="2.4" height="1.9" fill="#000"/>)", 1, "....\n.##.\n.##.\n....\n"},
+        {"halves go outwards, to both sides", R"(<rect x="0.5" y="0.5" width="3" height="3" fill="#000"/>)",
+         1, "####\n####\n####\n####\n"},
+        {"a rectangle keeps a pixel", R"(<rect x="0.9" y="0" width="0.3" height="4" fill="#000"/>)", 1,
+         ".#..\n.#..\n.#..\n.#..\n"},
+        {"an upright line", line("M1.1 0V4", "1.2"), 1, ".#..\n.#..\n.#..\n.#..\n"},
+        {"a level line", line("M0 1.1H4", "1.2"), 1, "....\n####\n....\n....\n"},
+        {"an even line stands between pixels", line("M0 2.2L4 2.2", "2.2"), 1, "....\n####\n####\n....\n"},
+        {"a thin line is a pixel thick", line("M2.5 0V4", "0.2"), 1, "..#.\n..#.\n..#.\n..#.\n"},
+        {"pixels are those of the device", line("M3.2 0V8", "2.4"), 0.5, ".#..\n.#..\n.#..\n.#..\n"},
+    };
+    for (const EdgesCase& row : cases) {
+        SCOPED_TRACE(row.name);
+        const auto drawing = SvgDrawing::parse(file(row.shapes));
+        ASSERT_TRUE(drawing);
+        QImage image(4, 4, QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::transparent);
+        QPainter painter(&image);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.scale(row.scale, row.scale);
+        drawing->paint(painter, Qt::red, 1, SvgDrawing::Edges::onWholePixels);
+        painter.end();
+        EXPECT_EQ(marks(image), row.expected);
     }
 }
 
