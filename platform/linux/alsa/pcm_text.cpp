@@ -108,15 +108,17 @@ std::optional<HardwareParameters> parseHardwareParameters(std::string_view text)
     std::optional<SampleLayout> layout;
     std::optional<double> rate;
     std::optional<std::uint32_t> channels;
+    bool isMapped = false;
     while (!text.empty()) {
         const FieldLine field = splitLine(takeLine(text), ":");
+        if (field.name == "access") isMapped = field.value.starts_with("MMAP_");
         if (field.name == "format") layout = sampleLayoutFromName(field.value);
         if (field.name == "rate") rate = rateFromText(field.value);
         if (field.name == "channels") channels = leadingNumber<std::uint32_t>(field.value);
     }
     constexpr std::uint32_t mostChannels = 1024;
     if (!layout || !rate || channels.value_or(0) == 0 || *channels > mostChannels) return std::nullopt;
-    return HardwareParameters{*layout, *rate, *channels};
+    return HardwareParameters{*layout, *rate, *channels, isMapped};
 }
 
 PcmStatus parsePcmStatus(std::string_view text) {

@@ -241,11 +241,13 @@ class AnswerBuilder {
         return judgement;
     }
 
-    /// What another sound server does to the samples of its clients, it tells nobody here.
+    /// Another sound server tells nothing of what it does to the samples, and neither do the plugins of
+    /// ALSA's library in a player.
     Judgement judgeTaken(std::uint64_t serial, const PcmView& pcm) const {
         Judgement judgement;
         judgement.physical = physicalFormat(serial);
-        if (!judgement.physical || isSoundServer(*pcm.owner)) return judgement;
+        const bool mayPassPlugins = pcm.parameters && pcm.parameters->isMapped;
+        if (!judgement.physical || isSoundServer(*pcm.owner) || mayPassPlugins) return judgement;
         judgement.virtualFormat = streamDescription(*judgement.physical);
         judgement.work.streamFormat = audioFormat(*judgement.virtualFormat);
         judgement.work.streamProcess = pcm.owner->processIdentifier;

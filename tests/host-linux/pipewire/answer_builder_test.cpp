@@ -234,6 +234,13 @@ TEST_F(AnswerBuilderTest, AProgramThatHasTheHardwareToItself) {
         EXPECT_EQ(build().devices()[0].physicalFormat->sampleRate, 96000);
         EXPECT_EQ(build().processes().size(), 2U) << "yet it is what plays";
     }
+    view.owner = PcmOwner{70, "player"};
+    view.parameters->isMapped = true;
+    EXPECT_FALSE(build().devices()[0].virtualFormat) << "ALSA's plugins may convert and mix in the player";
+    EXPECT_FALSE(build().devices()[0].mixerWork.streamProcess);
+    EXPECT_EQ(build().devices()[0].physicalFormat->sampleRate, 96000);
+    EXPECT_EQ(build().processes().size(), 2U) << "yet it is what plays";
+
     view.owner = PcmOwner{70, "pipewire"};
     EXPECT_EQ(build().processes().size(), 1U) << "the audio server is no exclusive owner";
     EXPECT_EQ(build().devices()[0].virtualFormat->sampleRate, 96000);

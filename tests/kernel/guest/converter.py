@@ -46,8 +46,22 @@ class ConverterSound:
         self.before = converter.captures()
 
     def stop(self):
-        return open(self.converter.newest(self.before), "rb").read()
+        with open(self.converter.newest(self.before), "rb") as file:
+            return file.read()
 
     def format(self):
         """Rate and bits of the stream."""
         return tuple(int(part) for part in os.path.basename(self.converter.newest(self.before))[:-4].split("-")[1:])
+
+
+class SoundOfOne:
+    """What the one of several converters gets to which the sound goes."""
+
+    def __init__(self, *converters):
+        self.sounds = [ConverterSound(each) for each in converters]
+
+    def stop(self):
+        def has_sound(sound):
+            return any(os.path.getsize(path) > 0 for path in sound.converter.captures() if path not in sound.before)
+
+        return wait(lambda: next((each for each in self.sounds if has_sound(each)), None), "a capture").stop()

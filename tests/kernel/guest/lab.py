@@ -17,6 +17,7 @@ PROJECT = re.search(r"purlock\.project=(\S+)", COMMAND_LINE).group(1)
 MODULES = re.search(r"purlock\.modules=(\S+)", COMMAND_LINE).group(1)
 PROGRAM = re.search(r"purlock\.program=(\S+)", COMMAND_LINE).group(1)
 CONVERTER = PROJECT + "/build/release/bin/usb_converter"
+REPORT = PROJECT + "/build/release/bin/hardware_report"
 
 
 class Failure(Exception):
@@ -127,18 +128,35 @@ def is_closed(card_number, device=0):
     return open(path).read().strip() == "closed"
 
 
-# The manager releases a card five seconds after its last stream; the cases need not wait so long.
-SOON_RELEASED = """
+def hardware_report(number):
+    """What Purlock's own readers say of a card and of all USB devices."""
+    return json.loads(run(REPORT, str(number)))
+
+
+def owner(number):
+    """The command of the program that holds a card, by Purlock's own readers."""
+    return hardware_report(number)["cards"].get(str(number), {}).get("command")
+
+
+# The manager releases a card five seconds after its last stream; the cases need not wait so long. One converter's own
+# volume is left alone, as some listeners have it.
+RULES = """
 table.insert(alsa_monitor.rules, {
   matches = { { { "node.name", "matches", "alsa_*" } } },
   apply_properties = { ["session.suspend-timeout-seconds"] = 1 },
 })
+table.insert(alsa_monitor.rules, {
+  matches = { { { "device.name", "matches", "*Larch_Soft*" } } },
+  apply_properties = { ["api.alsa.soft-mixer"] = true },
+})
 """
-SOON_RELEASED_05 = """
-monitor.alsa.rules = [ {
-  matches = [ { node.name = "~alsa_.*" } ]
-  actions = { update-props = { session.suspend-timeout-seconds = 1 } }
-} ]
+RULES_05 = """
+monitor.alsa.rules = [
+  { matches = [ { node.name = "~alsa_.*" } ]
+    actions = { update-props = { session.suspend-timeout-seconds = 1 } } }
+  { matches = [ { device.name = "~.*Larch_Soft.*" } ]
+    actions = { update-props = { api.alsa.soft-mixer = true } } }
+]
 """
 
 
@@ -153,8 +171,8 @@ class Audio:
         STARTED.remove(self.server)
         wait(lambda: os.path.exists("/run/user-0/pipewire-0"), "PipeWire's socket")
         home = os.environ["HOME"] + "/.config/wireplumber"
-        for folder, name, text in (("main.lua.d", "51-release.lua", SOON_RELEASED),
-                                   ("wireplumber.conf.d", "51-release.conf", SOON_RELEASED_05)):
+        for folder, name, text in (("main.lua.d", "51-lab.lua", RULES),
+                                   ("wireplumber.conf.d", "51-lab.conf", RULES_05)):
             os.makedirs(f"{home}/{folder}", exist_ok=True)
             write(f"{home}/{folder}/{name}", text)
         self.manager = start("wireplumber", "wireplumber")

@@ -1,8 +1,8 @@
 """The verdict against the samples: every rate and depth of the loopback card, whose other side tells what it got."""
 
 from cases import case
-from judging import RATES, kinds, play
-from lab import card, end, expect, is_closed, start, wait
+from judging import RATES, is_not_claimed, kinds, play
+from lab import card, end, expect, is_closed, owner, start, wait
 from samples import Capture, Noise
 
 LOOPBACK = "snd_aloop"
@@ -94,17 +94,19 @@ def release(machine):
     return judge(machine, (48000, 16), (48000, 16))[0]
 
 
-def exclusive(machine, plugin, played, device, player=None):
+def exclusive(machine, plugin, played, device, player=None, **options):
     """A program that opens the card itself; what it is called."""
     sound = loopback(machine, *device)
     noise = Noise("/tmp/noise.wav", *played)
-    address = f"{plugin}:{card('Loopback')},0" if plugin != "dmix" else f"dmix:{card('Loopback')}"
-    return play(machine, noise, sound, device[1], player=player(address) if player else ("aplay", "-q", "-D", address))
+    address = f"dmix:{card('Loopback')}" if plugin == "dmix" else f"{plugin}:{card('Loopback')},0"
+    command = player(address) if player else ("aplay", "-q", "-D", address)
+    return play(machine, noise, sound, device[1], player=command, **options)
 
 
 @case("exclusive-aplay", quick=True)
 def exclusive_aplay(machine):
-    found, state = exclusive(machine, "hw", (96000, 24), (96000, 24))
+    found, state = exclusive(machine, "hw", (96000, 24), (96000, 24),
+                             during=lambda: wait(lambda: owner(card("Loopback")) == "aplay", "it is the owner"))
     expect(state["virtual"]["sampleRate"] == state["physical"]["sampleRate"] == 96000, found)
     return found
 
@@ -113,3 +115,26 @@ def exclusive_aplay(machine):
 def exclusive_mpv(machine):
     return exclusive(machine, "hw", (48000, 16), (48000, 16), lambda address: (
         "mpv", "--no-config", "--no-terminal", "--no-video", "--ao=alsa", "--audio-device=alsa/" + address))[0]
+
+
+@case("plugin-without-work")
+def plugin_without_work(machine):
+    """ALSA's "plug" steps aside when it has nothing to convert."""
+    return exclusive(machine, "plughw", (48000, 16), (48000, 16))[0]
+
+
+def add_unclaimed(name, plugin, played, device, **options):
+    """Who writes into the card's own buffer may be one of ALSA's plugins, so no format is claimed."""
+
+    @case(name)
+    def compare(machine):
+        found, state = exclusive(machine, plugin, played, device, rule=is_not_claimed, **options)
+        expect(state["virtual"] is None and state["physical"]["sampleRate"] == device[0], str(state))
+        return found
+
+
+add_unclaimed("plugin-other-rate", "plughw", (44100, 16), (48000, 16))
+add_unclaimed("plugin-other-depth", "plughw", (48000, 24), (48000, 16))
+add_unclaimed("plugin-mixes", "dmix", (48000, 16), (48000, 16))
+add_unclaimed("exclusive-mapped", "hw", (48000, 16), (48000, 16),
+              player=lambda address: ("aplay", "-q", "-M", "-D", address))

@@ -2,13 +2,10 @@
 
 import datetime
 import os
-import subprocess
-import time
 
 from cases import case
-from judging import RATES, agrees
-from lab import Failure, card, end, expect, is_closed, load, run, start, wait, write
-from loopback_cases import exclusive, judge, loopback
+from lab import card, end, expect, is_closed, run, start, wait, write
+from loopback_cases import judge, loopback
 from samples import Noise
 
 
@@ -45,18 +42,6 @@ def clock_jumps(machine):
         run("date", "-s", step)
         wait(lambda: is_fresh(machine), f"state.json is written after {step}", 5)
     return judge(machine, (48000, 16), (48000, 16))[0]
-
-
-@case("plughw-other-rate")
-def plughw(machine):
-    """ALSA's own plugins convert in the player's process, and nobody can tell. The documents say so."""
-    try:
-        found = exclusive(machine, "plughw", (44100, 16), (48000, 16))[0]
-    except Failure as failure:
-        expect("changed, bitPerfect" in str(failure), str(failure))
-        found = "changed, bitPerfect, as documented"
-    machine.purlock.await_verdict("idle")
-    return found
 
 
 def held_by(machine, name, *command, ready):

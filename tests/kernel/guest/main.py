@@ -1,12 +1,14 @@
 """Runs the cases that were asked for, and writes a line of JSON for each."""
 
 import json
+import random
 import signal
 import sys
 import time
 import traceback
 
 import cases
+import converter
 import lab
 import loopback_cases  # noqa: F401  (these add their cases)
 import machine_cases  # noqa: F401
@@ -14,11 +16,46 @@ import usb_cases  # noqa: F401
 
 
 def wanted(words):
+    """Names and functions of the cases that the words name."""
     quick = "--quick" in words
     names = [word for word in words if not word.startswith("--")]
     for name, is_quick, function in cases.ALL:
         if (not names and (is_quick or not quick)) or any(name.startswith(each) for each in names):
             yield name, function
+
+
+def at_random(seconds, seed):
+    """Cases in random order for so long, while a converter that is none of their business comes and goes."""
+    chance = random.Random(seed)
+    end = time.monotonic() + seconds
+    bystander = None
+    while time.monotonic() < end:
+        if chance.random() < 0.5:
+            if bystander is None:
+                bystander = converter.Converter("--product", "0x7A20", name="Birch Bystander")
+                lab.STARTED.remove(bystander.process)  # it outlives the case
+            else:
+                bystander.unplug()
+                bystander = None
+        name, _, function = chance.choice(cases.ALL)
+        note([name])
+        yield name, function
+    if bystander is not None:
+        bystander.unplug()
+
+
+def plan(words):
+    """The cases to run. Names are noted before they run, so that one that ends the machine is missed."""
+    if words[:1] == ["--random"]:
+        return at_random(float(words[1]), int(words[2]) if len(words) > 2 else 1)
+    chosen = list(wanted(words))
+    note(name for name, _ in chosen)
+    return chosen
+
+
+def note(names):
+    with open(lab.RESULTS + "/chosen", "a") as file:
+        file.writelines(name + "\n" for name in names)
 
 
 class Lab:
@@ -57,8 +94,7 @@ def outcome(machine, name, function):
 def main():
     words = open(lab.RESULTS + "/cases").read().split()
     signal.signal(signal.SIGALRM, too_long)
-    chosen = list(wanted(words))
-    lab.write(lab.RESULTS + "/chosen", "".join(name + "\n" for name, _ in chosen))
+    chosen = plan(words)
     lab.set_up_machine()
     machine = Lab()
     machine.audio.start()

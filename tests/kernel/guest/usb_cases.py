@@ -5,12 +5,10 @@ import os
 import re
 
 from cases import case
-from converter import Converter, ConverterSound, all_gone
+from converter import Converter, ConverterSound, SoundOfOne, all_gone
 from judging import RATES, kinds, play
-from lab import PROJECT, RESULTS, card, cards, end, expect, is_closed, run, start, wait
+from lab import RESULTS, card, cards, end, expect, hardware_report, is_closed, run, start, wait
 from samples import Noise
-
-REPORT = PROJECT + "/build/release/bin/hardware_report"
 
 
 class WavFile:
@@ -57,10 +55,10 @@ def hda(machine):
     return found
 
 
-def judge_converter(machine, rate, bits, noise_bits=None, options=(), **rest):
-    converter = Converter("--bits", str(bits), *options)
+def judge_converter(machine, rate, bits, options=(), name="Larch One", **rest):
+    converter = Converter("--bits", str(bits), *options, name=name)
     try:
-        found, state = play_to(machine, "Larch", Noise("/tmp/noise.wav", rate, noise_bits or bits),
+        found, state = play_to(machine, "Larch", Noise("/tmp/noise.wav", rate, bits),
                                ConverterSound(converter), bits, **rest)
         expect(state["physical"]["sampleRate"] == rate and state["physical"]["bitsPerChannel"] == bits, str(state))
         return found, state
@@ -98,25 +96,28 @@ def switches_rate(machine):
     return "; ".join(texts)
 
 
+def lower_volume(machine):
+    machine.audio.set_volume(machine.audio.sink("Larch")[1], 0.5)
+
+
 @case("hardware-volume")
 def hardware_volume(machine):
     """The converter sets its volume itself: the samples are those of the music."""
-    def lower():
-        machine.audio.set_volume(machine.audio.sink("Larch")[1], 0.5)
-
-    found, state = judge_converter(machine, 48000, 16, during=lower)
+    found, state = judge_converter(machine, 48000, 16, during=lambda: lower_volume(machine))
     expect(state["verdict"]["kind"] == "bitPerfect", found)
     return found
 
 
-@case("no-hardware-volume")
-def no_hardware_volume(machine):
-    def lower():
-        machine.audio.set_volume(machine.audio.sink("Larch")[1], 0.5)
+def add_software_volume(case_name, **options):
+    @case(case_name)
+    def compare(machine):
+        found, state = judge_converter(machine, 48000, 16, during=lambda: lower_volume(machine), **options)
+        expect(kinds(state) == ["deviceVolume"], found)
+        return found
 
-    found, state = judge_converter(machine, 48000, 16, options=["--no-volume"], during=lower)
-    expect(kinds(state) == ["deviceVolume"], found)
-    return found
+
+add_software_volume("no-hardware-volume", options=["--no-volume"])
+add_software_volume("hardware-volume-left-alone", name="Larch Soft")
 
 
 @case("two-cards")
@@ -215,20 +216,11 @@ def twins(machine):
         texts = []
         for name in names:
             wait(lambda: all(is_closed(n) for n, text in cards().items() if "Larch" in text), "both are released")
-            before = {c: c.captures() for c in (first, second)}
+            sound = SoundOfOne(first, second)
             machine.audio.settings(allowed_rates=RATES)
             machine.audio.prefer(name)
             noise = Noise("/tmp/noise.wav", 48000, 24)
-
-            class Either:
-                def stop(self):
-                    for each in (first, second):
-                        fresh = [path for path in each.captures() if path not in before[each]]
-                        if fresh and os.path.getsize(fresh[-1]) > 0:
-                            return open(fresh[-1], "rb").read()
-                    return b""
-
-            found, state = play(machine, noise, Either(), 32)
+            found, state = play(machine, noise, sound, 32)
             expect(state["device"]["uid"].startswith(name) and state["device"]["transport"] == "USB", str(state))
             texts.append(f"{name}: {found}")
         return "; ".join(texts)
@@ -250,7 +242,7 @@ def descriptors(machine):
         player = start("player", "pw-play", noise.path)
         machine.purlock.await_verdict("bitPerfect")
         number = card("Larch One")
-        report = json.loads(run(REPORT, str(number)))
+        report = hardware_report(number)
         listed = run("lsusb", "-v", "-d", "1209:")
         vendors = re.findall(r"iManufacturer +\d+ (.*)", listed)
         products = re.findall(r"iProduct +\d+ (.*)", listed)
