@@ -51,10 +51,10 @@ def run(*command, check=True, limit=60):
 STARTED = []  # by the case that runs
 
 
-def start(name, *command, **options):
+def start(name, *command, stdin=subprocess.DEVNULL, **options):
     """Starts a program whose words go to a log of its own among the results. It ends with the case at the latest."""
     with open(f"{RESULTS}/{name}.log", "a") as log:
-        process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=log, stderr=log, **options)
+        process = subprocess.Popen(command, stdin=stdin, stdout=log, stderr=log, **options)
     STARTED.append(process)
     return process
 
@@ -150,7 +150,12 @@ table.insert(alsa_monitor.rules, {
   apply_properties = { ["api.alsa.soft-mixer"] = true },
 })
 """
+# No seat is asked whether it may use Bluetooth: there is none.
+BLUETOOTH_RULES = """
+bluez_monitor.properties["with-logind"] = false
+"""
 RULES_05 = """
+wireplumber.profiles = { main = { monitor.bluez.seat-monitoring = disabled } }
 monitor.alsa.rules = [
   { matches = [ { node.name = "~alsa_.*" } ]
     actions = { update-props = { session.suspend-timeout-seconds = 1 } } }
@@ -172,11 +177,19 @@ class Audio:
         wait(lambda: os.path.exists("/run/user-0/pipewire-0"), "PipeWire's socket")
         home = os.environ["HOME"] + "/.config/wireplumber"
         for folder, name, text in (("main.lua.d", "51-lab.lua", RULES),
+                                   ("bluetooth.lua.d", "51-lab.lua", BLUETOOTH_RULES),
                                    ("wireplumber.conf.d", "51-lab.conf", RULES_05)):
             os.makedirs(f"{home}/{folder}", exist_ok=True)
             write(f"{home}/{folder}/{name}", text)
+        self.start_manager()
+
+    def start_manager(self):
         self.manager = start("wireplumber", "wireplumber")
         STARTED.remove(self.manager)
+
+    def restart_manager(self):
+        end(self.manager)
+        self.start_manager()
 
     def stop(self):
         end(self.manager)

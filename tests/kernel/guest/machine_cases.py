@@ -90,12 +90,14 @@ def jackd(machine):
 
 @case("jackd-reserves")
 def jackd_reserves(machine):
-    """A jackd that asks for the card gets it: the session manager takes it out of the graph until jackd ends."""
+    """A jackd that asks for the card gets it: the session manager takes it out of the graph. WirePlumber 0.4 does not
+    take it back when jackd ends, so it is started anew."""
     loopback(machine, 48000, 16).stop()
     name = machine.audio.sink("snd_aloop")[0]
     server = start("jackd", *jackd_command())
     wait(lambda: not is_closed(card("Loopback")), "jackd holds the card", 60)
     wait(lambda: machine.purlock.device().get("uid") != name, "another device is shown")
     end(server)
+    machine.audio.restart_manager()
     wait(lambda: machine.purlock.device().get("uid", "").startswith(name), "the card is shown again")
     return judge(machine, (48000, 16), (48000, 16))[0]

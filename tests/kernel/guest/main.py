@@ -7,10 +7,11 @@ import sys
 import time
 import traceback
 
+import bluetooth_cases  # noqa: F401  (these add their cases)
 import cases
 import converter
 import lab
-import loopback_cases  # noqa: F401  (these add their cases)
+import loopback_cases  # noqa: F401
 import machine_cases  # noqa: F401
 import usb_cases  # noqa: F401
 
