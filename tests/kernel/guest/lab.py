@@ -279,11 +279,12 @@ class Purlock:
     def device(self):
         return (self.state() or {}).get("device") or {}
 
-    def log(self):
-        try:
-            return [json.loads(line) for line in open(self.folder + "/log.jsonl")]
-        except (OSError, ValueError):
-            return []
+    def is_on(self, name):
+        """Whether the device shown is the one behind a node: a USB device's UID goes on with its own names."""
+        return self.device().get("uid", "").startswith(name)
+
+    def is_on_another(self, name):
+        return "uid" in self.device() and not self.is_on(name)
 
     def await_verdict(self, kind, limit=30):
         try:

@@ -96,8 +96,8 @@ def jackd_reserves(machine):
     name = machine.audio.sink("snd_aloop")[0]
     server = start("jackd", *jackd_command())
     wait(lambda: not is_closed(card("Loopback")), "jackd holds the card", 60)
-    wait(lambda: machine.purlock.device().get("uid") != name, "another device is shown")
+    wait(lambda: machine.purlock.is_on_another(name), "another device is shown")
     end(server)
     machine.audio.restart_manager()
-    wait(lambda: machine.purlock.device().get("uid", "").startswith(name), "the card is shown again")
+    wait(lambda: machine.purlock.is_on(name), "the card is shown again")
     return judge(machine, (48000, 16), (48000, 16))[0]

@@ -3,9 +3,8 @@
 import os
 import random
 import struct
-import subprocess
 
-from lab import end, expect, start, wait
+from lab import end, start, wait
 
 BYTES = {16: 2, 24: 3, 32: 4}
 ALSA = {16: "S16_LE", 24: "S24_3LE", 32: "S32_LE"}  # of the bytes

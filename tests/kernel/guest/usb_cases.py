@@ -24,16 +24,6 @@ class WavFile:
             return file.read()
 
 
-def is_on(machine, name):
-    """Whether the device shown is the one behind a node: a USB device's UID goes on with its own names."""
-    return machine.purlock.device().get("uid", "").startswith(name)
-
-
-def is_on_another(machine, name):
-    uid = machine.purlock.device().get("uid")
-    return uid is not None and not uid.startswith(name)
-
-
 def play_to(machine, part, noise, sound, bits, **options):
     machine.audio.settings(allowed_rates=RATES)
     machine.audio.prefer(part)
@@ -154,13 +144,13 @@ def unplug(machine, times=2):
         larch = machine.audio.prefer("Larch")
         player = start("player", "pw-play", noise.path)
         for _ in range(times):
-            wait(lambda: is_on(machine, larch), "the converter is the device")
+            wait(lambda: machine.purlock.is_on(larch), "the converter is the device")
             machine.purlock.await_verdict("bitPerfect")
             converter.unplug()
-            wait(lambda: is_on_another(machine, larch), "the next device")
+            wait(lambda: machine.purlock.is_on_another(larch), "the next device")
             converter.plug_in()
             machine.audio.sink("Larch")
-        wait(lambda: is_on(machine, larch), "the converter is the device again")
+        wait(lambda: machine.purlock.is_on(larch), "the converter is the device again")
         end(player)
     finally:
         converter.unplug()
@@ -181,22 +171,22 @@ def unplug_pinned(machine):
     settings = os.environ["HOME"] + "/.config/Purlock/defaults.json"
     try:
         larch = machine.audio.prefer("Larch")
-        wait(lambda: is_on(machine, larch), "the converter is the device")
+        wait(lambda: machine.purlock.is_on(larch), "the converter is the device")
         pin = machine.purlock.device()["uid"]
         machine.audio.prefer("usb-QEMU")
-        wait(lambda: is_on_another(machine, larch), "another device")
+        wait(lambda: machine.purlock.is_on_another(larch), "another device")
         machine.purlock.stop()
         os.makedirs(os.path.dirname(settings), exist_ok=True)
         with open(settings, "w") as file:
             json.dump({"pinnedDeviceUID": pin}, file)
         machine.purlock.start()
         for _ in range(3):
-            wait(lambda: is_on(machine, larch), "the pinned converter")
+            wait(lambda: machine.purlock.is_on(larch), "the pinned converter")
             converter.unplug()
-            wait(lambda: is_on_another(machine, larch), "the default device")
+            wait(lambda: machine.purlock.is_on_another(larch), "the default device")
             converter.plug_in()
             machine.audio.sink("Larch")
-        wait(lambda: is_on(machine, larch), "the pinned converter again")
+        wait(lambda: machine.purlock.is_on(larch), "the pinned converter again")
     finally:
         converter.unplug()
         all_gone(machine)
