@@ -25,8 +25,9 @@ def wanted(words):
             yield name, function
 
 
-def at_random(seconds, seed):
-    """Cases in random order for so long, while a converter that is none of their business comes and goes."""
+def at_random(chosen, seconds, seed):
+    """One of the chosen cases after the other, in random order and for so long, while a converter that is none of their
+    business comes and goes."""
     chance = random.Random(seed)
     end = time.monotonic() + seconds
     bystander = None
@@ -38,7 +39,7 @@ def at_random(seconds, seed):
             else:
                 bystander.unplug()
                 bystander = None
-        name, _, function = chance.choice(cases.ALL)
+        name, function = chance.choice(chosen)
         note([name])
         yield name, function
     if bystander is not None:
@@ -48,7 +49,8 @@ def at_random(seconds, seed):
 def plan(words):
     """The cases to run. Names are noted before they run, so that one that ends the machine is missed."""
     if words[:1] == ["--random"]:
-        return at_random(float(words[1]), int(words[2]) if len(words) > 2 else 1)
+        seconds, seed, *names = words[1:]
+        return at_random(list(wanted(names)), float(seconds), int(seed))
     chosen = list(wanted(words))
     note(name for name, _ in chosen)
     return chosen
