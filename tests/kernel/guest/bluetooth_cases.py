@@ -33,8 +33,11 @@ class Bluetooth:
     def value(self, path, face, name):
         return self.objects().get(path, {}).get(face, {}).get(name, {}).get("data")
 
-    def set(self, adapter, name, kind, value):
-        run("busctl", "--system", "set-property", "org.bluez", adapter, "org.bluez.Adapter1", name, kind, value)
+    def set(self, path, face, name, kind, value):
+        run("busctl", "--system", "set-property", "org.bluez", path, "org.bluez." + face, name, kind, value)
+
+    def address(self, adapter):
+        return self.value(adapter, "org.bluez.Adapter1", "Address")
 
     def say(self, *words):
         """A command to the program that discovers, and that allows whatever it is asked for."""
@@ -44,18 +47,22 @@ class Bluetooth:
     def connect(self):
         """Pairs and connects the player with the speaker."""
         for adapter in (self.player, self.speaker):
-            self.set(adapter, "Powered", "b", "true")
-            self.set(adapter, "Pairable", "b", "true")
-        self.set(self.speaker, "Alias", "s", "Larch Speaker")
-        self.set(self.speaker, "Discoverable", "b", "true")
-        address = self.value(self.speaker, "org.bluez.Adapter1", "Address")
-        device = self.player + "/dev_" + address.replace(":", "_")
-        self.say("select", self.value(self.player, "org.bluez.Adapter1", "Address"))
+            self.set(adapter, "Adapter1", "Powered", "b", "true")
+            self.set(adapter, "Adapter1", "Pairable", "b", "true")
+        self.set(self.speaker, "Adapter1", "Alias", "s", "Larch Speaker")
+        self.set(self.speaker, "Adapter1", "Discoverable", "b", "true")
+        address = self.address(self.speaker)
+        here = self.player + "/dev_" + address.replace(":", "_")
+        there = self.speaker + "/dev_" + self.address(self.player).replace(":", "_")
+        self.say("select", self.address(self.player))
         self.say("scan", "on")
-        wait(lambda: device in self.objects(), f"{address} is found", 40)
-        for command, name in (("pair", "Paired"), ("connect", "Connected")):
-            self.say(command, address)
-            wait(lambda: self.value(device, "org.bluez.Device1", name), f"{address}: {name}")
+        wait(lambda: here in self.objects(), f"{address} is found", 40)
+        self.say("pair", address)
+        for device in (here, there):
+            wait(lambda: self.value(device, "org.bluez.Device1", "Paired"), f"{device} is paired")
+            self.set(device, "Device1", "Trusted", "b", "true")
+        self.say("connect", address)
+        wait(lambda: self.value(here, "org.bluez.Device1", "Connected"), f"{address} is connected")
 
     def stop(self):
         for each in (self.control, self.controllers, self.daemon):
