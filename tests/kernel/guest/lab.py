@@ -153,6 +153,8 @@ table.insert(alsa_monitor.rules, {
 # No seat is asked whether it may use Bluetooth: there is none.
 BLUETOOTH_RULES = """
 bluez_monitor.properties["with-logind"] = false
+bluez_monitor.properties["bluez5.codecs"] = "[ sbc ]"
+bluez_monitor.properties["bluez5.roles"] = "[ a2dp_sink a2dp_source ]"
 """
 RULES_05 = """
 wireplumber.profiles = { main = { monitor.bluez.seat-monitoring = disabled } }
