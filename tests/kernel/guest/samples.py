@@ -44,7 +44,8 @@ def widen(samples, narrow, wide):
 
 
 def arrived(noise, received, bits, seconds=0.5):
-    """Whether a stretch of what a device received is the noise, sample by sample. Absent when it got no sound."""
+    """Whether a stretch of the later half of what a device received is the noise, sample by sample. There are three
+    tries, since a stretch with a drop-out in it is not equal. Absent when it got no sound."""
     frame = 2 * BYTES[bits]
     needed = int(noise.rate * seconds) * frame
     sound = received.lstrip(b"\0")
@@ -54,14 +55,20 @@ def arrived(noise, received, bits, seconds=0.5):
     played = noise.as_bits(bits)
     if played is None:
         return False
-    middle = len(sound) // 2 // frame * frame
-    at = played.find(sound[middle:middle + 64 * frame])
-    while at >= 0:
-        if at % frame == 0:
-            length = min(needed, len(sound) - middle, len(played) - at)
-            return length > needed // 2 and played[at:at + length] == sound[middle:middle + length]
-        at = played.find(sound[middle:middle + 64 * frame], at + 1)
-    return False
+    return any(is_stretch_of(played, sound, len(sound) * eighths // 8 // frame * frame, needed, frame)
+               for eighths in (4, 5, 6))
+
+
+def is_stretch_of(played, sound, begin, needed, frame):
+    """Whether what follows `begin` in the sound was played like that, as long as needed or up to the end of the sound."""
+    head = sound[begin:begin + 64 * frame]
+    at = played.find(head)
+    while at >= 0 and at % frame != 0:
+        at = played.find(head, at + 1)
+    if at < 0:
+        return False
+    length = min(needed, len(sound) - begin, len(played) - at)
+    return length > needed // 2 and played[at:at + length] == sound[begin:begin + length]
 
 
 class Capture:
