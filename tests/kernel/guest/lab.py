@@ -128,9 +128,9 @@ def is_closed(card_number, device=0):
     return open(path).read().strip() == "closed"
 
 
-def hardware_report(number):
-    """What Purlock's own readers say of a card and of all USB devices."""
-    return json.loads(run(REPORT, str(number)))
+def hardware_report(*cards):
+    """What Purlock's own readers say of cards, of all USB devices and of all paired Bluetooth devices."""
+    return json.loads(run(REPORT, *map(str, cards)))
 
 
 def owner(number):
@@ -150,14 +150,7 @@ table.insert(alsa_monitor.rules, {
   apply_properties = { ["api.alsa.soft-mixer"] = true },
 })
 """
-# No seat is asked whether it may use Bluetooth: there is none.
-BLUETOOTH_RULES = """
-bluez_monitor.properties["with-logind"] = false
-bluez_monitor.properties["bluez5.codecs"] = "[ sbc ]"
-bluez_monitor.properties["bluez5.roles"] = "[ a2dp_sink a2dp_source ]"
-"""
 RULES_05 = """
-wireplumber.profiles = { main = { monitor.bluez.seat-monitoring = disabled } }
 monitor.alsa.rules = [
   { matches = [ { node.name = "~alsa_.*" } ]
     actions = { update-props = { session.suspend-timeout-seconds = 1 } } }
@@ -179,7 +172,6 @@ class Audio:
         wait(lambda: os.path.exists("/run/user-0/pipewire-0"), "PipeWire's socket")
         home = os.environ["HOME"] + "/.config/wireplumber"
         for folder, name, text in (("main.lua.d", "51-lab.lua", RULES),
-                                   ("bluetooth.lua.d", "51-lab.lua", BLUETOOTH_RULES),
                                    ("wireplumber.conf.d", "51-lab.conf", RULES_05)):
             os.makedirs(f"{home}/{folder}", exist_ok=True)
             write(f"{home}/{folder}/{name}", text)
