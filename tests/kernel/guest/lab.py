@@ -49,6 +49,7 @@ def run(*command, check=True, limit=60):
 
 
 STARTED = []  # by the case that runs
+ENDINGS = []  # what it wants to be called at its end, before its programs end
 
 
 def start(name, *command, stdin=subprocess.DEVNULL, **options):
@@ -60,6 +61,9 @@ def start(name, *command, stdin=subprocess.DEVNULL, **options):
 
 
 def end_all():
+    for ending in ENDINGS:
+        ending()
+    ENDINGS.clear()
     for process in reversed(STARTED):
         end(process)
     STARTED.clear()
@@ -150,7 +154,14 @@ table.insert(alsa_monitor.rules, {
   apply_properties = { ["api.alsa.soft-mixer"] = true },
 })
 """
+# There is no seat that could be asked who may use Bluetooth.
+BLUETOOTH_RULES = """
+bluez_monitor.properties["with-logind"] = false
+bluez_monitor.properties["bluez5.codecs"] = "[ sbc ]"
+"""
 RULES_05 = """
+wireplumber.profiles = { main = { monitor.bluez.seat-monitoring = disabled } }
+monitor.bluez.properties = { bluez5.codecs = [ sbc ] }
 monitor.alsa.rules = [
   { matches = [ { node.name = "~alsa_.*" } ]
     actions = { update-props = { session.suspend-timeout-seconds = 1 } } }
@@ -172,6 +183,7 @@ class Audio:
         wait(lambda: os.path.exists("/run/user-0/pipewire-0"), "PipeWire's socket")
         home = os.environ["HOME"] + "/.config/wireplumber"
         for folder, name, text in (("main.lua.d", "51-lab.lua", RULES),
+                                   ("bluetooth.lua.d", "51-lab.lua", BLUETOOTH_RULES),
                                    ("wireplumber.conf.d", "51-lab.conf", RULES_05)):
             os.makedirs(f"{home}/{folder}", exist_ok=True)
             write(f"{home}/{folder}/{name}", text)

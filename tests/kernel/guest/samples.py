@@ -1,10 +1,12 @@
 """Noise whose every sample is known, and what of it arrived."""
 
+import glob
 import os
 import random
 import struct
+import threading
 
-from lab import end, start, wait
+from lab import ENDINGS, end, start, wait
 
 BYTES = {16: 2, 24: 3, 32: 4}
 ALSA = {16: "S16_LE", 24: "S24_3LE", 32: "S32_LE"}  # of the bytes
@@ -72,16 +74,28 @@ def is_stretch_of(played, sound, begin, needed, frame):
 
 
 class Capture:
-    """What goes into the loopback card, from its other side, which also decides which format the card has."""
+    """What goes into the loopback card, from its other side, which also decides which format the card has. Newer kernels
+    stop the recorder when the player's side is set up, so it is started again."""
 
-    def __init__(self, card, rate, bits, path="/tmp/captured.raw"):
-        self.path = path
-        if os.path.exists(path):
+    def __init__(self, card, rate, bits):
+        self.command = ["arecord", "-q", "-D", f"hw:{card},1,0", "-f", ALSA[bits], "-r", str(rate), "-c", "2", "-t", "raw"]
+        self.is_over = threading.Event()
+        ENDINGS.append(self.is_over.set)
+        self.paths = []
+        for path in glob.glob("/tmp/captured-*.raw"):
             os.remove(path)
-        self.process = start("arecord", "arecord", "-q", "-D", f"hw:{card},1,0", "-f", ALSA[bits], "-r", str(rate),
-                             "-c", "2", "-t", "raw", path)
-        wait(lambda: os.path.exists(path), "the recorder's file")
+        self.thread = threading.Thread(target=self.record, daemon=True)
+        self.thread.start()
+        wait(lambda: self.paths and os.path.exists(self.paths[0]), "the recorder's file")
+
+    def record(self):
+        while not self.is_over.is_set():
+            self.paths.append(f"/tmp/captured-{len(self.paths)}.raw")
+            self.process = start("arecord", *self.command, self.paths[-1])
+            self.process.wait()
 
     def stop(self):
+        self.is_over.set()
         end(self.process)
-        return open(self.path, "rb").read()
+        self.thread.join()
+        return b"".join(open(path, "rb").read() for path in self.paths if os.path.exists(path))
