@@ -126,10 +126,14 @@ def card(name):
     return next((number for number, text in cards().items() if name in text), None)
 
 
-def is_closed(card_number, device=0):
+def hardware_parameters(card_number):
+    """What the kernel says of the card's playback."""
+    return open(f"/proc/asound/card{card_number}/pcm0p/sub0/hw_params").read()
+
+
+def is_closed(card_number):
     """Whether nobody holds the card's playback."""
-    path = f"/proc/asound/card{card_number}/pcm{device}p/sub0/hw_params"
-    return open(path).read().strip() == "closed"
+    return hardware_parameters(card_number).strip() == "closed"
 
 
 def hardware_report(*cards):

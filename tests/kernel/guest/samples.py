@@ -6,7 +6,7 @@ import random
 import struct
 import threading
 
-from lab import ENDINGS, end, start, wait
+from lab import ENDINGS, end, hardware_parameters, start, wait
 
 BYTES = {16: 2, 24: 3, 32: 4}
 ALSA = {16: "S16_LE", 24: "S24_3LE", 32: "S32_LE"}  # of the bytes
@@ -75,27 +75,47 @@ def is_stretch_of(played, sound, begin, needed, frame):
 
 class Capture:
     """What goes into the loopback card, from its other side, which also decides which format the card has. Newer kernels
-    stop the recorder when the player's side is set up, so it is started again."""
+    end a recorder that does not lay out its channels as the player does, so it is started again like the player."""
 
     def __init__(self, card, rate, bits):
+        self.card, self.sample = card, BYTES[bits]
         self.command = ["arecord", "-q", "-D", f"hw:{card},1,0", "-f", ALSA[bits], "-r", str(rate), "-c", "2", "-t", "raw"]
         self.is_over = threading.Event()
-        ENDINGS.append(self.is_over.set)
         self.paths = []
-        for path in glob.glob("/tmp/captured-*.raw"):
+        ENDINGS.append(self.is_over.set)
+        for path in glob.glob("/tmp/captured-*"):
             os.remove(path)
         self.thread = threading.Thread(target=self.record, daemon=True)
         self.thread.start()
-        wait(lambda: self.paths and os.path.exists(self.paths[0]), "the recorder's file")
+        wait(lambda: glob.glob("/tmp/captured-*"), "the recorder's file")
 
     def record(self):
         while not self.is_over.is_set():
-            self.paths.append(f"/tmp/captured-{len(self.paths)}.raw")
-            self.process = start("arecord", *self.command, self.paths[-1])
+            self.paths.append(f"/tmp/captured-{len(self.paths)}")
+            channels = ["--separate-channels"] if "NONINTERLEAVED" in hardware_parameters(self.card) else []
+            self.process = start("arecord", *self.command, *channels, self.paths[-1])
             self.process.wait()
 
     def stop(self):
         self.is_over.set()
         end(self.process)
         self.thread.join()
-        return b"".join(open(path, "rb").read() for path in self.paths if os.path.exists(path))
+        return b"".join(map(self.recorded, self.paths))
+
+    def recorded(self, path):
+        if os.path.exists(path):
+            return read(path)
+        if not os.path.exists(path + ".0"):
+            return b""
+        left, right = read(path + ".0"), read(path + ".1")
+        frames = min(len(left), len(right)) // self.sample
+        sound = bytearray(2 * frames * self.sample)
+        for channel, samples in enumerate((left, right)):
+            for byte in range(self.sample):
+                sound[channel * self.sample + byte::2 * self.sample] = samples[byte:frames * self.sample:self.sample]
+        return bytes(sound)
+
+
+def read(path):
+    with open(path, "rb") as file:
+        return file.read()

@@ -7,7 +7,7 @@ import re
 from cases import case
 from converter import Converter, ConverterSound, SoundOfOne, all_gone
 from judging import RATES, kinds, play
-from lab import RESULTS, card, cards, end, expect, hardware_report, is_closed, run, start, wait
+from lab import RESULTS, card, cards, end, expect, hardware_parameters, hardware_report, is_closed, run, start, wait
 from samples import Noise
 
 
@@ -240,7 +240,7 @@ def descriptors(machine):
         expect(sorted(ours) == sorted(zip(vendors, products)), f"{ours} beside {vendors} {products}")
         expect(ours[0] == ("Larch Audio", "Larch One"), f"the sound device comes first: {ours}")
         parameters = dict(line.split(": ", 1) for line in
-                          open(f"/proc/asound/card{number}/pcm0p/sub0/hw_params").read().splitlines())
+                          hardware_parameters(number).splitlines())
         pcm = report["cards"][str(number)]
         expect(pcm["rate"] == float(parameters["rate"].split()[0]) == 88200, f"{pcm} {parameters}")
         expect(pcm["channels"] == int(parameters["channels"]), f"{pcm} {parameters}")
