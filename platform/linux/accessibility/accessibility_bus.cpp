@@ -55,7 +55,7 @@ BusCall AccessibilityBus::newServiceCall(const char* interface, const char* memb
 
 void AccessibilityBus::askForAddress() {
     const auto call = newServiceCall(serviceName, "GetAddress");
-    const bool sent = session_.call(call, callLimit, [this](const BusIncoming& reply) {
+    const bool sent = calls_.send(call, callLimit, [this](const BusIncoming& reply) {
         const auto address = reply.isError() ? std::nullopt : reply.reader().nextText();
         // Whoever owns the service's name could have a command run by another kind of address.
         if (address && isSocketAddress(*address)) return takeAddress(*address);
@@ -88,11 +88,11 @@ void AccessibilityBus::takeAddress(const std::string& address) {
 void AccessibilityBus::askWhetherEnabled() {
     auto call = newServiceCall(propertiesInterface, "Get");
     call.append(statusInterface).append("IsEnabled");
-    static_cast<void>(session_.call(call, callLimit, [this](const BusIncoming& reply) {
+    calls_.send(call, callLimit, [this](const BusIncoming& reply) {
         const auto value = reply.isError() ? std::nullopt : reply.reader().next();
         enabled_ = value && value->boolean().value_or(false);
         update();
-    }));
+    });
 }
 
 void AccessibilityBus::takeStatus(const BusIncoming& signal) {
@@ -114,11 +114,11 @@ void AccessibilityBus::sendEnable() {
     auto call = session_.newCall({serviceName, servicePath, propertiesInterface, "Set"});
     call.allowStart();
     call.append(statusInterface).append("IsEnabled").appendVariant(true);
-    static_cast<void>(session_.call(call, callLimit, [this](const BusIncoming& reply) {
+    calls_.send(call, callLimit, [this](const BusIncoming& reply) {
         if (reply.isError()) return;
         wanted_ = false;
         askWhetherEnabled();  // in case the service does not tell of the change
-    }));
+    });
 }
 
 void AccessibilityBus::dropBus() {

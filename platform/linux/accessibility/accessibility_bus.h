@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/linux/dbus/bus_calls.h"
 #include "platform/linux/dbus/bus_connection.h"
 #include "platform/linux/dbus/bus_name_watch.h"
 #include "platform/linux/dbus/bus_thread.h"
@@ -51,6 +52,7 @@ class AccessibilityBus {
     BusConnection session_;
     std::unique_ptr<BusNameWatch> service_;
     BusSlot statusChanges_;
+    BusCalls calls_{session_};
     std::unique_ptr<BusConnection> bus_;
 };
 

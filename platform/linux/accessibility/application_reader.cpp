@@ -34,11 +34,8 @@ ApplicationReader::ApplicationReader(BusThread& thread, BusConnection& connectio
 void ApplicationReader::askForItems() {
     const auto call =
         connection_.newCall({busName_, "/org/a11y/atspi/cache", "org.a11y.atspi.Cache", "GetItems"});
-    const std::weak_ptr<ApplicationReader*> alive = alive_;
     // A call that cannot be sent is left to the deadline.
-    static_cast<void>(connection_.call(call, cacheLimit, [alive](const BusIncoming& reply) {
-        if (const auto reader = alive.lock()) (*reader)->takeItems(reply);
-    }));
+    question_ = connection_.call(call, cacheLimit, [this](const BusIncoming& reply) { takeItems(reply); });
 }
 
 void ApplicationReader::takeItems(const BusIncoming& reply) {

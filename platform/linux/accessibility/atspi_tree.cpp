@@ -88,20 +88,13 @@ class AtSpiTree::Worker {
         application.leaving = bus_.connection().addMatch(
             joined({"type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='", busName,
                     "'"}),
-            [this, pid](const BusIncoming&) { leaveLater(pid); });
+            [this, pid](const BusIncoming&) { finish(pid, std::nullopt); });
         application.windows = bus_.connection().addMatch(
             joined({"type='signal',sender='", busName, "',interface='org.a11y.atspi.Event.Window'"}),
             [this, pid](const BusIncoming&) {
                 const std::lock_guard lock(shelf_->mutex);
                 shelf_->trees.noteWindow(pid, Clock::now());
             });
-    }
-
-    /// Not from within the signal whose slot goes with the application.
-    void leaveLater(std::int32_t pid) {
-        thread_.post([this, pid, alive = std::weak_ptr(alive_)] {
-            if (!alive.expired()) finish(pid, std::nullopt);
-        });
     }
 
     void begin(std::int32_t pid) {
@@ -152,7 +145,6 @@ class AtSpiTree::Worker {
     AccessibilityBus bus_;
     std::unique_ptr<ApplicationRegistry> registry_;  // while trusted
     std::map<std::int32_t, Application> reads_;
-    const std::shared_ptr<Worker*> alive_ = std::make_shared<Worker*>(this);
 };
 
 AtSpiTree::AtSpiTree(BusThread& thread, std::string busAddress, std::function<bool()> soundRuns,

@@ -132,7 +132,7 @@ void ObjectWalker::askForChildren(const Element& element) {
 
 void ObjectWalker::takeChildren(const Element& element, const BusIncoming& reply) {
     if (reply.isError()) {
-        if (element.depth == 0) finish(std::nullopt);
+        failed_ = element.depth == 0;
         return;
     }
     BusReader reader = reply.reader(repliesLimits(limits_));
@@ -152,7 +152,7 @@ void ObjectWalker::queue(BusCall call, Reply onReply) {
 
 /// Keeps the pipe filled; finishes when nothing is left to ask and to hear.
 void ObjectWalker::sendQueued() {
-    while (underWay_ < maximumUnderWay && !finished_) {
+    while (sent_.underWay() < maximumUnderWay && !failed_) {
         if (calls_.empty()) {
             if (waiting_.empty()) break;
             const Element element = std::move(waiting_.front());
@@ -161,22 +161,19 @@ void ObjectWalker::sendQueued() {
         }
         const auto [call, onReply] = std::move(calls_.front());
         calls_.pop_front();
-        const std::weak_ptr<ObjectWalker*> alive = alive_;
-        const bool sent =
-            connection_.call(call, callLimit, [this, alive, onReply = onReply](const BusIncoming& reply) {
-                if (alive.expired() || finished_) return;
-                --underWay_;
-                onReply(reply);  // may end the walk, and the walker with it
-                if (!alive.expired()) sendQueued();
-            });
-        if (!sent) return finish(std::nullopt);
-        ++underWay_;
+        const bool sent = sent_.send(call, callLimit, [this, onReply = onReply](const BusIncoming& reply) {
+            onReply(reply);
+            sendQueued();
+        });
+        failed_ = !sent;
     }
-    if (underWay_ == 0) finish(std::move(snapshot_));
+    if (failed_) return finish(std::nullopt);
+    if (sent_.underWay() == 0) finish(std::move(snapshot_));
 }
 
+/// Runs once: what is under way ends with it.
 void ObjectWalker::finish(std::optional<Snapshot> snapshot) {
-    if (std::exchange(finished_, true)) return;
+    sent_.clear();
     const Finish onFinish = onFinish_;  // may drop the walker
     onFinish(std::move(snapshot));
 }

@@ -190,18 +190,19 @@ class Caller {
 
     void ask() {
         auto call = newCall();
-        const bool sent = connection_.call(call, timeLimit, [this](const BusIncoming& reply) {
+        question_ = connection_.call(call, timeLimit, [this](const BusIncoming& reply) {
             if (reply.isError()) return onDone_({});
             const auto value = request_ == Request::isPanelOpen ? reply.reader().next() : std::nullopt;
             onDone_({true, value ? value->boolean() : std::nullopt});
         });
-        if (!sent) onDone_({});
+        if (!question_) onDone_({});
     }
 
     const Request request_;
     const std::function<void(const Outcome&)> onDone_;
     BusConnection connection_;
     std::optional<BusNameWatch> instance_;
+    BusSlot question_;
 };
 
 Outcome outcomeOf(Request request, const std::string& busAddress, std::chrono::milliseconds longest) {

@@ -52,6 +52,7 @@ class BlueZStack::Watcher {
         added_.reset();
         removed_.reset();
         changed_.reset();
+        question_.reset();
         objects_ = BlueZObjects();
         publish(std::nullopt);
         if (owner.empty()) return;
@@ -70,17 +71,15 @@ class BlueZStack::Watcher {
     /// The signals that arrive before the answer tell of things that the answer contains.
     void askForObjects() {
         const auto call = connection_.newCall({owner_, "/", objectManager, "GetManagedObjects"});
-        const bool sent =
-            connection_.call(call, answerLimit, [this, asked = owner_](const BusIncoming& reply) {
-                if (asked != owner_) return;
-                const auto objects = reply.isError() ? std::nullopt : reply.reader(objectsLimits).next();
-                if (!objects) return askAgainLater();
-                answered_ = true;
-                objects_.replaceAll(*objects);
-                publishObjects();
-            });
+        question_ = connection_.call(call, answerLimit, [this](const BusIncoming& reply) {
+            const auto objects = reply.isError() ? std::nullopt : reply.reader(objectsLimits).next();
+            if (!objects) return askAgainLater();
+            answered_ = true;
+            objects_.replaceAll(*objects);
+            publishObjects();
+        });
         answered_ = false;
-        if (!sent) askAgainLater();
+        if (!question_) askAgainLater();
     }
 
     void askAgainLater() {
@@ -132,6 +131,7 @@ class BlueZStack::Watcher {
     BusSlot added_;
     BusSlot removed_;
     BusSlot changed_;
+    BusSlot question_;
 };
 
 BlueZStack::BlueZStack(BusThread& thread, std::string busAddress)

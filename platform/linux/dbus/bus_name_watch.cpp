@@ -12,7 +12,7 @@ constexpr std::chrono::seconds timeLimit{5};
 }  // namespace
 
 BusNameWatch::BusNameWatch(BusConnection& connection, std::string name, OwnerCallback onOwner)
-    : name_(std::move(name)), onOwner_(std::move(onOwner)), alive_(std::make_shared<BusNameWatch*>(this)) {
+    : name_(std::move(name)), onOwner_(std::move(onOwner)) {
     const std::string rule =
         "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/DBus',"
         "interface='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" +
@@ -30,13 +30,11 @@ BusNameWatch::BusNameWatch(BusConnection& connection, std::string name, OwnerCal
 void BusNameWatch::askForOwner(BusConnection& connection) {
     auto call = connection.newCall({busName, "/org/freedesktop/DBus", busName, "GetNameOwner"});
     call.append(name_);
-    const std::weak_ptr<BusNameWatch*> alive = alive_;
     // A call that cannot be sent means that the connection is about to be lost, and the watch with it.
-    static_cast<void>(connection.call(call, timeLimit, [alive](const BusIncoming& reply) {
-        const auto watch = alive.lock();
-        if (!watch || (*watch)->known_) return;  // a change that came first is newer
-        (*watch)->take(reply.isError() ? "" : reply.reader().nextText().value_or(""));
-    }));
+    question_ = connection.call(call, timeLimit, [this](const BusIncoming& reply) {
+        if (known_) return;  // a change that came first is newer
+        take(reply.isError() ? "" : reply.reader().nextText().value_or(""));
+    });
 }
 
 void BusNameWatch::take(const std::string& owner) {

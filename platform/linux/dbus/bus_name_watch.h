@@ -30,7 +30,7 @@ class BusNameWatch {
     std::string owner_;
     bool known_ = false;
     BusSlot match_;
-    std::shared_ptr<BusNameWatch*> alive_;  // empties for a reply that comes after the watch was dropped
+    BusSlot question_;
 };
 
 }  // namespace purlock::host_linux

@@ -3,7 +3,6 @@
 #include <QSocketNotifier>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 
 struct xcb_connection_t;
@@ -48,7 +47,6 @@ class XButtonPresses {
     std::uint8_t opcode_ = 0;
     bool works_ = false;
     std::optional<QSocketNotifier> notifier_;
-    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 
 }  // namespace purlock::host_linux

@@ -72,17 +72,18 @@ void MprisPlayers::becomeLost() {
 
 void MprisPlayers::listNames() {
     // When it cannot be sent, the connection is about to be lost; it comes back with a new list.
-    static_cast<void>(connection_.call(
-        connection_.newCall(busMethod("ListNames")), busTimeLimit, [this](const BusIncoming& reply) {
-            BusReader reader = reply.reader();
-            if (reply.isError() || !reader.enterArray()) return;
-            std::size_t asked = 0;
-            while (const auto name = reader.next()) {
-                if (name->text() == nullptr || !name->text()->starts_with(playerNamePrefix)) continue;
-                if (++asked > maximumNames) break;
-                askForOwner(*name->text());
-            }
-        }));
+    busCalls_.send(connection_.newCall(busMethod("ListNames")), busTimeLimit,
+                   [this](const BusIncoming& reply) {
+                       BusReader reader = reply.reader();
+                       if (reply.isError() || !reader.enterArray()) return;
+                       std::size_t asked = 0;
+                       while (const auto name = reader.next()) {
+                           if (name->text() == nullptr || !name->text()->starts_with(playerNamePrefix))
+                               continue;
+                           if (++asked > maximumNames) break;
+                           askForOwner(*name->text());
+                       }
+                   });
 }
 
 void MprisPlayers::listNamesSoon() {
@@ -93,9 +94,9 @@ void MprisPlayers::listNamesSoon() {
 void MprisPlayers::askForOwner(const std::string& name) {
     BusCall call = connection_.newCall(busMethod("GetNameOwner"));
     call.append(name);
-    static_cast<void>(connection_.call(call, busTimeLimit, [this, name](const BusIncoming& reply) {
+    busCalls_.send(call, busTimeLimit, [this, name](const BusIncoming& reply) {
         if (!reply.isError()) takeOwner(name, reply.reader().nextText().value_or(""));
-    }));
+    });
 }
 
 void MprisPlayers::onNameOwnerChanged(const BusIncoming& signal) {
@@ -123,23 +124,23 @@ void MprisPlayers::takeOwner(const std::string& name, const std::string& owner) 
 void MprisPlayers::askForProcess(const std::string& owner) {
     BusCall call = connection_.newCall(busMethod("GetConnectionUnixProcessID"));
     call.append(owner);
-    static_cast<void>(connection_.call(call, busTimeLimit, [this, owner](const BusIncoming& reply) {
+    busCalls_.send(call, busTimeLimit, [this, owner](const BusIncoming& reply) {
         const auto value = reply.isError() ? std::nullopt : reply.reader().next();
         const std::int64_t pid = value ? value->integer().value_or(0) : 0;
         if (std::in_range<std::int32_t>(pid))
             roster_.setProcessIdentifier(owner, static_cast<std::int32_t>(pid));
         rosterChanged();
-    }));
+    });
 }
 
 void MprisPlayers::askForIdentity(const std::string& owner) {
     BusCall call = connection_.newCall(propertiesMethod(owner, "GetAll"));
     call.append(rootInterface);
-    static_cast<void>(connection_.call(call, propertiesTimeLimit, [this, owner](const BusIncoming& reply) {
+    busCalls_.send(call, propertiesTimeLimit, [this, owner](const BusIncoming& reply) {
         if (const auto properties = valueOf(owner, reply))
             roster_.setIdentity(owner, identityFrom(*properties));
         rosterChanged();
-    }));
+    });
 }
 
 void MprisPlayers::askForProperties(const std::string& owner) {
@@ -152,7 +153,7 @@ void MprisPlayers::askForProperties(const std::string& owner) {
     call.append(playerInterface);
     calls.askAgain = false;
     calls.propertiesAsked = std::chrono::steady_clock::now();
-    calls.askingForProperties = connection_.call(
+    calls.askingForProperties = busCalls_.send(
         call, propertiesTimeLimit, [this, owner](const BusIncoming& reply) { takeProperties(owner, reply); });
 }
 
@@ -197,7 +198,7 @@ void MprisPlayers::askForPosition(const std::string& owner) {
     BusCall call = connection_.newCall(propertiesMethod(owner, "Get"));
     call.append(playerInterface).append("Position");
     calls_[owner].askingForPosition =
-        connection_.call(call, positionTimeLimit, [this, owner](const BusIncoming& reply) {
+        busCalls_.send(call, positionTimeLimit, [this, owner](const BusIncoming& reply) {
             if (!roster_.contains(owner)) return;
             calls_[owner].askingForPosition = false;
             const auto answer = valueOf(owner, reply);

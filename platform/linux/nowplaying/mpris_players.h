@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/dbus/bus_calls.h"
 #include "platform/linux/dbus/bus_connection.h"
 #include "platform/linux/nowplaying/player_roster.h"
 
@@ -96,7 +97,9 @@ class MprisPlayers {
     BusTimer tellLater_;
     BusTimer listLater_;
     std::vector<BusSlot> matches_;
-    BusConnection connection_;  // last: its end, which comes first, is the end of every callback
+    BusConnection connection_;
+    BusCalls busCalls_{
+        connection_};  // the last two: their end, which comes first, is the end of every callback
 };
 
 }  // namespace purlock::host_linux

@@ -23,9 +23,7 @@ ColorScheme schemeOf(const BusValue& value) {
 }  // namespace
 
 ColorSchemeWatch::ColorSchemeWatch(BusConnection& connection, Callback onScheme)
-    : connection_(connection),
-      onScheme_(std::move(onScheme)),
-      alive_(std::make_shared<ColorSchemeWatch*>(this)) {
+    : connection_(connection), onScheme_(std::move(onScheme)) {
     portal_ = std::make_unique<BusNameWatch>(connection_, portalName,
                                              [this](const std::string& owner) { portalChanged(owner); });
 }
@@ -50,12 +48,10 @@ void ColorSchemeWatch::portalChanged(const std::string& owner) {
 void ColorSchemeWatch::ask() {
     auto call = connection_.newCall({portalName, portalPath, settingsInterface, "Read"});
     call.append(appearance).append(key);
-    const std::weak_ptr<ColorSchemeWatch*> alive = alive_;
-    static_cast<void>(connection_.call(call, timeLimit, [alive](const BusIncoming& reply) {
-        const auto watch = alive.lock();
+    question_ = connection_.call(call, timeLimit, [this](const BusIncoming& reply) {
         const auto value = reply.isError() ? std::nullopt : reply.reader().next();
-        if (watch && value) (*watch)->take(*value);
-    }));
+        if (value) take(*value);
+    });
 }
 
 void ColorSchemeWatch::take(const BusValue& value) {

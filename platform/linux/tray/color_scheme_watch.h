@@ -32,7 +32,7 @@ class ColorSchemeWatch {
     ColorScheme scheme_ = ColorScheme::unknown;
     BusSlot changes_;
     std::unique_ptr<BusNameWatch> portal_;
-    std::shared_ptr<ColorSchemeWatch*> alive_;  // empties for a reply that comes after the watch was dropped
+    BusSlot question_;
 };
 
 }  // namespace purlock::host_linux

@@ -182,8 +182,7 @@ NotifierItem::NotifierItem(BusConnection& connection, NotifierLook look, Notifie
     : connection_(connection),
       events_(std::move(events)),
       look_(std::move(look)),
-      menu_(connection, {openLabel, quitLabel}, [this](std::size_t entry) { chosen(entry); }),
-      alive_(std::make_shared<NotifierItem*>(this)) {
+      menu_(connection, {openLabel, quitLabel}, [this](std::size_t entry) { chosen(entry); }) {
     exportObject();
     watcher_ = std::make_unique<BusNameWatch>(connection_, watcherName,
                                               [this](const std::string& owner) { watcherChanged(owner); });
@@ -231,14 +230,11 @@ void NotifierItem::registerItem() {
 void NotifierItem::askForHost() {
     auto call = connection_.newCall({watcherName, watcherPath, "org.freedesktop.DBus.Properties", "Get"});
     call.append(watcherName).append("IsStatusNotifierHostRegistered");
-    const std::weak_ptr<NotifierItem*> alive = alive_;
-    const bool sent = connection_.call(call, timeLimit, [alive](const BusIncoming& reply) {
-        const auto item = alive.lock();
-        if (!item) return;
+    question_ = connection_.call(call, timeLimit, [this](const BusIncoming& reply) {
         const auto answer = reply.isError() ? std::nullopt : reply.reader().next();
-        (*item)->setHosted(answer && answer->boolean().value_or(false));
+        setHosted(answer && answer->boolean().value_or(false));
     });
-    if (!sent) setHosted(false);
+    if (!question_) setHosted(false);
 }
 
 void NotifierItem::setHosted(bool hosted) {

@@ -65,7 +65,7 @@ class NotifierItem {
     BusSlot hostCame_;
     BusSlot hostWent_;
     std::unique_ptr<BusNameWatch> watcher_;
-    std::shared_ptr<NotifierItem*> alive_;  // empties for a reply that comes after the item was dropped
+    BusSlot question_;  // after a host: the latest one counts
 };
 
 }  // namespace purlock::host_linux
