@@ -2,11 +2,11 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
-#include "platform/linux/dbus/bus_calls.h"
 #include "platform/linux/dbus/bus_connection.h"
-#include "platform/linux/dbus/bus_name_watch.h"
+#include "platform/linux/dbus/bus_service.h"
 #include "platform/linux/dbus/bus_thread.h"
 
 namespace purlock::host_linux {
@@ -40,7 +40,6 @@ class AccessibilityBus {
     void takeStatus(const BusIncoming& signal);
     void dropBus();
     void update();
-    BusCall newServiceCall(const char* interface, const char* member) const;
 
     BusThread& thread_;
     const ChangeCallback onChange_;
@@ -50,9 +49,8 @@ class AccessibilityBus {
     bool usable_ = false;
     BusTimer askAgain_;
     BusConnection session_;
-    std::unique_ptr<BusNameWatch> service_;
-    BusSlot statusChanges_;
-    BusCalls calls_{session_};
+    std::optional<BusService> service_;
+    BusSlot enabling_;
     std::unique_ptr<BusConnection> bus_;
 };
 

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/dbus/bus_name_watch.h"
+#include "platform/linux/dbus/bus_service.h"
 
 namespace purlock::host_linux {
 
@@ -181,9 +181,9 @@ class Caller {
 
     BusCall newCall() {
         if (request_ == Request::isPanelOpen) {
-            return connection_.newCall({serviceName, objectPath, panelInterface, "IsOpen"});
+            return instance_->newCall(objectPath, panelInterface, "IsOpen");
         }
-        auto call = connection_.newCall({serviceName, objectPath, applicationInterface, "Activate"});
+        auto call = instance_->newCall(objectPath, applicationInterface, "Activate");
         if (call.valid()) sd_bus_message_append(call.message(), "a{sv}", 0);
         return call;
     }
@@ -201,8 +201,8 @@ class Caller {
     const Request request_;
     const std::function<void(const Outcome&)> onDone_;
     BusConnection connection_;
-    std::optional<BusNameWatch> instance_;
-    BusSlot question_;
+    std::optional<BusService> instance_;
+    BusSlot question_;  // not the instance's: its end is an answer too
 };
 
 Outcome outcomeOf(Request request, const std::string& busAddress, std::chrono::milliseconds longest) {

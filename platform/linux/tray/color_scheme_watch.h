@@ -1,10 +1,9 @@
 #pragma once
 
 #include <functional>
-#include <memory>
+#include <string>
 
-#include "platform/linux/dbus/bus_connection.h"
-#include "platform/linux/dbus/bus_name_watch.h"
+#include "platform/linux/dbus/bus_service.h"
 
 namespace purlock::host_linux {
 
@@ -27,12 +26,9 @@ class ColorSchemeWatch {
     void ask();
     void take(const BusValue& value);
 
-    BusConnection& connection_;
     const Callback onScheme_;
     ColorScheme scheme_ = ColorScheme::unknown;
-    BusSlot changes_;
-    std::unique_ptr<BusNameWatch> portal_;
-    BusSlot question_;
+    BusService portal_;
 };
 
 }  // namespace purlock::host_linux

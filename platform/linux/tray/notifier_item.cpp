@@ -5,6 +5,8 @@
 #include <array>
 #include <utility>
 
+#include "base/text.h"
+
 namespace purlock::host_linux {
 
 namespace {
@@ -182,10 +184,9 @@ NotifierItem::NotifierItem(BusConnection& connection, NotifierLook look, Notifie
     : connection_(connection),
       events_(std::move(events)),
       look_(std::move(look)),
-      menu_(connection, {openLabel, quitLabel}, [this](std::size_t entry) { chosen(entry); }) {
+      menu_(connection, {openLabel, quitLabel}, [this](std::size_t entry) { chosen(entry); }),
+      watcher_(connection, watcherName, [this](const std::string& owner) { watcherChanged(owner); }) {
     exportObject();
-    watcher_ = std::make_unique<BusNameWatch>(connection_, watcherName,
-                                              [this](const std::string& owner) { watcherChanged(owner); });
 }
 
 void NotifierItem::chosen(std::size_t entry) const {
@@ -205,36 +206,34 @@ void NotifierItem::exportObject() {
 }
 
 void NotifierItem::watcherChanged(const std::string& owner) {
-    hostCame_.reset();
-    hostWent_.reset();
     if (owner.empty()) return setHosted(false);
-    listenToHosts(owner);
+    listenToHosts();
     registerItem();
     askForHost();
 }
 
-void NotifierItem::listenToHosts(const std::string& owner) {
-    const std::string rule = "type='signal',sender='" + owner + "',path='" + watcherPath + "',interface='" +
-                             watcherName + "',member='StatusNotifierHost";
-    const auto ask = [this](const BusIncoming&) { askForHost(); };
-    hostCame_ = connection_.addMatch(rule + "Registered'", ask);
-    hostWent_ = connection_.addMatch(rule + "Unregistered'", ask);
+void NotifierItem::listenToHosts() {
+    for (const char* change : {"Registered", "Unregistered"}) {
+        watcher_.listen(joined({"path='", watcherPath, "',interface='", watcherName,
+                                "',member='StatusNotifierHost", change, "'"}),
+                        [this](const BusIncoming&) { askForHost(); });
+    }
 }
 
 void NotifierItem::registerItem() {
-    auto call = connection_.newCall({watcherName, watcherPath, watcherName, "RegisterStatusNotifierItem"});
+    auto call = watcher_.newCall(watcherPath, watcherName, "RegisterStatusNotifierItem");
     call.append(connection_.uniqueName());
     connection_.send(call);
 }
 
 void NotifierItem::askForHost() {
-    auto call = connection_.newCall({watcherName, watcherPath, "org.freedesktop.DBus.Properties", "Get"});
+    auto call = watcher_.newCall(watcherPath, "org.freedesktop.DBus.Properties", "Get");
     call.append(watcherName).append("IsStatusNotifierHostRegistered");
-    question_ = connection_.call(call, timeLimit, [this](const BusIncoming& reply) {
+    const bool sent = watcher_.call(call, timeLimit, [this](const BusIncoming& reply) {
         const auto answer = reply.isError() ? std::nullopt : reply.reader().next();
         setHosted(answer && answer->boolean().value_or(false));
     });
-    if (!question_) setHosted(false);
+    if (!sent) setHosted(false);
 }
 
 void NotifierItem::setHosted(bool hosted) {

@@ -2,11 +2,10 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <string>
 
 #include "platform/linux/dbus/bus_connection.h"
-#include "platform/linux/dbus/bus_name_watch.h"
+#include "platform/linux/dbus/bus_service.h"
 #include "platform/linux/tray/notifier_data.h"
 #include "platform/linux/tray/notifier_menu.h"
 
@@ -48,7 +47,7 @@ class NotifierItem {
     void exportObject();
     void chosen(std::size_t entry) const;
     void watcherChanged(const std::string& owner);
-    void listenToHosts(const std::string& owner);
+    void listenToHosts();
     void registerItem();
     void askForHost();
     void setHosted(bool hosted);
@@ -62,10 +61,7 @@ class NotifierItem {
     bool hosted_ = false;
     const NotifierMenu menu_;
     BusSlot object_;
-    BusSlot hostCame_;
-    BusSlot hostWent_;
-    std::unique_ptr<BusNameWatch> watcher_;
-    BusSlot question_;  // after a host: the latest one counts
+    BusService watcher_;
 };
 
 }  // namespace purlock::host_linux

@@ -14,8 +14,9 @@
 
 #include "platform/linux/dbus/bus_address.h"
 #include "platform/linux/dbus/bus_calls.h"
-#include "platform/linux/dbus/bus_name_watch.h"
+#include "platform/linux/dbus/bus_service.h"
 #include "tests/support/private_bus.h"
+#include "tests/support/test_service.h"
 
 namespace purlock::host_linux {
 namespace {
@@ -323,10 +324,10 @@ TEST_F(BusConnectionTest, FollowsTheOwnerOfAName) {
     const auto owning = connect(bus.address());
     ASSERT_TRUE(waitUntil([&] { return connected_ == 2; }));
     std::vector<std::string> owners;
-    std::unique_ptr<BusNameWatch> watch;
+    std::unique_ptr<BusService> watch;
     watching->post([&](BusConnection& link) {
-        watch = std::make_unique<BusNameWatch>(link, "org.purlock.Test",
-                                               [&](const std::string& owner) { owners.push_back(owner); });
+        watch = std::make_unique<BusService>(link, "org.purlock.Test",
+                                             [&](const std::string& owner) { owners.push_back(owner); });
     });
     const auto history = [&] {
         std::vector<std::string> copy;
@@ -350,6 +351,63 @@ TEST_F(BusConnectionTest, FollowsTheOwnerOfAName) {
     EXPECT_EQ(history()[1].substr(0, 1), ":");
     EXPECT_EQ(history()[2], "");
     thread_.runAndWait([&] { watch.reset(); });
+}
+
+/// Also the signals and replies of a former owner, and of another one in the queue for the name, are no
+/// longer or not yet the service's.
+TEST_F(BusConnectionTest, ListensToTheOwnerOfANameAlone) {
+    PrivateBus bus;
+    constexpr const char* name = "org.purlock.Test";
+    const auto silent = [](sd_bus_message*) { return true; };
+    std::optional<test::TestService> first(std::in_place, bus.address(), name, silent);
+    ASSERT_TRUE(waitUntil([&] { return first->ready(); }));
+    test::TestService second(bus.address(), name, silent);
+    ASSERT_TRUE(waitUntil([&] { return second.ready(); }));
+    const std::vector<std::string> both{first->uniqueName(), second.uniqueName()};
+
+    const auto connection = connect(bus.address());
+    ASSERT_TRUE(waitUntil([&] { return connected_ == 1; }));
+    std::vector<std::string> owners;
+    std::vector<std::string> senders;
+    int replies = 0;
+    std::optional<BusService> service;
+    connection->post([&](BusConnection& link) {
+        service.emplace(link, name, [&](const std::string& owner) {
+            service->listen("member='Changed'",
+                            [&](const BusIncoming& signal) { senders.emplace_back(signal.sender()); });
+            service->call(service->newCall("/", "org.purlock.Test", "Ask"), 60s,
+                          [&](const BusIncoming&) { ++replies; });
+            owners.push_back(owner);
+        });
+    });
+    const auto copyOf = [&](const auto& list) {
+        std::vector<std::string> copy;
+        thread_.runAndWait([&] { copy = list; });
+        return copy;
+    };
+    const auto emit = [](test::TestService& from) {
+        from.emit("/", "org.purlock.Test", "Changed", [](auto*) {});
+    };
+    ASSERT_TRUE(waitUntil([&] { return copyOf(owners).size() == 1; }));
+    emit(second);
+    emit(*first);
+    ASSERT_TRUE(waitUntil([&] { return !copyOf(senders).empty(); }));
+    first->run([&](sd_bus* link) { sd_bus_release_name(link, name); });
+    ASSERT_TRUE(waitUntil([&] { return copyOf(owners).size() == 2; }));
+    emit(*first);
+    first.reset();  // which the bus tells callers that still wait
+    ASSERT_TRUE(waitUntil([&] {
+        return ask(*connection, "GetNameOwner", both[0].c_str()) ==
+               "org.freedesktop.DBus.Error.NameHasNoOwner";
+    }));
+    emit(second);
+    ASSERT_TRUE(waitUntil([&] { return copyOf(senders).size() >= 2; }));
+    EXPECT_EQ(copyOf(owners), both);
+    EXPECT_EQ(copyOf(senders), both);
+    thread_.runAndWait([&] {
+        EXPECT_EQ(replies, 0);
+        service.reset();
+    });
 }
 
 TEST_F(BusConnectionTest, AnIdleConnectionWakesNobody) {
