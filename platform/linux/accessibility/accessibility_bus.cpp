@@ -107,7 +107,9 @@ void AccessibilityBus::enable() {
 void AccessibilityBus::sendEnable() {
     auto call = session_.newCall({serviceName, servicePath, propertiesInterface, "Set"});
     call.allowStart();
-    call.append(statusInterface).append("IsEnabled").appendVariant(true);
+    call.append(statusInterface).append("IsEnabled").variant("b", [](BusWriter& value) {
+        value.append(true);
+    });
     enabling_ = session_.call(call, callLimit, [this](const BusIncoming& reply) {
         if (reply.isError()) return;
         wanted_ = false;

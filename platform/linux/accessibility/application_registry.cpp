@@ -51,7 +51,7 @@ void ApplicationRegistry::listen() {
     for (const char* event : {"window:restore", "window:create", "window:activate"}) {
         auto call =
             connection_.newCall({registryName, "/org/a11y/atspi/registry", registryName, "RegisterEvent"});
-        call.append(event).appendEmptyTexts().append("");
+        call.append(event).emptyArray("s").append("");
         const bool sent = calls_.send(call, callLimit, [this](const BusIncoming& reply) {
             if (reply.isError()) listening_ = false;
         });

@@ -180,7 +180,7 @@ BusCall BusConnection::newCall(const BusMethod& method) const {
 }
 
 BusSlot BusConnection::call(const BusCall& call, std::chrono::milliseconds timeLimit, ReplyCallback onReply) {
-    if (!connected_ || !call.valid() || *pendingCalls_ >= maximumPendingCalls) return BusSlot();
+    if (!connected_ || !call.good() || *pendingCalls_ >= maximumPendingCalls) return BusSlot();
     auto pending = std::make_unique<PendingCall>(pendingCalls_, std::move(onReply));
     const auto microseconds = static_cast<std::uint64_t>(std::chrono::microseconds(timeLimit).count());
     sd_bus_slot* slot = nullptr;
@@ -195,7 +195,7 @@ BusSlot BusConnection::call(const BusCall& call, std::chrono::milliseconds timeL
 }
 
 void BusConnection::send(const BusCall& call) {
-    if (!connected_ || !call.valid()) return;
+    if (!connected_ || !call.good()) return;
     sd_bus_message_set_expect_reply(call.message(), 0);
     sd_bus_send(bus_.get(), call.message(), nullptr);
 }

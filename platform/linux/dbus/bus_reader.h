@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -41,6 +42,9 @@ class BusReader {
 
     /// The next value, if it is a text of at most the bounded length; a value of another type is passed over.
     std::optional<std::string> nextText();
+
+    /// The next value, where its type is known to be that of a 32-bit integer; 0 where it is none.
+    std::int32_t nextNumber();
 
     /// Enters an array, so that its elements can be read one at a time without keeping all of them. False,
     /// and nothing passed over, when the next value is no array. What follows the array cannot be read.

@@ -5,11 +5,10 @@
 #include <string>
 
 #include "platform/linux/dbus/bus_connection.h"
+#include "platform/linux/dbus/bus_object.h"
 #include "platform/linux/dbus/bus_service.h"
 #include "platform/linux/tray/notifier_data.h"
 #include "platform/linux/tray/notifier_menu.h"
-
-struct sd_bus_message;
 
 namespace purlock::host_linux {
 
@@ -42,17 +41,14 @@ class NotifierItem {
     void setLook(NotifierLook look);
 
   private:
-    struct Object;
-
-    void exportObject();
+    BusInterface interface() const;
+    void appendToolTip(BusWriter& writer) const;
     void chosen(std::size_t entry) const;
     void watcherChanged(const std::string& owner);
     void listenToHosts();
     void registerItem();
     void askForHost();
     void setHosted(bool hosted);
-    void tell(const char* signal);
-    void tellStatus();
 
     BusConnection& connection_;
     const NotifierEvents events_;
@@ -60,7 +56,7 @@ class NotifierItem {
     bool known_ = false;
     bool hosted_ = false;
     const NotifierMenu menu_;
-    BusSlot object_;
+    const BusObject object_;
     BusService watcher_;
 };
 
