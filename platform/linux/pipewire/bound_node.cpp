@@ -3,11 +3,11 @@
 #include <spa/param/param.h>
 #include <spa/utils/result.h>
 
-#include <chrono>
 #include <utility>
 
 #include "platform/linux/pipewire/dictionaries.h"
 #include "platform/linux/pipewire/mixer_pod.h"
+#include "platform/linux/pipewire/monotonic_time.h"
 #include "platform/linux/pipewire/offered_rates.h"
 
 namespace purlock::host_linux {
@@ -31,10 +31,6 @@ NodeState stateFromServer(pw_node_state state) {
             return NodeState::running;
     }
     return NodeState::error;
-}
-
-std::int64_t monotonicNow() {
-    return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds(1);
 }
 
 bool hasFormats(NodeRole role) {

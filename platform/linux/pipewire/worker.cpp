@@ -11,6 +11,7 @@
 #include <limits>
 #include <utility>
 
+#include "platform/linux/pipewire/monotonic_time.h"
 #include "platform/linux/pipewire/transition.h"
 
 namespace purlock::host_linux {
@@ -34,10 +35,6 @@ constexpr std::chrono::nanoseconds clockSettles = 120ms;
 constexpr std::chrono::nanoseconds serverCheckUp = 2s;
 constexpr std::chrono::nanoseconds hardwareCheckUp = 300ms;
 constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
-
-std::int64_t steadyNow() {
-    return std::chrono::steady_clock::now().time_since_epoch() / 1ns;
-}
 
 std::string hostName() {
     char name[256] = {};
@@ -152,8 +149,8 @@ void PipeWireHardware::Worker::settled() {
 
 /// The server tells one change in many steps, a few milliseconds apart; they are told on as one.
 void PipeWireHardware::Worker::publishWhenQuiet() {
-    if (!unpublishedSince_) unpublishedSince_ = steadyNow();
-    if (quiet_->isAble() && steadyNow() - *unpublishedSince_ < longestBurst / 1ns) {
+    if (!unpublishedSince_) unpublishedSince_ = monotonicNow();
+    if (quiet_->isAble() && monotonicNow() - *unpublishedSince_ < longestBurst / 1ns) {
         quiet_->arm(quietTime);
     } else {
         publishIfSettled();
@@ -161,8 +158,8 @@ void PipeWireHardware::Worker::publishWhenQuiet() {
 }
 
 void PipeWireHardware::Worker::publishIfSettled() {
-    const bool isPatient =
-        unpublishedSince_ && steadyNow() - *unpublishedSince_ < longestTransition / 1ns && quiet_->isAble();
+    const bool isPatient = unpublishedSince_ &&
+                           monotonicNow() - *unpublishedSince_ < longestTransition / 1ns && quiet_->isAble();
     if (isPatient && session_ &&
         isInTransition(session_->graph(), session_->knowsClocks(), clockChangedAt_ + clockSettles / 1ns)) {
         quiet_->arm(quietTime);
@@ -175,7 +172,7 @@ void PipeWireHardware::Worker::sampleClocksIfChanged() {
     std::string influences = clockInfluences(session_->graph());
     if (influences == clockInfluences_) return;
     clockInfluences_ = std::move(influences);
-    clockChangedAt_ = steadyNow();
+    clockChangedAt_ = monotonicNow();
     glances_.begin();
     if (isAnyRunning(session_->graph())) session_->sampleClocks();
 }
@@ -229,14 +226,14 @@ void PipeWireHardware::Worker::planCheckUp() {
     if (!plays && !isTaken) {
         nextCheckUp_ = never;
     } else if (nextCheckUp_ == never) {
-        nextCheckUp_ = steadyNow() + (isTaken ? hardwareCheckUp : serverCheckUp) / 1ns;
+        nextCheckUp_ = monotonicNow() + (isTaken ? hardwareCheckUp : serverCheckUp) / 1ns;
     }
 }
 
 void PipeWireHardware::Worker::noticeRead() {
     std::int64_t due = nextCheckUp_.load(std::memory_order_relaxed);
     if (due == never) return;
-    if (steadyNow() < due) return;
+    if (monotonicNow() < due) return;
     // One of the readers asks; the others find that it has been done.
     if (nextCheckUp_.compare_exchange_strong(due, never)) checkUp_->signal();
 }
