@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "app/state_json.h"
+#include "base/overloaded.h"
 #include "base/text.h"
 #include "ui/view_parts.h"
 

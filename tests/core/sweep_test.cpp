@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "base/overloaded.h"
 #include "core/cause_engine.h"
 #include "tests/core/records.h"
 

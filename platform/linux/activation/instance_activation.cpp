@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/identity.h"
 #include "platform/linux/dbus/bus_object.h"
 #include "platform/linux/dbus/bus_service.h"
 
@@ -13,7 +14,7 @@ namespace purlock::host_linux {
 
 namespace {
 
-constexpr const char* serviceName = "org.purlock.Purlock";
+constexpr const char* serviceName = applicationIdentifier;
 constexpr const char* objectPath = "/org/purlock/Purlock";
 constexpr const char* applicationInterface = "org.freedesktop.Application";
 constexpr const char* panelInterface = "org.purlock.Panel";

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/identity.h"
 #include "platform/linux/pipewire/dictionaries.h"
 #include "platform/linux/pipewire/metadata_text.h"
 #include "platform/linux/pipewire/registry_handle.h"

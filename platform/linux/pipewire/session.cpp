@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/identity.h"
 #include "platform/linux/pipewire/dictionaries.h"
 
 namespace purlock::host_linux {

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "base/identity.h"
 #include "platform/linux/activation/instance_activation.h"
 #include "platform/linux/dbus/bus_address.h"
 #include "platform/linux/dbus/bus_silence.h"
@@ -73,7 +74,7 @@ int main(int argc, char** argv) {
     const std::string sessionBus = sessionBusAddress();
     keepToolkitFromSilentBus(sessionBus);
     QApplication::setApplicationName("Purlock");
-    QApplication::setDesktopFileName("org.purlock.Purlock");
+    QApplication::setDesktopFileName(applicationIdentifier);
     QApplication::setQuitOnLastWindowClosed(false);
     const auto application = startToolkit(argc, argv);
     applyDarkLook();
