@@ -63,8 +63,9 @@ ObjectWalker& ApplicationReader::newWalker() {
 
 void ApplicationReader::finish(std::optional<Snapshot> snapshot) {
     deadline_.stop();
-    if (const auto onFinish = std::exchange(onFinish_, {}))
+    if (const auto onFinish = std::exchange(onFinish_, {})) {
         onFinish(std::move(snapshot));  // may drop this reader
+    }
 }
 
 }  // namespace purlock::host_linux

@@ -65,8 +65,9 @@ void ApplicationRegistry::takeNames(const std::shared_ptr<Search>& search, const
     if (!reply.isError() && reader.enterArray()) {
         while (const auto reference = reader.next()) {
             const BusValue* name = reference->at(0);
-            if (name == nullptr || name->text() == nullptr || search->names.size() >= maximumApplications)
+            if (name == nullptr || name->text() == nullptr || search->names.size() >= maximumApplications) {
                 continue;
+            }
             search->names.push_back(*name->text());
         }
     }

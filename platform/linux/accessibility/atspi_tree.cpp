@@ -46,8 +46,9 @@ class AtSpiTree::Worker {
     Worker& operator=(const Worker&) = delete;
 
     void want(std::int32_t pid, std::optional<FoundElement> found) {
-        if (!registry_ || (!reads_.contains(pid) && reads_.size() >= maximumReads))
+        if (!registry_ || (!reads_.contains(pid) && reads_.size() >= maximumReads)) {
             return finish(pid, std::nullopt);
+        }
         Application& read = reads_[pid];
         read.found = std::move(found);
         if (!read.busName.empty()) return begin(pid);

@@ -140,8 +140,9 @@ void ObjectWalker::takeChildren(const Element& element, const BusIncoming& reply
     while (const auto reference = reader.next()) {
         const BusValue* name = reference->at(0);
         const BusValue* path = reference->at(1);
-        if (name == nullptr || path == nullptr || name->text() == nullptr || path->text() == nullptr)
+        if (name == nullptr || path == nullptr || name->text() == nullptr || path->text() == nullptr) {
             continue;
+        }
         if (*name->text() == busName_) addElement(*path->text(), element.depth + 1, element.node);
     }
 }

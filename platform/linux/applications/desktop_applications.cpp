@@ -149,8 +149,9 @@ std::optional<RunningApplication> DesktopApplications::Desk::application(std::in
         const std::lock_guard lock(mutex_);
         forgetOld(now);
         const auto kept = keptProcesses_.find(pid);
-        if (kept != keptProcesses_.end() && now - kept->second.seen < roots_.trustedProcessTime)
+        if (kept != keptProcesses_.end() && now - kept->second.seen < roots_.trustedProcessTime) {
             return kept->second.application;
+        }
     }
     const auto status = processes_.status(pid);
     if (!status) return std::nullopt;
@@ -174,8 +175,9 @@ std::optional<RunningApplication> DesktopApplications::Desk::application(std::in
     if (waitsForScript) application.reset();  // a parent's name would be wrong in a moment
     const std::lock_guard lock(mutex_);
     // What came meanwhile, such as newer desktop files, is asked next time.
-    if (index == index_)
+    if (index == index_) {
         keptProcesses_.insert_or_assign(pid, KeptProcess{application, status->startTime, now, now});
+    }
     return application;
 }
 
@@ -198,8 +200,9 @@ std::vector<RunningApplication> DesktopApplications::Desk::instances(std::string
         stored.instances = kept.instances;
         stored.seen = now;
     }
-    if (isOld && !std::exchange(stored.searching, true))
+    if (isOld && !std::exchange(stored.searching, true)) {
         onQueue([id = std::string(bundleID)](Desk& desk) { desk.search(id); });
+    }
     return withoutTimes(kept.instances);
 }
 

@@ -46,8 +46,9 @@ std::string resolved(const std::string& path) {
 DesktopIndex DesktopIndex::read(const std::vector<std::string>& folders,
                                 const std::vector<std::string>& localeSuffixes) {
     DesktopIndex index;
-    for (const std::string& folder : folders)
+    for (const std::string& folder : folders) {
         index.readFolder(folder + "/applications", "", 0, localeSuffixes);
+    }
     index.indexExecutables();
     return index;
 }
@@ -73,8 +74,9 @@ void DesktopIndex::readFolder(const std::string& folder, const std::string& pref
         }
         std::string id = joined({prefix, std::string_view(name).substr(0, name.size() - suffix.size())});
         if (entries_.contains(id) || entries_.size() >= maximumFiles) continue;
-        if (const auto text = readFile(path, maximumFileBytes))
+        if (const auto text = readFile(path, maximumFileBytes)) {
             add(std::move(id), parseDesktopEntry(*text, localeSuffixes));
+        }
     }
 }
 
@@ -135,8 +137,9 @@ std::vector<std::string> desktopDataFolders(const Environment& environment) {
     const auto add = [&](std::string folder) {
         while (folder.size() > 1 && folder.ends_with('/')) folder.pop_back();
         // A path that is not absolute is to be ignored.
-        if (folder.starts_with('/') && std::ranges::find(folders, folder) == folders.end())
+        if (folder.starts_with('/') && std::ranges::find(folders, folder) == folders.end()) {
             folders.push_back(std::move(folder));
+        }
     };
     if (const auto data = dataDirectory(environment)) add(data->string());
     const std::string shared =

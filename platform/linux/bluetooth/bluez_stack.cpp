@@ -54,8 +54,7 @@ class BlueZStack::Watcher {
         daemon_->listen(manager + "InterfacesRemoved'",
                         [this](const BusIncoming& signal) { onRemoved(signal); });
         daemon_->listen(
-            "interface='org.freedesktop.DBus.Properties',member='PropertiesChanged',"
-            "arg0='org.bluez.Device1'",
+            "interface='org.freedesktop.DBus.Properties',member='PropertiesChanged',arg0='org.bluez.Device1'",
             [this](const BusIncoming& signal) { onChanged(signal); });
         askForObjects();
     }

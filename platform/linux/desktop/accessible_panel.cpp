@@ -106,8 +106,9 @@ class PanelPart final : public QAccessibleWidget {
             state.checkable = true;
             state.checked = toggle->isChecked();
         }
-        if (const auto* button = qobject_cast<const QAbstractButton*>(widget()))
+        if (const auto* button = qobject_cast<const QAbstractButton*>(widget())) {
             state.pressed = button->isDown();
+        }
         if (role() == QAccessible::ButtonMenu) state.hasPopup = true;
         return state;
     }
@@ -138,8 +139,9 @@ class PanelPart final : public QAccessibleWidget {
         QWidgetList found;
         if (isPanel()) appendRead(*widget(), found);
         auto* menuButton = dynamic_cast<PullDownMenu*>(widget());
-        if (menuButton != nullptr && menuButton->openMenu().isVisible())
+        if (menuButton != nullptr && menuButton->openMenu().isVisible()) {
             found.append(&menuButton->openMenu());
+        }
         return found;
     }
 };

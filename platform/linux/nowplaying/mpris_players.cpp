@@ -15,12 +15,12 @@ constexpr const char* rootInterface = "org.mpris.MediaPlayer2";
 constexpr const char* playerInterface = "org.mpris.MediaPlayer2.Player";
 
 constexpr const char* nameOwnerRule =
-    "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/"
-    "DBus',interface='org.freedesktop.DBus',"
-    "member='NameOwnerChanged',arg0namespace='org.mpris.MediaPlayer2'";
+    "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/DBus',"
+    "interface='org.freedesktop.DBus',member='NameOwnerChanged',arg0namespace='org.mpris.MediaPlayer2'";
 constexpr const char* propertiesRule =
-    "type='signal',path='/org/mpris/MediaPlayer2',interface='org.freedesktop.DBus.Properties',"
-    "member='PropertiesChanged',arg0='org.mpris.MediaPlayer2.Player'";
+    "type='signal',path='/org/mpris/MediaPlayer2',"
+    "interface='org.freedesktop.DBus.Properties',member='PropertiesChanged',"
+    "arg0='org.mpris.MediaPlayer2.Player'";
 constexpr const char* seekedRule =
     "type='signal',path='/org/mpris/MediaPlayer2',interface='org.mpris.MediaPlayer2.Player',member='Seeked'";
 
@@ -78,8 +78,9 @@ void MprisPlayers::listNames() {
                        if (reply.isError() || !reader.enterArray()) return;
                        std::size_t asked = 0;
                        while (const auto name = reader.next()) {
-                           if (name->text() == nullptr || !name->text()->starts_with(playerNamePrefix))
+                           if (name->text() == nullptr || !name->text()->starts_with(playerNamePrefix)) {
                                continue;
+                           }
                            if (++asked > maximumNames) break;
                            askForOwner(*name->text());
                        }
@@ -127,8 +128,9 @@ void MprisPlayers::askForProcess(const std::string& owner) {
     busCalls_.send(call, busTimeLimit, [this, owner](const BusIncoming& reply) {
         const auto value = reply.isError() ? std::nullopt : reply.reader().next();
         const std::int64_t pid = value ? value->integer().value_or(0) : 0;
-        if (std::in_range<std::int32_t>(pid))
+        if (std::in_range<std::int32_t>(pid)) {
             roster_.setProcessIdentifier(owner, static_cast<std::int32_t>(pid));
+        }
         rosterChanged();
     });
 }
@@ -137,8 +139,9 @@ void MprisPlayers::askForIdentity(const std::string& owner) {
     BusCall call = connection_.newCall(propertiesMethod(owner, "GetAll"));
     call.append(rootInterface);
     busCalls_.send(call, propertiesTimeLimit, [this, owner](const BusIncoming& reply) {
-        if (const auto properties = valueOf(owner, reply))
+        if (const auto properties = valueOf(owner, reply)) {
             roster_.setIdentity(owner, identityFrom(*properties));
+        }
         rosterChanged();
     });
 }
@@ -179,8 +182,9 @@ void MprisPlayers::onPropertiesChanged(const BusIncoming& signal) {
     if (reader.nextText() != playerInterface) return;
     if (const auto changed = reader.next()) roster_.updateProperties(owner, *changed);
     const auto invalidated = reader.next();
-    if (invalidated && invalidated->list() != nullptr && !invalidated->list()->empty())
+    if (invalidated && invalidated->list() != nullptr && !invalidated->list()->empty()) {
         askForProperties(owner);
+    }
     rosterChanged();
 }
 

@@ -94,8 +94,9 @@ class PathReader {
             if (node.id != *sink.driver) continue;
             const bool isSameCard =
                 node.properties.pcm && node.properties.pcm->card == sink.properties.pcm->card;
-            if (!isSameCard)
+            if (!isSameCard) {
                 found_.push_back(alteration::Clock{nameOf(sink.properties), nameOf(node.properties)});
+            }
         }
     }
 
@@ -166,8 +167,10 @@ class PathReader {
         std::vector<std::string> applications;
         for (const PlayingPath& other : playing_) {
             if (!joinsAt(other, at)) continue;
-            if (std::find(applications.begin(), applications.end(), other.application) == applications.end())
+            if (std::find(applications.begin(), applications.end(), other.application) ==
+                applications.end()) {
                 applications.push_back(other.application);
+            }
         }
         if (!applications.empty()) found_.push_back(alteration::Mixed{std::move(applications)});
     }

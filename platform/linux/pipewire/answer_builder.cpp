@@ -89,8 +89,9 @@ class AnswerBuilder {
         addHardwareOwners();
         std::vector<DeviceAnswers> devices;
         for (const auto& [serial, node] : graph_.nodes) {
-            if (isDevice(node.properties.role) && !node.isArriving)
+            if (isDevice(node.properties.role) && !node.isArriving) {
                 devices.push_back(deviceAnswers(serial, node));
+            }
         }
         Answers answers(std::move(devices), defaultOutput(), std::move(processes_));
         ids_.sweep();
@@ -220,8 +221,9 @@ class AnswerBuilder {
         const PcmView* const pcm = pcmOf(node, hardware_);
         const bool isPassedThrough = node.format && node.format->kind == SoundKind::encoded;
         // What is passed through has the shape of PCM to the hardware; the server knows what it is.
-        if (pcm != nullptr && pcm->parameters && !isPassedThrough)
+        if (pcm != nullptr && pcm->parameters && !isPassedThrough) {
             return soundFormatFromHardware(*pcm->parameters);
+        }
         auto format = node.format ? node.format : node.lastFormat ? node.lastFormat : node.preferred;
         if (format && format->sampleRate == 0) format->sampleRate = clockRate(serial);
         return format;
@@ -232,8 +234,9 @@ class AnswerBuilder {
         if (pcm != nullptr && isTakenByAnother(*pcm)) return judgeTaken(serial, *pcm);
         Judgement judgement = judgeConverted(serial);
         if (!judgement.physical) judgement = judgeIdle(serial, node);
-        if (!judgement.virtualFormat && judgement.physical)
+        if (!judgement.virtualFormat && judgement.physical) {
             judgement.virtualFormat = streamDescription(*judgement.physical);
+        }
         MixerWork work = mixerWork(serial, node);
         work.rateConversion = std::move(judgement.work.rateConversion);
         work.linkCodec = linkCodecName(node.properties.linkCodec);
@@ -368,10 +371,12 @@ class AnswerBuilder {
         for (const auto& each : graph_.nodes) {
             const NodeProperties& properties = each.second.properties;
             if (!hasOutput(properties.role) || each.second.isArriving) continue;
-            if (graph_.defaultSinkName && properties.name == *graph_.defaultSinkName)
+            if (graph_.defaultSinkName && properties.name == *graph_.defaultSinkName) {
                 return deviceID(each.first);
-            if (best == nullptr || properties.sessionPriority > best->second.properties.sessionPriority)
+            }
+            if (best == nullptr || properties.sessionPriority > best->second.properties.sessionPriority) {
                 best = &each;
+            }
         }
         return best == nullptr ? 0 : deviceID(best->first);
     }

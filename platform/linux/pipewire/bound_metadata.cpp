@@ -74,8 +74,9 @@ void BoundObjects::Metadata::setSetting(const char* key, const char* value) {
     ServerSettings& settings = objects_.owner_.mirror().settings;
     const ServerSettings before = settings;
     const std::string_view text = boundedValue(value);
-    if (concerns(key, "clock.rate"))
+    if (concerns(key, "clock.rate")) {
         settings.clockRate = rateFromMetadata(text).value_or(ServerSettings{}.clockRate);
+    }
     if (concerns(key, "clock.force-rate")) settings.forcedRate = rateFromMetadata(text).value_or(0);
     if (concerns(key, "clock.allowed-rates")) settings.allowedRates = ratesFromMetadata(text);
     if (settings == before) return;

@@ -73,8 +73,9 @@ BoundObjects::Node::Node(Owner& owner, std::uint32_t id, std::uint64_t serial)
           pw_registry_bind(owner.registry(), id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0))),
       parameters_{Parameter{.id = SPA_PARAM_Format}, Parameter{.id = SPA_PARAM_EnumFormat},
                   Parameter{.id = SPA_PARAM_Props}, Parameter{.id = SPA_PARAM_PortConfig}} {
-    if (proxy_)
+    if (proxy_) {
         pw_node_add_listener(reinterpret_cast<pw_node*>(proxy_.get()), listener_.hook(), &events, this);
+    }
 }
 
 NodeRecord* BoundObjects::Node::record() {
@@ -94,13 +95,15 @@ void BoundObjects::Node::informed(const pw_node_info& info) {
         isNews = isNews || properties != node->properties;
         node->properties = std::move(properties);
     }
-    if ((info.change_mask & PW_NODE_CHANGE_MASK_STATE) != 0)
+    if ((info.change_mask & PW_NODE_CHANGE_MASK_STATE) != 0) {
         isNews = setState(*node, stateFromServer(info.state)) || isNews;
+    }
     if ((info.change_mask & PW_NODE_CHANGE_MASK_PARAMS) != 0 && hasFormats(node->properties.role)) {
         for (std::uint32_t i = 0; i < info.n_params; ++i) {
             for (Parameter& parameter : parameters_) {
-                if (info.params[i].id == parameter.id)
+                if (info.params[i].id == parameter.id) {
                     isNews = list(parameter, info.params[i].flags) || isNews;
+                }
             }
         }
     }

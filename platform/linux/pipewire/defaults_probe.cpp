@@ -26,8 +26,9 @@ class DefaultsProbe::Question {
           core_(std::move(core)),
           registry_(pw_core_get_registry(core_.get(), PW_VERSION_REGISTRY, 0)) {
         pw_core_add_listener(core_.get(), coreListener_.hook(), &coreEvents, this);
-        if (registry_)
+        if (registry_) {
             pw_registry_add_listener(registry_.get(), registryListener_.hook(), &registryEvents, this);
+        }
         pw_core_sync(core_.get(), PW_ID_CORE, 0);
     }
 
@@ -38,13 +39,15 @@ class DefaultsProbe::Question {
         store_.reset(static_cast<pw_proxy*>(
             pw_registry_bind(registry_.get(), id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, 0)));
         auto* const metadata = reinterpret_cast<pw_metadata*>(store_.get());
-        if (metadata != nullptr)
+        if (metadata != nullptr) {
             pw_metadata_add_listener(metadata, storeListener_.hook(), &storeEvents, this);
+        }
     }
 
     int told(std::uint32_t subject, const char* key, const char* value) {
-        if (subject != PW_ID_CORE || key == nullptr || std::string_view(key) != "default.audio.sink")
+        if (subject != PW_ID_CORE || key == nullptr || std::string_view(key) != "default.audio.sink") {
             return 0;
+        }
         if (value != nullptr) name_ = nameFromMetadata({value, ::strnlen(value, longestValue)});
         return 0;
     }

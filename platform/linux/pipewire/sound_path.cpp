@@ -75,8 +75,9 @@ PathLoss lossOnPath(const SoundPath& path, const SoundFormat& physical, double c
     if (path.size() < 2) return loss;
     loss.rate = rateBeforeConversion(path, physical.sampleRate, clock);
     const SoundFormat narrow = narrowest(path, physical);
-    if (keptBits(narrow) < keptByStream(*path.front()))
+    if (keptBits(narrow) < keptByStream(*path.front())) {
         loss.layout = layoutBeforeLoss(layoutOf(*path.front()), narrow, physical);
+    }
     return loss;
 }
 

@@ -75,8 +75,9 @@ PipeWireHardware::Worker::Worker(RunningApplications& applications, const Places
     if (!context_) return;
     // The words of the profiler's protocol; without them its reports cannot be read, and clocks are
     // estimated.
-    if (pw_context_load_module(context_.get(), PW_EXTENSION_MODULE_PROFILER, nullptr, nullptr) == nullptr)
+    if (pw_context_load_module(context_.get(), PW_EXTENSION_MODULE_PROFILER, nullptr, nullptr) == nullptr) {
         std::cerr << "PipeWire's profiler module cannot be loaded; clock rates are estimated.\n";
+    }
     hardware_ = std::make_unique<HardwareWatch>(loop_, SoundCards(places.processFileSystem),
                                                 places.soundDevices, [this] { publish(); });
     socket_ = std::make_unique<SocketWatch>(loop_, [this] { serverAppeared(); });
@@ -90,8 +91,9 @@ PipeWireHardware::Worker::Worker(RunningApplications& applications, const Places
     sessionEnds_ = std::make_unique<LoopEvent>(loop_, [this] { endSession(); });
     checkUp_ = std::make_unique<LoopEvent>(loop_, [this] { checkUp(); });
     reconnect_->arm(0ms);
-    if (pw_thread_loop_start(thread_.get()) != 0)
+    if (pw_thread_loop_start(thread_.get()) != 0) {
         std::cerr << "The system gives no thread for the audio server; there will be no devices.\n";
+    }
 }
 
 PipeWireHardware::Worker::~Worker() {

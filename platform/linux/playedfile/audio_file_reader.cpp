@@ -57,8 +57,9 @@ std::optional<PlayedFile> basics(const TagLib::AudioProperties* properties, std:
     if (properties == nullptr) return std::nullopt;
     const int rate = properties->sampleRate();
     const int channels = properties->channels();
-    if (rate < smallestRate || rate > largestRate || channels < 1 || channels > largestChannelCount)
+    if (rate < smallestRate || rate > largestRate || channels < 1 || channels > largestChannelCount) {
         return std::nullopt;
+    }
     PlayedFile file;
     file.codec = std::move(codec);
     file.sampleRate = rate;
@@ -145,8 +146,9 @@ std::optional<PlayedFile> readAsf(BoundedStream& stream) {
     const TagLib::ASF::File file(&stream, true, Style::Average);
     const auto* properties = file.audioProperties();
     if (properties == nullptr) return std::nullopt;
-    if (properties->codec() == TagLib::ASF::Properties::WMA9Lossless)
+    if (properties->codec() == TagLib::ASF::Properties::WMA9Lossless) {
         return withDepth(properties, "WMA Lossless", true);
+    }
     return basics(properties, "WMA", false);
 }
 

@@ -203,8 +203,9 @@ bool isSafeXmlPropertyList(std::string_view data, const PropertyListLimits& limi
     if (std::cmp_greater(std::ranges::count(data, '<'), limits.values)) return false;
     if (data.find('\0') != data.npos) return false;  // ends a text early
     // A comment or a CDATA section does not end a text, and may hold what looks like a tag.
-    if (data.find("<!--") != data.npos || data.find("<![") != data.npos)
+    if (data.find("<!--") != data.npos || data.find("<![") != data.npos) {
         return entityWork(data) <= limits.entityWork;
+    }
     std::size_t work = 0;
     while (!data.empty()) {
         const std::string_view text = data.substr(0, data.find('<'));

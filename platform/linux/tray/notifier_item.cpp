@@ -155,8 +155,9 @@ void NotifierItem::setHosted(bool hosted) {
 void NotifierItem::setLook(NotifierLook look) {
     const NotifierLook before = std::exchange(look_, std::move(look));
     const bool sameName = before.iconName == look_.iconName;
-    if (before.icon != look_.icon || !sameName || before.description != look_.description)
+    if (before.icon != look_.icon || !sameName || before.description != look_.description) {
         object_.emit("NewIcon");
+    }
     if (before.toolTip != look_.toolTip) object_.emit("NewToolTip");
     if (before.icon.empty() != look_.icon.empty()) object_.emit("NewStatus", text(statusOf(look_)));
 }

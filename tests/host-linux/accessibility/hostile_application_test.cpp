@@ -401,8 +401,7 @@ TEST_F(HostileApplication, AStormStallsNobodyAndLeavesMemoryAsItWas) {
     EXPECT_TRUE(waitUntil([&] { return inUse() - before < 1024; })) << inUse() - before << " KiB";
     malloc_trim(0);
     std::printf(
-        "hostile for %ld s: %d answers, longest walk %.2f ms, at most %.2f ms of processor time, resident "
-        "%ld MiB, kept %ld KiB\n",
+        "hostile for %ld s: %d answers, longest walk %.2f ms, at most %.2f ms of processor time, resident %ld MiB, kept %ld KiB\n",
         static_cast<long>(stormTime().count()), storm.answers(), walks.longestMilliseconds(),
         walks.mostProcessorMilliseconds(), residentMegabytes(), inUse() - before);
     EXPECT_LT(walks.mostProcessorMilliseconds(), longestWalkInStorm);

@@ -85,8 +85,9 @@ class LargeWindow {
         tellOfReading();
         return TestService::reply(call, [this](sd_bus_message* reply) {
             sd_bus_message_open_container(reply, 'a', "((so)(so)(so)iiassusau)");
-            for (int i = 0; i < elements_; ++i)
+            for (int i = 0; i < elements_; ++i) {
                 appendCacheItem(reply, name_.c_str(), i, i == 0 ? -1 : (i - 1) / 10, i % 10, usualName);
+            }
             sd_bus_message_close_container(reply);
         });
     }
