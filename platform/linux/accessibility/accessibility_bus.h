@@ -11,8 +11,9 @@
 
 namespace purlock::host_linux {
 
-/// Keeps the connection to the accessibility bus, which the session bus tells of (org.a11y.Bus), and follows
-/// whether accessibility is enabled (org.a11y.Status). On the bus thread; owned by `AtSpiTree`'s worker.
+/// Keeps the connection to the accessibility bus, whose address the session bus knows (org.a11y.Bus), and
+/// follows whether accessibility is enabled (org.a11y.Status). On the bus thread; owned by `AtSpiTree`'s
+/// worker.
 ///
 /// Both buses and the service between them may go and come back; no service is started unless `enable` is
 /// called.

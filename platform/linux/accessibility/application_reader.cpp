@@ -9,7 +9,7 @@ namespace purlock::host_linux {
 
 namespace {
 
-/// Of the time in all, so that a cache that does not answer leaves some for asking the elements.
+/// A part of the whole time, so that a cache that does not answer leaves some for asking the elements.
 constexpr std::chrono::milliseconds cacheLimit{1500};
 
 /// An item is about thirty values and some 700 bytes of paths and interface names.

@@ -45,7 +45,7 @@ void ApplicationRegistry::find(std::int32_t pid, Found onFound) {
     if (!sent) search->onFound(std::nullopt);
 }
 
-/// Until it has worked: the registry is started by the first application.
+/// Tried until it has worked: the first application starts the registry.
 void ApplicationRegistry::listen() {
     if (std::exchange(listening_, true)) return;
     for (const char* event : {"window:restore", "window:create", "window:activate"}) {

@@ -23,7 +23,7 @@ constexpr std::chrono::seconds pauseBetweenSweeps{30};
 
 }  // namespace
 
-/// What the main thread reads and the bus thread fills.
+/// The bus thread fills it and the main thread reads it.
 struct AtSpiTree::Shelf {
     explicit Shelf(const ReadingPace& pace) : trees(pace) {}
 

@@ -55,7 +55,7 @@ BusCall ObjectWalker::newCall(const std::string& path, const char* interface, co
     return connection_.newCall({busName_, path, interface, member});
 }
 
-/// First, for what is not on the screen is asked nothing further.
+/// The state is asked first: an element that is not on the screen is asked nothing further.
 void ObjectWalker::askForState(const Element& element) {
     queue(newCall(element.path, accessibleInterface, "GetState"),
           [this, element](const BusIncoming& reply) { takeState(element, reply); });

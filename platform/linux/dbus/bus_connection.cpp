@@ -52,7 +52,7 @@ struct BusConnection::Match {
     SignalCallback callback;
 };
 
-/// What sd-bus calls. Anything but 0 would keep a signal from other rules that match it.
+/// The functions that sd-bus calls. A result other than 0 would keep a signal from other rules that match it.
 struct BusConnection::Callbacks {
     static int onConnected(sd_bus_message*, void* self, sd_bus_error*) {
         static_cast<BusConnection*>(self)->becomeConnected();

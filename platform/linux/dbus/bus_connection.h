@@ -32,7 +32,7 @@ class BusSlot {
     std::unique_ptr<sd_bus_slot, Deleter> slot_;
 };
 
-/// What a connection tells its owner, on the bus thread. Match rules are added anew at each `connected`.
+/// Callbacks of a connection to its owner, on the bus thread. Match rules are added anew at each `connected`.
 struct BusConnectionEvents {
     std::function<void()> connected;
     std::function<void()> lost;  // only after `connected`; every call under way has had its error by then

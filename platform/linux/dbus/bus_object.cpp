@@ -9,7 +9,7 @@
 
 namespace purlock::host_linux {
 
-/// What sd-bus calls.
+/// The functions that sd-bus calls.
 struct BusObject::Callbacks {
     static int onProperty(sd_bus*, const char*, const char*, const char* name, sd_bus_message* reply,
                           void* object, sd_bus_error*) {

@@ -11,7 +11,7 @@ struct sd_bus_message;
 
 namespace purlock::host_linux {
 
-/// What becomes of a text that is longer than the limit.
+/// What the reader does with a text that is longer than the limit.
 enum class LongText {
     absent,
     cut,  // at a character
@@ -26,7 +26,7 @@ struct BusReadLimits {
     LongText longTexts = LongText::absent;
 };
 
-/// Reads what a peer sent, whatever it sent: no type is taken on trust, and time and memory are bounded.
+/// Reads what a peer sent, which may be anything: every type is checked, and time and memory are bounded.
 ///
 /// Reading ends for good at the message's end, at the first malformed value and when a limit is reached; what
 /// was read by then stays. Borrows the message; on the bus thread, within the callback that was given the

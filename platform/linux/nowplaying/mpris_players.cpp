@@ -236,8 +236,8 @@ void MprisPlayers::askWhatIsMissing() {
     if (!calls.askingForPosition && !calls.askingForProperties) askForPosition(owner);
 }
 
-/// What a player answered; absent when it did not. A player that is no longer there, of whose end no signal
-/// told, is forgotten, and the bus asked whom else it knows.
+/// The answer of a player; absent when there was none. A player may have left without a signal: then it is
+/// forgotten, and the bus is asked for its players again.
 std::optional<BusValue> MprisPlayers::valueOf(const std::string& owner, const BusIncoming& reply) {
     if (!reply.isError()) return reply.reader(playerReadLimits).next();
     const bool hasLeft = reply.errorName() == "org.freedesktop.DBus.Error.ServiceUnknown" ||

@@ -31,10 +31,10 @@ struct CurrentPlayer {
 /// its position when its track or its state has changed; in between the position is counted. So a reader
 /// never waits for a player. Without a bus there are no players.
 ///
-/// A bus drops signals when its queue is full, and some players forget to send them: `look`, which is for
-/// whoever reads to call, asks the current player for all of its properties when those are older than
-/// `propertiesLifetime`. A player that does not answer counts as silent, which is not playing, until it is
-/// heard again; one that the bus no longer knows is forgotten.
+/// A bus drops signals when its queue is full, and some players forget to send them: so readers call `look`,
+/// which asks the current player for all of its properties when those are older than `propertiesLifetime`. A
+/// player that does not answer counts as silent, which is not playing, until it is heard again; one that the
+/// bus no longer knows is forgotten.
 class MprisPlayers {
   public:
     /// Told what a reader could see differ, on the bus thread; no more often than every `quietTime`.

@@ -150,7 +150,8 @@ class PathReader {
         return output.number == input.number;
     }
 
-    /// What hands sound on does so channel by channel, whatever the places on its two sides are called.
+    /// A node that hands sound on does so channel by channel. The names of the places on its two sides do not
+    /// count.
     bool handsOnInPlace(std::size_t stream) const {
         if (stream == 0) return true;
         const NodeRecord& sink = *path_.nodes[stream - 1];
@@ -162,7 +163,7 @@ class PathReader {
 
     // Other streams
 
-    /// What joins the path at one of its nodes.
+    /// The sound that joins the path at one of its nodes.
     void addMixed(std::size_t at) {
         std::vector<std::string> applications;
         for (const PlayingPath& other : playing_) {

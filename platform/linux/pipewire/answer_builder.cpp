@@ -220,7 +220,7 @@ class AnswerBuilder {
         const NodeRecord& node = graph_.nodes.at(serial);
         const PcmView* const pcm = pcmOf(node, hardware_);
         const bool isPassedThrough = node.format && node.format->kind == SoundKind::encoded;
-        // What is passed through has the shape of PCM to the hardware; the server knows what it is.
+        // To the hardware, encoded sound looks like PCM; the server knows what it is.
         if (pcm != nullptr && pcm->parameters && !isPassedThrough) {
             return soundFormatFromHardware(*pcm->parameters);
         }
@@ -244,7 +244,7 @@ class AnswerBuilder {
         return judgement;
     }
 
-    /// What another sound server does to the samples of its clients, it tells nobody here.
+    /// Another sound server does not tell what it does to the samples of its clients.
     Judgement judgeTaken(std::uint64_t serial, const PcmView& pcm) const {
         Judgement judgement;
         judgement.physical = physicalFormat(serial);
@@ -282,7 +282,7 @@ class AnswerBuilder {
         return judgement;
     }
 
-    /// Of several devices behind a sink, the first that runs otherwise than the sink itself.
+    /// The first of several devices behind a sink that runs otherwise than the sink itself.
     Judgement judgeIdle(std::uint64_t serial, const NodeRecord& node) const {
         const auto ends = routes_.endsOf(serial);
         Judgement judgement;

@@ -124,7 +124,7 @@ bool BoundObjects::Node::list(Parameter& parameter, std::uint32_t flags) {
     if (parameter.flags == flags) return false;
     parameter.flags = flags;
     parameter.arriving.clear();
-    parameter.dueEcho = owner_.nextEcho();
+    parameter.dueSync = owner_.nextSync();
     if ((flags & SPA_PARAM_INFO_READ) == 0) return true;
     auto* const node = reinterpret_cast<pw_node*>(proxy_.get());
     const int request = pw_node_enum_params(node, ++parameter.sequence, parameter.id, 0, mostValues, nullptr);
@@ -134,22 +134,22 @@ bool BoundObjects::Node::list(Parameter& parameter, std::uint32_t flags) {
 
 void BoundObjects::Node::told(int sequence, std::uint32_t id, const spa_pod* pod) {
     for (Parameter& parameter : parameters_) {
-        if (parameter.id != id || parameter.sequence != sequence || !parameter.dueEcho) continue;
+        if (parameter.id != id || parameter.sequence != sequence || !parameter.dueSync) continue;
         if (pod == nullptr || pod->size > largestValue || parameter.arriving.size() >= mostValues) continue;
         const auto* const bytes = reinterpret_cast<const std::byte*>(pod);
         parameter.arriving.emplace_back(bytes, bytes + sizeof(spa_pod) + pod->size);
     }
 }
 
-void BoundObjects::Node::commit(std::uint64_t echo) {
+void BoundObjects::Node::commit(std::uint64_t sync) {
     bool isComplete = isInformed_;
     for (Parameter& parameter : parameters_) {
-        if (parameter.dueEcho && *parameter.dueEcho <= echo) {
-            parameter.dueEcho.reset();
+        if (parameter.dueSync && *parameter.dueSync <= sync) {
+            parameter.dueSync.reset();
             parameter.values = std::exchange(parameter.arriving, {});
             take(parameter);
         }
-        isComplete = isComplete && !parameter.dueEcho;
+        isComplete = isComplete && !parameter.dueSync;
     }
     NodeRecord* const node = record();
     if (node != nullptr && isComplete) node->isArriving = false;

@@ -18,7 +18,7 @@ constexpr std::size_t longestValue = std::size_t{16} * 1024;
 
 }  // namespace
 
-/// One connection: its first echo ends the list of objects, its second what the store holds.
+/// One connection. Its first sync ends the list of objects, its second one the list of what the store holds.
 class DefaultsProbe::Question {
   public:
     Question(DefaultsProbe& probe, Core core)
@@ -52,7 +52,7 @@ class DefaultsProbe::Question {
         return 0;
     }
 
-    void echoed() {
+    void synced() {
         if (std::exchange(isListed_, true)) {
             probe_.answered(std::move(name_));
         } else if (store_) {
@@ -77,7 +77,7 @@ class DefaultsProbe::Question {
 
 const pw_core_events DefaultsProbe::Question::coreEvents = {
     .version = PW_VERSION_CORE_EVENTS,
-    .done = [](void* data, std::uint32_t, int) { static_cast<Question*>(data)->echoed(); },
+    .done = [](void* data, std::uint32_t, int) { static_cast<Question*>(data)->synced(); },
 };
 
 const pw_registry_events DefaultsProbe::Question::registryEvents = {

@@ -54,7 +54,7 @@ SoundFormat narrowest(const SoundPath& path, const SoundFormat& physical) {
     return found;
 }
 
-/// What stands for the lost bits has to differ from the device's own depth.
+/// The depth that stands for the lost bits has to differ from the device's own.
 SampleLayout layoutBeforeLoss(const SampleLayout& stream, const SoundFormat& narrow,
                               const SoundFormat& physical) {
     for (const SampleLayout& layout : {stream, narrow.layout}) {

@@ -98,7 +98,8 @@ PipeWireHardware::Worker::Worker(RunningApplications& applications, const Places
 
 PipeWireHardware::Worker::~Worker() {
     if (thread_) pw_thread_loop_stop(thread_.get());
-    // From here on this thread owns what the loop's did; the members end in the reverse of their order.
+    // The loop's thread has ended, so this thread owns its objects now. The members end in the reverse of
+    // their order.
 }
 
 void PipeWireHardware::Worker::connect() {

@@ -8,7 +8,7 @@ namespace purlock::host_linux {
 
 namespace {
 
-/// With each "%xy" as the byte it stands for; absent where a percent sign stands for none.
+/// Replaces each "%xy" by its byte; absent when a percent sign is followed by something else.
 std::optional<std::string> percentDecoded(std::string_view text) {
     std::string plain;
     plain.reserve(text.size());

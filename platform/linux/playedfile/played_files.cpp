@@ -14,7 +14,7 @@ namespace purlock::host_linux {
 
 namespace {
 
-/// What tells a file from what was at its place before.
+/// Tells a file from another one that was at its place before.
 struct FileKey {
     std::uint64_t device = 0;
     std::uint64_t number = 0;

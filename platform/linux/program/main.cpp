@@ -31,7 +31,7 @@ std::filesystem::path lockFile() {
 
 constexpr std::chrono::seconds longestActivation{1};
 
-/// What a second start does: opens the first one's panel, or closes it.
+/// A second start opens the panel of the first one, or closes it.
 int activateTheOther() {
     const std::string bus = sessionBusAddress();
     const bool activated = activateRunningInstance(bus, longestActivation);

@@ -7,7 +7,7 @@
 
 namespace purlock::host_linux {
 
-/// What the user has chosen for the desktop as a whole.
+/// The user's choice for the whole desktop.
 enum class ColorScheme { unknown, dark, light };
 
 /// Follows the desktop's colour scheme, as the settings portal tells it (org.freedesktop.appearance); without

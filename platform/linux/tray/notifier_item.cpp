@@ -37,7 +37,7 @@ void click(const Click& onClick, const BusRequest& request) {
     request.answer();
 }
 
-/// Nothing to be seen: the tray leaves the item out.
+/// Without an icon the tray leaves the item out.
 const char* statusOf(const NotifierLook& look) {
     return look.icon.empty() ? "Passive" : "Active";
 }

@@ -27,7 +27,7 @@ struct NotifierEvents {
 };
 
 /// The status notifier item (org.kde.StatusNotifierItem) of this program on a connection: the object itself,
-/// and its registration with whatever watcher is there, comes or comes back.
+/// and its registration with each watcher that is there, comes or comes back.
 ///
 /// A watcher without a tray behind it has the item registered too, but does not count as hosting it. Made
 /// when the connection is there and dropped when it is lost; events and calls on the bus thread.

@@ -62,7 +62,7 @@ BusInterface NotifierMenu::interface() const {
     };
 }
 
-/// All of an entry's few properties, whichever are asked for.
+/// Writes all of an entry's few properties, also those that the caller did not ask for.
 void NotifierMenu::appendProperties(BusWriter& writer, std::int32_t id) const {
     writer.array("{sv}", [&](BusWriter& properties) {
         if (id == 0) {

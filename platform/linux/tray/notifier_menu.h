@@ -11,12 +11,12 @@
 
 namespace purlock::host_linux {
 
-// What the menus of every kind of tray say.
+// The labels in the menus of every kind of tray.
 inline constexpr const char* openLabel = "Open Purlock";
 inline constexpr const char* quitLabel = "Quit Purlock";
 
 /// The menu of a notifier item (com.canonical.dbusmenu), drawn by the tray: one level of entries that never
-/// change. Some trays show it on the first click, whatever the item would have them do.
+/// change. Some trays show it on the first click, even if the item asks for something else.
 ///
 /// Made when the connection is there and dropped when it is lost; on the bus thread.
 class NotifierMenu {
