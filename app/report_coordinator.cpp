@@ -66,8 +66,9 @@ void ReportCoordinator::followMonitors() {
 /// Starts the wait for quiet anew; what is current when it ends is what is judged.
 void ReportCoordinator::inputsChanged() {
     quiet_ = seams_.mainLoop.postDelayed(debounce, [weak = weak_from_this()] {
-        if (const auto self = weak.lock())
+        if (const auto self = weak.lock()) {
             self->recompute(self->audio_->state().value(), self->np_->current().value());
+        }
     });
 }
 

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "base/overloaded.h"
+
 namespace purlock {
 
 namespace {
@@ -82,17 +84,6 @@ std::string_view verdictName(const Verdict& verdict) {
                           [](const verdict::Resampling&) { return "resampling"; },
                           [](const verdict::Unknown&) { return "unknown"; },
                           [](const verdict::Altered&) { return "altered"; },
-                      },
-                      verdict);
-}
-
-std::string_view verdictHeadline(const Verdict& verdict) {
-    return std::visit(Overloaded{
-                          [](const verdict::Idle&) { return "Idle"; },
-                          [](const verdict::BitPerfect&) { return "Bit-perfect"; },
-                          [](const verdict::Resampling&) { return "Resampling"; },
-                          [](const verdict::Unknown&) { return "No device"; },
-                          [](const verdict::Altered&) { return "Altered"; },
                       },
                       verdict);
 }

@@ -19,9 +19,6 @@ JsonValue formatJsonWithBitRate(const std::optional<AudioFormat>& format);
 /// "idle", "bitPerfect", "resampling", "unknown", "altered".
 std::string_view verdictName(const Verdict& verdict);
 
-/// The words that the user reads: "Idle", "Bit-perfect", "Resampling", "No device", "Altered".
-std::string_view verdictHeadline(const Verdict& verdict);
-
 /// A list of objects, each with the "kind" of an alteration and its details.
 JsonValue alterationsJson(const MixerWork& work);
 

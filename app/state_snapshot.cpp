@@ -5,6 +5,7 @@
 
 #include "app/iso8601.h"
 #include "app/state_json.h"
+#include "base/overloaded.h"
 
 namespace purlock {
 

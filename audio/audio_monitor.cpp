@@ -161,8 +161,9 @@ AudioMonitor::Observation AudioMonitor::observe(AudioProperties& hardware, Audio
     if (state.transportType == DeviceTransport::bluetooth) {
         state.bluetoothInfo = BluetoothDevices::infoMatchingName(state.name, seams_.bluetooth);
     }
-    if (ProcessAudio::currentSourceFor(device, {hardware, seams_.applications, seams_.operatingSystem}))
+    if (ProcessAudio::currentSourceFor(device, {hardware, seams_.applications, seams_.operatingSystem})) {
         state.isRunning = true;
+    }
     state.mixerWork = hardware.mixerWork(device);
     return observed;
 }

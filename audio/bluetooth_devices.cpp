@@ -10,10 +10,6 @@ namespace purlock::BluetoothDevices {
 
 namespace {
 
-bool hasText(const std::optional<std::string>& text) {
-    return text && !text->empty();
-}
-
 bool standsIn(const std::optional<std::string>& text, std::string_view lowercasedName) {
     return hasText(text) && contains(lowercasedName, lowercased(*text));
 }

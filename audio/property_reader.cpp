@@ -22,8 +22,9 @@ constexpr std::size_t mostObjects = 65536;
 std::optional<std::uint32_t> readSize(AudioProperties& hardware, AudioObjectID object, std::uint32_t selector,
                                       std::uint32_t scope) {
     std::uint32_t size = 0;
-    if (hardware.getPropertyDataSize(object, mainAddress(selector, scope), size) != noErr)
+    if (hardware.getPropertyDataSize(object, mainAddress(selector, scope), size) != noErr) {
         return std::nullopt;
+    }
     return size;
 }
 
@@ -68,8 +69,9 @@ std::optional<AudioFormat> streamFormat(AudioProperties& hardware, AudioObjectID
                                         std::uint32_t selector) {
     StreamDescription description;
     std::uint32_t size = sizeof description;
-    if (hardware.getPropertyData(stream, globalAddress(selector), size, &description) != noErr)
+    if (hardware.getPropertyData(stream, globalAddress(selector), size, &description) != noErr) {
         return std::nullopt;
+    }
     return AudioFormat{description.sampleRate, description.bitsPerChannel, description.channelsPerFrame,
                        description.formatFlags, description.formatID};
 }

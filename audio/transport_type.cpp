@@ -6,8 +6,9 @@ namespace purlock {
 
 DeviceTransport transportType(AudioProperties& hardware, AudioObjectID device) {
     std::uint32_t code = 0;
-    if (readValue(hardware, device, kAudioDevicePropertyTransportType, code) != noErr)
+    if (readValue(hardware, device, kAudioDevicePropertyTransportType, code) != noErr) {
         return DeviceTransport::unknown;
+    }
     switch (code) {
         case kAudioDeviceTransportTypeUSB:
             return DeviceTransport::usb;

@@ -10,10 +10,6 @@ namespace purlock::USBDescriptors {
 
 namespace {
 
-bool hasText(const std::optional<std::string>& text) {
-    return text && !text->empty();
-}
-
 bool isNamedIn(const std::optional<std::string>& name, std::string_view lowercasedUID) {
     return hasText(name) && contains(lowercasedUID, lowercased(*name));
 }

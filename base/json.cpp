@@ -44,8 +44,9 @@ class JsonWriter {
         if (!std::isfinite(value)) return false;
         // Most are whole: rates, and products of them. Zero has a sign.
         constexpr double exactlyWhole = 9007199254740992.0;  // 2^53
-        if (std::abs(value) < exactlyWhole && value == std::trunc(value) && value != 0)
+        if (std::abs(value) < exactlyWhole && value == std::trunc(value) && value != 0) {
             return writeHeld(static_cast<std::int64_t>(value));
+        }
         constexpr int significantDigits = 17;
         std::array<char, 32> buffer;
         const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,

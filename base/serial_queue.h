@@ -4,6 +4,8 @@
 #include <memory>
 #include <string>
 
+#include "base/identity.h"
+
 namespace purlock {
 
 /// Work that runs asynchronously, one piece at a time, in the order in which it was handed in.
@@ -22,7 +24,7 @@ class SerialQueue {
 
     virtual void async(Task task) = 0;
 
-    /// The application's identifier and a suffix, as debuggers and logs show it.
+    /// `applicationIdentifier` and a suffix, as debuggers and logs show it.
     virtual const std::string& label() const = 0;
 };
 
@@ -36,8 +38,5 @@ class SerialQueueFactory {
 
     virtual std::shared_ptr<SerialQueue> makeSerialQueue(std::string label) = 0;
 };
-
-/// The application's reverse-domain identifier; every queue's label begins with it.
-inline constexpr const char* applicationIdentifier = "org.purlock.Purlock";
 
 }  // namespace purlock

@@ -170,8 +170,9 @@ std::string_view firstCharacters(std::string_view text, std::size_t bytes) {
     constexpr std::size_t mostContinuations = 3;
     std::size_t end = bytes;
     while (end > 0 && bytes - end < mostContinuations &&
-           (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U)
+           (static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U) {
         --end;
+    }
     // Bytes that are no UTF-8 may go on for longer.
     const bool isCharacter = (static_cast<unsigned char>(text[end]) & 0xC0U) != 0x80U;
     return text.substr(0, isCharacter ? end : bytes);

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -30,6 +31,11 @@ std::string wellFormed(std::string_view text);
 
 /// The first characters of `text`, as many as have room in `bytes`; none is cut in two.
 std::string_view firstCharacters(std::string_view text, std::size_t bytes);
+
+/// Whether there is a text that is not empty.
+inline bool hasText(const std::optional<std::string>& text) {
+    return text && !text->empty();
+}
 
 /// All parts in one text, made in one allocation.
 std::string joined(std::initializer_list<std::string_view> parts);

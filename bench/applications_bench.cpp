@@ -12,8 +12,9 @@ namespace {
 void applicationOfOneProcess(benchmark::State& state) {
     WorkerPool pool(1);
     DesktopApplications applications(pool.makeSerialQueue("desktop"));
-    for (auto _ : state)
+    for (auto _ : state) {
         benchmark::DoNotOptimize(applications.runningApplicationWithProcessIdentifier(getpid()));
+    }
 }
 BENCHMARK(applicationOfOneProcess)->Unit(benchmark::kMicrosecond);
 
@@ -29,8 +30,9 @@ BENCHMARK(processesOfOneApplication)->Unit(benchmark::kMicrosecond);
 
 void readDesktopFiles(benchmark::State& state) {
     std::size_t files = 0;
-    for (auto _ : state)
+    for (auto _ : state) {
         files = DesktopIndex::read(desktopDataFolders(), localeSuffixes("de_DE.UTF-8")).size();
+    }
     state.counters["files"] = static_cast<double>(files);
 }
 BENCHMARK(readDesktopFiles)->Unit(benchmark::kMillisecond);

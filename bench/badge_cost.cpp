@@ -113,8 +113,9 @@ int run(int seconds, const std::string& badge) {
     const pid_t purlock = desktop.startProgram().pid();
     std::this_thread::sleep_for(settling);
     measureTrack(desktop, purlock, browserProcess, seconds);
-    if (!badge.empty())
+    if (!badge.empty()) {
         std::printf("the badge was %s\n", isBadgeFound(desktop, badge) ? "found" : "not found");
+    }
     desktop.playerctl("pause");
     std::this_thread::sleep_for(settling);
     print("paused", useWithin(purlock, browserProcess, seconds));

@@ -71,8 +71,9 @@ std::optional<double> timeOf(Clock::time_point begin, Condition condition) {
 class Measurement {
   public:
     bool start() {
-        if (!desktop_.start(Accessibility::off) || !desktop_.startTray() || !desktop_.startPlayer(48000))
+        if (!desktop_.start(Accessibility::off) || !desktop_.startTray() || !desktop_.startPlayer(48000)) {
             return false;
+        }
         desktop_.startProgram();
         return waitUntil([&] { return test::trayIconOnScreen().has_value(); }) &&
                waitUntil([&] { return verdictIs("bitPerfect"); }) && findPixels();

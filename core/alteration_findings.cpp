@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/overloaded.h"
 #include "base/text.h"
 #include "core/cause_engine.h"
 

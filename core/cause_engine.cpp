@@ -128,8 +128,9 @@ std::string deviceName(const DeviceState& state) {
     if (state.transportType == DeviceTransport::usb && state.usbInfo && state.usbInfo->productName) {
         return *state.usbInfo->productName;
     }
-    if (state.transportType == DeviceTransport::bluetooth && state.bluetoothInfo)
+    if (state.transportType == DeviceTransport::bluetooth && state.bluetoothInfo) {
         return state.bluetoothInfo->name;
+    }
     return state.name;
 }
 
@@ -141,19 +142,22 @@ std::optional<std::string> textOrAbsent(std::string_view text) {
 /// The text for a Bluetooth link; absent when its codec is not known.
 std::optional<std::string> codecLink(const std::optional<DeviceState>& state, const SystemWords& words) {
     if (!state || state->transportType != DeviceTransport::bluetooth) return std::nullopt;
-    if (!state->mixerWork || !state->mixerWork->linkCodec || words.bluetoothCodecLink.empty())
+    if (!state->mixerWork || !state->mixerWork->linkCodec || words.bluetoothCodecLink.empty()) {
         return std::nullopt;
+    }
     return fill(words.bluetoothCodecLink, {{"codec", *state->mixerWork->linkCodec}});
 }
 
 SignalStage deviceStage(const std::optional<DeviceState>& state, const SystemWords& words) {
     const LinkTexts texts = linkTexts(state ? state->transportType : DeviceTransport::unknown, words);
-    if (auto link = codecLink(state, words))
+    if (auto link = codecLink(state, words)) {
         return makeStage(Kind::device, texts.title, deviceName(*state), std::move(link), {}, texts.quality);
+    }
     auto bitrate = textOrAbsent(texts.bitrate);
     const bool isCompressed = state && state->transportType == DeviceTransport::bluetooth;
-    if (!bitrate && state && state->physicalFormat && !isCompressed)
+    if (!bitrate && state && state->physicalFormat && !isCompressed) {
         bitrate = state->physicalFormat->bitrateLabel();
+    }
     return makeStage(Kind::device, texts.title, state ? deviceName(*state) : std::string(texts.fallbackName),
                      textOrAbsent(texts.secondary), std::move(bitrate), texts.quality);
 }

@@ -32,22 +32,21 @@ std::string_view claimedTier(const SourceClaim& claim) {
 Diagnostic rateBelowClaim(const SourceClaim& claim, const AudioFormat& virtualFormat) {
     switch (claim.app) {
         case SourceApp::tidal:
-            return downgraded(joined({"Tidal sent the OS ", formatRate(virtualFormat.sampleRate),
-                                      " but its UI claims ", claimedTier(claim),
-                                      ". Likely causes: track isn't available in HiRes on Tidal, or your "
-                                      "Tidal quality preference is "
-                                      "set lower than MAX."}),
-                              "Open Tidal → Settings → Streaming → set quality to MAX. If still down, the "
-                              "track isn't available in "
-                              "HiRes.");
+            return downgraded(
+                joined(
+                    {"Tidal sent the OS ", formatRate(virtualFormat.sampleRate), " but its UI claims ",
+                     claimedTier(claim),
+                     ". "
+                     "Likely causes: track isn't available in HiRes on Tidal, or your Tidal quality preference is set lower than MAX."}),
+                "Open Tidal → Settings → Streaming → set quality to MAX. "
+                "If still down, the track isn't available in HiRes.");
         case SourceApp::appleMusic:
-            return downgraded(joined({"Apple Music delivered ", formatRate(virtualFormat.sampleRate),
-                                      " — lower than Hi-Res Lossless. Track may not have a Hi-Res master, or "
-                                      "Music app is set to "
-                                      "standard Lossless."}),
-                              "Music → Settings → Playback → Audio Quality → Hi-Res Lossless. Note: not "
-                              "every track has a Hi-Res "
-                              "master.");
+            return downgraded(
+                joined({"Apple Music delivered ", formatRate(virtualFormat.sampleRate),
+                        " — lower than Hi-Res Lossless. "
+                        "Track may not have a Hi-Res master, or Music app is set to standard Lossless."}),
+                "Music → Settings → Playback → Audio Quality → Hi-Res Lossless. "
+                "Note: not every track has a Hi-Res master.");
         case SourceApp::spotify:
             return downgraded("Spotify is lossy by design; max is 320 kbps Ogg Vorbis.",
                               "(no fix — Spotify doesn't offer lossless)");
@@ -89,8 +88,7 @@ Diagnostic fileConverted(Severity severity, std::string_view title, const Player
 }
 
 constexpr std::string_view rateFix =
-    "a fixed output sample rate, a resampler or an effect, and switch it off, so that the file's own rate is "
-    "handed over.";
+    "a fixed output sample rate, a resampler or an effect, and switch it off, so that the file's own rate is handed over.";
 
 std::vector<Diagnostic> fileDiagnostics(const SourceClaim& claim, const AudioFormat& virtualFormat) {
     // The mixer computes in floats that hold no more than this, so more in the file is lost in no player.
@@ -112,11 +110,11 @@ std::vector<Diagnostic> fileDiagnostics(const SourceClaim& claim, const AudioFor
     }
     if (isLossless &&
         std::min(claim.declaredBitDepth.value_or(0), mostUsefulBits) > virtualFormat.bitsPerChannel) {
-        found.push_back(fileConverted(Severity::medium, "Source app delivered lower bit depth", player,
-                                      joined({std::to_string(*claim.declaredBitDepth), "-bit"}),
-                                      joined({std::to_string(virtualFormat.bitsPerChannel), "-bit"}),
-                                      "the bit depth of its output, and choose one that is not below the "
-                                      "file's."));
+        found.push_back(
+            fileConverted(Severity::medium, "Source app delivered lower bit depth", player,
+                          joined({std::to_string(*claim.declaredBitDepth), "-bit"}),
+                          joined({std::to_string(virtualFormat.bitsPerChannel), "-bit"}),
+                          "the bit depth of its output, and choose one that is not below the file's."));
     }
     return found;
 }
@@ -183,8 +181,9 @@ std::vector<Diagnostic> sourceVsHALDiagnostics(const std::optional<SourceClaim>&
         return virtualFormat ? fileDiagnostics(*claim, *virtualFormat) : std::vector<Diagnostic>();
     }
     if (!claim || !virtualFormat || !claim->declaredRate || !claim->declaredBitDepth) return found;
-    if (*claim->declaredRate > virtualFormat->sampleRate)
+    if (*claim->declaredRate > virtualFormat->sampleRate) {
         found.push_back(rateBelowClaim(*claim, *virtualFormat));
+    }
     if (*claim->declaredBitDepth > virtualFormat->bitsPerChannel) {
         found.push_back(
             bitDepthBelowClaim(claim->app, *claim->declaredBitDepth, virtualFormat->bitsPerChannel));
@@ -220,10 +219,12 @@ std::vector<Diagnostic> transportCapDiagnostics(DeviceTransport transport,
     if (!source || !source->declaredRate) return found;
     const double declaredRate = *source->declaredRate;
     // Only three links cap what they carry; a transport that is new to the enumeration caps nothing.
-    if (transport == DeviceTransport::builtIn && exceedsBuiltIn(declaredRate, physicalFormat, words))
+    if (transport == DeviceTransport::builtIn && exceedsBuiltIn(declaredRate, physicalFormat, words)) {
         found.push_back(builtInCap(declaredRate, physicalFormat, words));
-    if (transport == DeviceTransport::airplay && declaredRate > airPlayRate)
+    }
+    if (transport == DeviceTransport::airplay && declaredRate > airPlayRate) {
         found.push_back(airPlayCap(declaredRate, words));
+    }
     if (transport == DeviceTransport::bluetooth && source->isLossless.value_or(false)) {
         found.push_back(bluetoothIsLossy(*source, words, work));
     }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "base/overloaded.h"
 #include "core/cause_engine.h"
 
 namespace purlock::CauseEngine {

@@ -30,8 +30,8 @@ struct SystemWords {
     std::string resamplingCause =
         "App is sending {from} but the device is locked at {to}. CoreAudio's HAL is converting between them.";
     std::string resamplingFix =
-        "Open Audio MIDI Setup, select this device, and set its Format to {from}. Or enable an app that "
-        "auto-matches the rate (LosslessSwitcher, Audirvana).";
+        "Open Audio MIDI Setup, select this device, and set its Format to {from}. "
+        "Or enable an app that auto-matches the rate (LosslessSwitcher, Audirvana).";
 
     // What the next ones say is known only where the host knows why a rate is converted. {from} is the
     // stream's rate, {mixer} the mixer's, {to} the device's.
@@ -47,34 +47,35 @@ struct SystemWords {
     std::string depthCause =
         "App format is {from}; device physical is {to}. CoreAudio is converting representations.";
     std::string depthFix =
-        "Usually inaudible if both are ≥16-bit integer or float. Worth investigating only if app expects "
-        "native bit-perfect.";
+        "Usually inaudible if both are ≥16-bit integer or float. "
+        "Worth investigating only if app expects native bit-perfect.";
 
     // Of a built-in output. {claimed} is the source's rate, {device} the device's.
     bool isBuiltInFixed = true;  // its rate is fixed, whatever the device says; else its own rate counts
     std::string builtInLink = "Internal codec, fixed rate";
     std::string builtInTitle = "Internal speakers are fixed-rate";
     std::string builtInCause =
-        "MacBook internal speakers run at a fixed sample rate (typically 48 kHz). Anything else gets "
-        "resampled in hardware.";
+        "MacBook internal speakers run at a fixed sample rate (typically 48 kHz). "
+        "Anything else gets resampled in hardware.";
     std::string builtInFix =
         "Use a DAC for any HiRes verification. Internal speakers can't deliver bit-perfect for >48k sources.";
 
     std::string airPlayCause =  // {claimed}
-        "AirPlay 2 transports lossless ALAC at 16-bit/44.1 kHz max. Your source claims {claimed} but the "
-        "wire downsamples it.";
+        "AirPlay 2 transports lossless ALAC at 16-bit/44.1 kHz max. "
+        "Your source claims {claimed} but the wire downsamples it.";
 
     // Of Bluetooth. {app} is the application that claims, {codec} what carries the sound.
     std::string bluetoothLink = "AAC ~256 kbps cap";
     std::string bluetoothBitrate = "≤ 256 kbps";
     std::string bluetoothCodecLink;  // instead of the two above where the codec is known
     std::string bluetoothCause =
-        "Your output is Bluetooth (AirPods or similar). The BT audio link uses lossy AAC/SBC compression — "
-        "no Bluetooth profile carries lossless audio. Whatever {app} sends, the wire downgrades it.";
+        "Your output is Bluetooth (AirPods or similar). "
+        "The BT audio link uses lossy AAC/SBC compression — no Bluetooth profile carries lossless audio. "
+        "Whatever {app} sends, the wire downgrades it.";
     std::string bluetoothCodecCause;  // the same where the codec is known
     std::string bluetoothFix =
-        "Use a wired DAC or AirPlay 2 (lossless 16/44.1) for lossless playback. AirPods Max wired mode also "
-        "works.";
+        "Use a wired DAC or AirPlay 2 (lossless 16/44.1) for lossless playback. "
+        "AirPods Max wired mode also works.";
     std::string unnamedApp = "—";  // in place of an application that is none of the known services
 
     // The panel's own.

@@ -1,5 +1,7 @@
 #include "core/verdict.h"
 
+#include "base/overloaded.h"
+
 namespace purlock {
 
 Verdict deviceVerdict(const std::optional<DeviceState>& state) {
@@ -12,6 +14,17 @@ Verdict deviceVerdict(const std::optional<DeviceState>& state) {
     }
     const bool isAltered = state->mixerWork && !state->mixerWork->alterations.empty();
     return isAltered ? Verdict(verdict::Altered{mixer}) : Verdict(verdict::BitPerfect{mixer});
+}
+
+std::string_view verdictHeadline(const Verdict& verdict) {
+    return std::visit(Overloaded{
+                          [](const verdict::Idle&) { return "Idle"; },
+                          [](const verdict::BitPerfect&) { return "Bit-perfect"; },
+                          [](const verdict::Resampling&) { return "Resampling"; },
+                          [](const verdict::Unknown&) { return "No device"; },
+                          [](const verdict::Altered&) { return "Altered"; },
+                      },
+                      verdict);
 }
 
 }  // namespace purlock

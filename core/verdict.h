@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string_view>
 #include <variant>
 
 #include "core/audio_format.h"
@@ -47,17 +48,12 @@ struct Altered {
 using Verdict =
     std::variant<verdict::Idle, verdict::BitPerfect, verdict::Resampling, verdict::Unknown, verdict::Altered>;
 
-/// What the device alone says, whatever plays: channel count, flags and format identifier do not count, and
-/// what else the mixer does counts where the host knows it. The
-/// status icon, the log and the snapshot show this one; the report's verdict is the same rule.
+/// The judgement of the device alone, whatever plays. Channel count, flags and format identifier do not
+/// count. What else the mixer does counts where the host knows it. The status icon, the log and the snapshot
+/// show this verdict; the report's follows the same rule.
 Verdict deviceVerdict(const std::optional<DeviceState>& state);
 
-/// Makes one visitor of several lambdas, one for each case of a `Verdict`.
-template <typename... Cases>
-struct Overloaded : Cases... {
-    using Cases::operator()...;
-};
-template <typename... Cases>
-Overloaded(Cases...) -> Overloaded<Cases...>;
+/// The words that the user reads: "Idle", "Bit-perfect", "Resampling", "No device", "Altered".
+std::string_view verdictHeadline(const Verdict& verdict);
 
 }  // namespace purlock

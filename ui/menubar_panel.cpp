@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/overloaded.h"
 #include "base/text.h"
 #include "ui/now_playing_card.h"
 #include "ui/signal_path_panel.h"

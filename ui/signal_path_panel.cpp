@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "app/state_json.h"
+#include "base/overloaded.h"
 #include "base/text.h"
 #include "ui/view_parts.h"
 
@@ -178,8 +178,9 @@ View SignalPathPanel::body() const {
     if (report.diagnostics.empty()) return panel;
     panel.children.push_back(findingsHeader());
     View findings = column(defaultSpacing, {});
-    for (const Diagnostic& diag : report.diagnostics)
+    for (const Diagnostic& diag : report.diagnostics) {
         findings.children.push_back(DiagnosticRow{diag, canCopy}.body());
+    }
     panel.children.push_back(std::move(findings));
     return panel;
 }

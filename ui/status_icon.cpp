@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "app/state_json.h"
+#include "base/overloaded.h"
 
 namespace purlock {
 

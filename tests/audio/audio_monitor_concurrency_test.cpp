@@ -56,8 +56,9 @@ TEST(AudioMonitorConcurrency, NotificationsTimerAndPinTogether) {
     });
     for (int i = 0; !stop; ++i) {
         f.monitor->refreshState();
-        if (i % 7 == 0)
+        if (i % 7 == 0) {
             f.settings->setPinnedDeviceUID(i % 2 == 0 ? std::optional<std::string>("cans-1") : std::nullopt);
+        }
         f.loop.runPosted();
     }
     events.join();

@@ -147,8 +147,9 @@ TEST(Alterations, ComeAfterTheFindingsOfTheLinkInTheirOwnOrder) {
     SourceClaim claim = test::claim(SourceApp::qobuz, 96000, 24);
     claim.isLossless = true;
     std::vector<std::string> titles;
-    for (const auto& each : CauseEngine::evaluate(state, {}, {}, claim).diagnostics)
+    for (const auto& each : CauseEngine::evaluate(state, {}, {}, claim).diagnostics) {
         titles.push_back(each.title);
+    }
     EXPECT_EQ(titles, (std::vector<std::string>{"Source app downgraded", "macOS is resampling",
                                                 "Bit depth changed", "Bluetooth can't carry lossless",
                                                 "App is muted", "Device is muted"}));

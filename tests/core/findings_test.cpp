@@ -49,14 +49,13 @@ SourceClaim tidal(TierTexts tiers) {
 }
 
 Finding tidalDowngraded(const std::string& rate, const std::string& tier) {
-    return {Severity::high, "Source app downgraded",
-            "Tidal sent the OS " + rate + " but its UI claims " + tier +
-                ". Likely causes: track isn't available in HiRes on Tidal, or your Tidal quality preference "
-                "is set "
-                "lower than MAX.",
-            "Open Tidal \u2192 Settings \u2192 Streaming \u2192 set quality to MAX. If still down, the track "
-            "isn't "
-            "available in HiRes."};
+    return {
+        Severity::high, "Source app downgraded",
+        "Tidal sent the OS " + rate + " but its UI claims " + tier +
+            ". "
+            "Likely causes: track isn't available in HiRes on Tidal, or your Tidal quality preference is set lower than MAX.",
+        "Open Tidal \u2192 Settings \u2192 Streaming \u2192 set quality to MAX. "
+        "If still down, the track isn't available in HiRes."};
 }
 
 Finding lowerBitDepth(const std::string& app, const std::string& declared, const std::string& seen) {
@@ -65,13 +64,12 @@ Finding lowerBitDepth(const std::string& app, const std::string& declared, const
             "Confirm the track has a higher-bit master available in this service."};
 }
 
-const Finding appleMusicDowngraded = {Severity::high, "Source app downgraded",
-                                      "Apple Music delivered 44.1 kHz \u2014 lower than Hi-Res Lossless. "
-                                      "Track may not have a Hi-Res master, or Music "
-                                      "app is set to standard Lossless.",
-                                      "Music \u2192 Settings \u2192 Playback \u2192 Audio Quality \u2192 "
-                                      "Hi-Res Lossless. Note: not every track has a "
-                                      "Hi-Res master."};
+const Finding appleMusicDowngraded = {
+    Severity::high, "Source app downgraded",
+    "Apple Music delivered 44.1 kHz \u2014 lower than Hi-Res Lossless. "
+    "Track may not have a Hi-Res master, or Music app is set to standard Lossless.",
+    "Music \u2192 Settings \u2192 Playback \u2192 Audio Quality \u2192 Hi-Res Lossless. "
+    "Note: not every track has a Hi-Res master."};
 const Finding spotifyDowngraded = {Severity::high, "Source app downgraded",
                                    "Spotify is lossy by design; max is 320 kbps Ogg Vorbis.",
                                    "(no fix \u2014 Spotify doesn't offer lossless)"};
@@ -154,9 +152,8 @@ Finding depthChanged(const std::string& from, const std::string& to) {
     return {
         Severity::medium, "Bit depth changed",
         "App format is " + from + "; device physical is " + to + ". CoreAudio is converting representations.",
-        "Usually inaudible if both are \u226516-bit integer or float. Worth investigating only if app "
-        "expects "
-        "native bit-perfect."};
+        "Usually inaudible if both are \u226516-bit integer or float. "
+        "Worth investigating only if app expects native bit-perfect."};
 }
 
 struct ResamplingRow {
@@ -205,9 +202,8 @@ TEST(HalResampling, Findings) {
 
 const Finding fixedRate = {
     Severity::low, "Internal speakers are fixed-rate",
-    "MacBook internal speakers run at a fixed sample rate (typically 48 kHz). Anything else gets resampled "
-    "in "
-    "hardware.",
+    "MacBook internal speakers run at a fixed sample rate (typically 48 kHz). "
+    "Anything else gets resampled in hardware.",
     "Use a DAC for any HiRes verification. Internal speakers can't deliver bit-perfect for >48k sources."};
 
 Finding airPlay(const std::string& rate) {
@@ -220,12 +216,12 @@ Finding airPlay(const std::string& rate) {
 Finding bluetooth(const std::string& app) {
     return {
         Severity::high, "Bluetooth can't carry lossless",
-        "Your output is Bluetooth (AirPods or similar). The BT audio link uses lossy AAC/SBC compression "
-        "\u2014 no "
-        "Bluetooth profile carries lossless audio. Whatever " +
+        "Your output is Bluetooth (AirPods or similar). "
+        "The BT audio link uses lossy AAC/SBC compression \u2014 no Bluetooth profile carries lossless audio. "
+        "Whatever " +
             app + " sends, the wire downgrades it.",
-        "Use a wired DAC or AirPlay 2 (lossless 16/44.1) for lossless playback. AirPods Max wired mode also "
-        "works."};
+        "Use a wired DAC or AirPlay 2 (lossless 16/44.1) for lossless playback. "
+        "AirPods Max wired mode also works."};
 }
 
 SourceClaim withLossless(SourceClaim source, std::optional<bool> lossless) {

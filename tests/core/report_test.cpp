@@ -29,6 +29,21 @@ TEST(Verdict, EqualityComparesTheCaseAndWhatItCarries) {
     }
 }
 
+TEST(Verdict, HasAHeadline) {
+    const AudioFormat format = integerFormat(44100, 16);
+    const struct {
+        Verdict verdict;
+        const char* headline;
+    } rows[] = {
+        {verdict::Idle{format}, "Idle"},
+        {verdict::BitPerfect{format}, "Bit-perfect"},
+        {verdict::Resampling{format, format}, "Resampling"},
+        {verdict::Unknown{}, "No device"},
+        {verdict::Altered{format}, "Altered"},
+    };
+    for (const auto& row : rows) EXPECT_EQ(verdictHeadline(row.verdict), row.headline);
+}
+
 TEST(SignalPathReport, TwoEvaluationsAgreeOnTheVerdictAndOnNothingThatHasAnIdentity) {
     const auto state = test::device(DeviceTransport::usb, floatFormat(48000), integerFormat(44100, 24));
     const auto first = CauseEngine::evaluate(state, {}, {}, {});

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "base/overloaded.h"
 #include "core/cause_engine.h"
 #include "tests/core/records.h"
 
@@ -104,11 +105,13 @@ std::string expectedDevice(const Inputs& in) {
         return line("Bluetooth wire", in.state->bluetoothInfo ? in.state->bluetoothInfo->name : name,
                     "AAC ~256 kbps cap", "\u2264 256 kbps", "lossy");
     }
-    if (transport == "AirPlay")
+    if (transport == "AirPlay") {
         return line("AirPlay wire", name, "ALAC 16/44.1 cap", "1.41 Mbps", "formatOnly");
+    }
     if (transport == "HDMI") return line("HDMI wire", name, "EDID-advertised format", own, "lossless");
-    if (transport == "Built-in")
+    if (transport == "Built-in") {
         return line("Built-in", name, "Internal codec, fixed rate", own, "formatOnly");
+    }
     if (transport == "Aggregate") return line("Aggregate", name, "Aggregate", own, "unknown");
     if (transport == "Virtual") return line("Virtual device", name, "Virtual device", own, "unknown");
     if (transport == "DisplayPort") return line("DisplayPort", name, {}, own, "lossless");
@@ -132,8 +135,9 @@ std::vector<std::string> expectedFindings(const Inputs& in) {
     if (in.claim && in.claim->declaredRate && in.state) {
         const std::string transport(rawValue(in.state->transportType));
         const double rate = *in.claim->declaredRate;
-        if (transport == "Built-in" && rate > 48000)
+        if (transport == "Built-in" && rate > 48000) {
             titles.emplace_back("low: Internal speakers are fixed-rate");
+        }
         if (transport == "AirPlay" && rate > 44100) titles.emplace_back("medium: AirPlay caps at 16/44.1");
         if (transport == "Bluetooth" && in.claim->isLossless == true) {
             titles.emplace_back("high: Bluetooth can't carry lossless");

@@ -102,8 +102,9 @@ TEST(SystemWords, FillingPutsInWhatIsNamedAndLeavesTheRest) {
         {"an open brace", "a {x", "a {x"},
         {"a brace before a place", "{{x}", "{1"},
     };
-    for (const Row& row : rows)
+    for (const Row& row : rows) {
         EXPECT_EQ(fill(row.text, {{"x", "1"}, {"y", "{x}"}}), row.expected) << row.name;
+    }
 }
 
 TEST(SystemWords, EveryEntryIsVisitedOnce) {
@@ -125,8 +126,9 @@ TEST(SystemWords, EveryEntryIsVisitedOnce) {
 template <typename Value>
 void expectAllDifferent(const std::vector<Value>& values) {
     for (std::size_t i = 0; i < values.size(); ++i) {
-        for (std::size_t j = 0; j < values.size(); ++j)
+        for (std::size_t j = 0; j < values.size(); ++j) {
             EXPECT_EQ(values[i] == values[j], i == j) << i << " " << j;
+        }
     }
 }
 

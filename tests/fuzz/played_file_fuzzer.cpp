@@ -38,7 +38,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!file) return 0;
     if (file->codec.empty() || !file->sampleRate || !(*file->sampleRate >= 1000)) std::abort();
     if (file->bitDepth && (*file->bitDepth < 1 || *file->bitDepth > 64)) std::abort();
-    if (file->bitsPerSecond && !(std::isfinite(*file->bitsPerSecond) && *file->bitsPerSecond > 0))
+    if (file->bitsPerSecond && !(std::isfinite(*file->bitsPerSecond) && *file->bitsPerSecond > 0)) {
         std::abort();
+    }
     return 0;
 }

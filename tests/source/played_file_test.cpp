@@ -79,8 +79,9 @@ const HiResRow hiResRows[] = {
 };
 
 TEST(ClaimOfPlayedFile, IsHiResBeyondACDs) {
-    for (const HiResRow& row : hiResRows)
+    for (const HiResRow& row : hiResRows) {
         EXPECT_EQ(claimOfPlayedFile(playing(row.file), std::nullopt)->isHiRes, row.isHiRes) << row.name;
+    }
 }
 
 TEST(ClaimOfPlayedFile, OfSingleBitsDeclaresNothingToCompare) {

@@ -10,8 +10,8 @@
 #include <thread>
 #include <vector>
 
-#include "tests/support/bus_service.h"
 #include "tests/support/private_bus.h"
+#include "tests/support/test_service.h"
 
 namespace purlock::test {
 
@@ -40,12 +40,12 @@ class FakeAccessibilityBus {
   private:
     bool onServiceCall(sd_bus_message* call) {
         if (sd_bus_message_is_method_call(call, "org.a11y.Bus", "GetAddress") > 0) {
-            return BusService::reply(call, [this](sd_bus_message* answer) {
+            return TestService::reply(call, [this](sd_bus_message* answer) {
                 sd_bus_message_append(answer, "s", accessibilityBus_.address().c_str());
             });
         }
         if (sd_bus_message_is_method_call(call, "org.freedesktop.DBus.Properties", "Get") > 0) {
-            return BusService::reply(
+            return TestService::reply(
                 call, [](sd_bus_message* answer) { sd_bus_message_append(answer, "v", "b", 1); });
         }
         return false;
@@ -53,7 +53,7 @@ class FakeAccessibilityBus {
 
     bool onRegistryCall(sd_bus_message* call) {
         if (sd_bus_message_is_method_call(call, nullptr, "GetChildren") <= 0) return false;
-        return BusService::reply(call, [this](sd_bus_message* answer) {
+        return TestService::reply(call, [this](sd_bus_message* answer) {
             sd_bus_message_append(answer, "a(so)", 1, applicationName_.c_str(),
                                   "/org/a11y/atspi/accessible/root");
         });
@@ -62,9 +62,9 @@ class FakeAccessibilityBus {
     PrivateBus sessionBus_;
     PrivateBus accessibilityBus_;
     std::string applicationName_;
-    BusService application_;
-    BusService registry_;
-    BusService service_;
+    TestService application_;
+    TestService registry_;
+    TestService service_;
 };
 
 /// One item of org.a11y.atspi.Cache.GetItems in the newer form. Elements are numbered; 0 is the application,

@@ -101,8 +101,8 @@ FakeDevice headphones() {
 
 std::vector<PanelState> panelStates(const SystemWords& words) {
     const std::string longTitle =
-        "Variations on a Theme That Never Quite Ends, Movement the Fourteenth: Andante con moto, ma non "
-        "troppo, played <b>twice</b> & once more";
+        "Variations on a Theme That Never Quite Ends, Movement the Fourteenth: "
+        "Andante con moto, ma non troppo, played <b>twice</b> & once more";
     return {
         {"nothing-playing", Scene(words).device(usb(48000, 48000, 32, false)).panel()},
         {"bit-perfect", Scene(words)

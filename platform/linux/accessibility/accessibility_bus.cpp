@@ -30,40 +30,33 @@ AccessibilityBus::AccessibilityBus(BusThread& thread, std::string sessionBusAddr
                 }}) {}
 
 void AccessibilityBus::watchService() {
-    service_ = std::make_unique<BusNameWatch>(session_, serviceName,
-                                              [this](const std::string& owner) { followService(owner); });
+    service_.emplace(session_, serviceName, [this](const std::string& owner) { followService(owner); });
 }
 
 void AccessibilityBus::followService(const std::string& owner) {
-    statusChanges_.reset();
     askAgain_.stop();
     enabled_ = false;
     dropBus();
     if (owner.empty()) return;
-    statusChanges_ = session_.addMatch(
-        joined({"type='signal',sender='", owner, "',path='", servicePath, "',interface='",
-                propertiesInterface, "',member='PropertiesChanged',arg0='", statusInterface, "'"}),
-        [this](const BusIncoming& signal) { takeStatus(signal); });
+    service_->listen(joined({"path='", servicePath, "',interface='", propertiesInterface,
+                             "',member='PropertiesChanged',arg0='", statusInterface, "'"}),
+                     [this](const BusIncoming& signal) { takeStatus(signal); });
     askForAddress();
     askWhetherEnabled();
     if (wanted_) sendEnable();
 }
 
-BusCall AccessibilityBus::newServiceCall(const char* interface, const char* member) const {
-    return session_.newCall({service_ ? service_->owner() : "", servicePath, interface, member});
-}
-
 void AccessibilityBus::askForAddress() {
-    const auto call = newServiceCall(serviceName, "GetAddress");
-    const bool sent = session_.call(call, callLimit, [this](const BusIncoming& reply) {
+    if (!service_) return;
+    const auto askLater = [this] { askAgain_.start(pauseBeforeAskingAgain, [this] { askForAddress(); }); };
+    const auto call = service_->newCall(servicePath, serviceName, "GetAddress");
+    const bool sent = service_->call(call, callLimit, [this, askLater](const BusIncoming& reply) {
         const auto address = reply.isError() ? std::nullopt : reply.reader().nextText();
-        // Whoever owns the service's name could have a command run by another kind of address.
+        // The owner of the service's name could have a command run by another kind of address.
         if (address && isSocketAddress(*address)) return takeAddress(*address);
-        askAgain_.start(pauseBeforeAskingAgain, [this] { askForAddress(); });
+        askLater();
     });
-    if (!sent && service_ && !service_->owner().empty()) {
-        askAgain_.start(pauseBeforeAskingAgain, [this] { askForAddress(); });
-    }
+    if (!sent && !service_->owner().empty()) askLater();
 }
 
 /// A bus that was started anew listens elsewhere, so the address is asked for until there is a connection.
@@ -86,13 +79,14 @@ void AccessibilityBus::takeAddress(const std::string& address) {
 }
 
 void AccessibilityBus::askWhetherEnabled() {
-    auto call = newServiceCall(propertiesInterface, "Get");
+    if (!service_) return;
+    auto call = service_->newCall(servicePath, propertiesInterface, "Get");
     call.append(statusInterface).append("IsEnabled");
-    static_cast<void>(session_.call(call, callLimit, [this](const BusIncoming& reply) {
+    service_->call(call, callLimit, [this](const BusIncoming& reply) {
         const auto value = reply.isError() ? std::nullopt : reply.reader().next();
         enabled_ = value && value->boolean().value_or(false);
         update();
-    }));
+    });
 }
 
 void AccessibilityBus::takeStatus(const BusIncoming& signal) {
@@ -113,12 +107,14 @@ void AccessibilityBus::enable() {
 void AccessibilityBus::sendEnable() {
     auto call = session_.newCall({serviceName, servicePath, propertiesInterface, "Set"});
     call.allowStart();
-    call.append(statusInterface).append("IsEnabled").appendVariant(true);
-    static_cast<void>(session_.call(call, callLimit, [this](const BusIncoming& reply) {
+    call.append(statusInterface).append("IsEnabled").variant("b", [](BusWriter& value) {
+        value.append(true);
+    });
+    enabling_ = session_.call(call, callLimit, [this](const BusIncoming& reply) {
         if (reply.isError()) return;
         wanted_ = false;
         askWhetherEnabled();  // in case the service does not tell of the change
-    }));
+    });
 }
 
 void AccessibilityBus::dropBus() {

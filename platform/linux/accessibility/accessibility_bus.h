@@ -2,16 +2,18 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/linux/dbus/bus_connection.h"
-#include "platform/linux/dbus/bus_name_watch.h"
+#include "platform/linux/dbus/bus_service.h"
 #include "platform/linux/dbus/bus_thread.h"
 
 namespace purlock::host_linux {
 
-/// Keeps the connection to the accessibility bus, which the session bus tells of (org.a11y.Bus), and follows
-/// whether accessibility is enabled (org.a11y.Status). On the bus thread; owned by `AtSpiTree`'s worker.
+/// Keeps the connection to the accessibility bus, whose address the session bus knows (org.a11y.Bus), and
+/// follows whether accessibility is enabled (org.a11y.Status). On the bus thread; owned by `AtSpiTree`'s
+/// worker.
 ///
 /// Both buses and the service between them may go and come back; no service is started unless `enable` is
 /// called.
@@ -39,7 +41,6 @@ class AccessibilityBus {
     void takeStatus(const BusIncoming& signal);
     void dropBus();
     void update();
-    BusCall newServiceCall(const char* interface, const char* member) const;
 
     BusThread& thread_;
     const ChangeCallback onChange_;
@@ -49,8 +50,8 @@ class AccessibilityBus {
     bool usable_ = false;
     BusTimer askAgain_;
     BusConnection session_;
-    std::unique_ptr<BusNameWatch> service_;
-    BusSlot statusChanges_;
+    std::optional<BusService> service_;
+    BusSlot enabling_;
     std::unique_ptr<BusConnection> bus_;
 };
 

@@ -9,7 +9,7 @@ namespace purlock::host_linux {
 
 namespace {
 
-/// Of the time in all, so that a cache that does not answer leaves some for asking the elements.
+/// A part of the whole time, so that a cache that does not answer leaves some for asking the elements.
 constexpr std::chrono::milliseconds cacheLimit{1500};
 
 /// An item is about thirty values and some 700 bytes of paths and interface names.
@@ -34,11 +34,8 @@ ApplicationReader::ApplicationReader(BusThread& thread, BusConnection& connectio
 void ApplicationReader::askForItems() {
     const auto call =
         connection_.newCall({busName_, "/org/a11y/atspi/cache", "org.a11y.atspi.Cache", "GetItems"});
-    const std::weak_ptr<ApplicationReader*> alive = alive_;
     // A call that cannot be sent is left to the deadline.
-    static_cast<void>(connection_.call(call, cacheLimit, [alive](const BusIncoming& reply) {
-        if (const auto reader = alive.lock()) (*reader)->takeItems(reply);
-    }));
+    question_ = connection_.call(call, cacheLimit, [this](const BusIncoming& reply) { takeItems(reply); });
 }
 
 void ApplicationReader::takeItems(const BusIncoming& reply) {
@@ -66,8 +63,9 @@ ObjectWalker& ApplicationReader::newWalker() {
 
 void ApplicationReader::finish(std::optional<Snapshot> snapshot) {
     deadline_.stop();
-    if (const auto onFinish = std::exchange(onFinish_, {}))
+    if (const auto onFinish = std::exchange(onFinish_, {})) {
         onFinish(std::move(snapshot));  // may drop this reader
+    }
 }
 
 }  // namespace purlock::host_linux

@@ -38,7 +38,7 @@ class ApplicationReader {
     Finish onFinish_;
     BusTimer deadline_;
     std::unique_ptr<ObjectWalker> walker_;
-    const std::shared_ptr<ApplicationReader*> alive_ = std::make_shared<ApplicationReader*>(this);
+    BusSlot question_;
 };
 
 }  // namespace purlock::host_linux

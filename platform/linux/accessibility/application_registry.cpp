@@ -40,24 +40,20 @@ void ApplicationRegistry::find(std::int32_t pid, Found onFound) {
     auto search = std::make_shared<Search>(Search{pid, std::move(onFound), {}, 0});
     const auto call = connection_.newCall(
         {registryName, std::string(applicationElementPath), "org.a11y.atspi.Accessible", "GetChildren"});
-    const std::weak_ptr<ApplicationRegistry*> alive = alive_;
-    const bool sent = connection_.call(call, callLimit, [alive, search](const BusIncoming& reply) {
-        if (const auto registry = alive.lock()) (*registry)->takeNames(search, reply);
-    });
+    const bool sent =
+        calls_.send(call, callLimit, [this, search](const BusIncoming& reply) { takeNames(search, reply); });
     if (!sent) search->onFound(std::nullopt);
 }
 
-/// Until it has worked: the registry is started by the first application.
+/// Tried until it has worked: the first application starts the registry.
 void ApplicationRegistry::listen() {
     if (std::exchange(listening_, true)) return;
     for (const char* event : {"window:restore", "window:create", "window:activate"}) {
         auto call =
             connection_.newCall({registryName, "/org/a11y/atspi/registry", registryName, "RegisterEvent"});
-        call.append(event).appendEmptyTexts().append("");
-        const std::weak_ptr<ApplicationRegistry*> alive = alive_;
-        const bool sent = connection_.call(call, callLimit, [alive](const BusIncoming& reply) {
-            const auto registry = alive.lock();
-            if (registry && reply.isError()) (*registry)->listening_ = false;
+        call.append(event).emptyArray("s").append("");
+        const bool sent = calls_.send(call, callLimit, [this](const BusIncoming& reply) {
+            if (reply.isError()) listening_ = false;
         });
         if (!sent) listening_ = false;
     }
@@ -69,8 +65,9 @@ void ApplicationRegistry::takeNames(const std::shared_ptr<Search>& search, const
     if (!reply.isError() && reader.enterArray()) {
         while (const auto reference = reader.next()) {
             const BusValue* name = reference->at(0);
-            if (name == nullptr || name->text() == nullptr || search->names.size() >= maximumApplications)
+            if (name == nullptr || name->text() == nullptr || search->names.size() >= maximumApplications) {
                 continue;
+            }
             search->names.push_back(*name->text());
         }
     }
@@ -89,14 +86,11 @@ void ApplicationRegistry::askForProcess(const std::shared_ptr<Search>& search, c
     auto call = connection_.newCall({"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
                                      "GetConnectionUnixProcessID"});
     call.append(name);
-    const std::weak_ptr<ApplicationRegistry*> alive = alive_;
-    const bool sent = connection_.call(call, callLimit, [alive, search, name](const BusIncoming& reply) {
-        const auto registry = alive.lock();
-        if (!registry) return;
+    const bool sent = calls_.send(call, callLimit, [this, search, name](const BusIncoming& reply) {
         const auto value = reply.isError() ? std::nullopt : reply.reader().next();
         const auto pid = value ? value->integer() : std::nullopt;
-        if (pid) (*registry)->processes_[name] = static_cast<std::int32_t>(*pid);
-        if (--search->open == 0) (*registry)->conclude(*search);
+        if (pid) processes_[name] = static_cast<std::int32_t>(*pid);
+        if (--search->open == 0) conclude(*search);
     });
     if (sent) ++search->open;
 }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/dbus/bus_calls.h"
 #include "platform/linux/dbus/bus_connection.h"
 
 namespace purlock::host_linux {
@@ -44,7 +45,7 @@ class ApplicationRegistry {
     BusConnection& connection_;
     bool listening_ = false;
     std::map<std::string, std::int32_t> processes_;  // by unique name
-    const std::shared_ptr<ApplicationRegistry*> alive_ = std::make_shared<ApplicationRegistry*>(this);
+    BusCalls calls_{connection_};
 };
 
 }  // namespace purlock::host_linux

@@ -23,7 +23,7 @@ constexpr std::chrono::seconds pauseBetweenSweeps{30};
 
 }  // namespace
 
-/// What the main thread reads and the bus thread fills.
+/// The bus thread fills it and the main thread reads it.
 struct AtSpiTree::Shelf {
     explicit Shelf(const ReadingPace& pace) : trees(pace) {}
 
@@ -46,8 +46,9 @@ class AtSpiTree::Worker {
     Worker& operator=(const Worker&) = delete;
 
     void want(std::int32_t pid, std::optional<FoundElement> found) {
-        if (!registry_ || (!reads_.contains(pid) && reads_.size() >= maximumReads))
+        if (!registry_ || (!reads_.contains(pid) && reads_.size() >= maximumReads)) {
             return finish(pid, std::nullopt);
+        }
         Application& read = reads_[pid];
         read.found = std::move(found);
         if (!read.busName.empty()) return begin(pid);
@@ -88,20 +89,13 @@ class AtSpiTree::Worker {
         application.leaving = bus_.connection().addMatch(
             joined({"type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='", busName,
                     "'"}),
-            [this, pid](const BusIncoming&) { leaveLater(pid); });
+            [this, pid](const BusIncoming&) { finish(pid, std::nullopt); });
         application.windows = bus_.connection().addMatch(
             joined({"type='signal',sender='", busName, "',interface='org.a11y.atspi.Event.Window'"}),
             [this, pid](const BusIncoming&) {
                 const std::lock_guard lock(shelf_->mutex);
                 shelf_->trees.noteWindow(pid, Clock::now());
             });
-    }
-
-    /// Not from within the signal whose slot goes with the application.
-    void leaveLater(std::int32_t pid) {
-        thread_.post([this, pid, alive = std::weak_ptr(alive_)] {
-            if (!alive.expired()) finish(pid, std::nullopt);
-        });
     }
 
     void begin(std::int32_t pid) {
@@ -152,7 +146,6 @@ class AtSpiTree::Worker {
     AccessibilityBus bus_;
     std::unique_ptr<ApplicationRegistry> registry_;  // while trusted
     std::map<std::int32_t, Application> reads_;
-    const std::shared_ptr<Worker*> alive_ = std::make_shared<Worker*>(this);
 };
 
 AtSpiTree::AtSpiTree(BusThread& thread, std::string busAddress, std::function<bool()> soundRuns,

@@ -16,10 +16,10 @@ namespace purlock::host_linux {
 ///
 /// The main thread never waits: a walk is answered from what was read before, and the first walk over an
 /// application finds nothing. Reading a large tree costs its application as much as this program, so it is
-/// read rarely (`ReadingPace`): when something has changed, then now and then; never while no sound runs,
-/// when what was known stays; and the element in which a walk has found something is asked before the tree
-/// is. What is kept is that element and those above it. An application that does not answer when it is asked,
-/// or has left the bus, gives nothing.
+/// read rarely (`ReadingPace`): when something has changed, then now and then. While no sound runs it is not
+/// read, and the last answer stays. The element in which a walk has found something is asked before the tree
+/// is read; it and the elements above it are all that is kept. An application that does not answer when it is
+/// asked, or has left the bus, gives nothing.
 ///
 /// Trusted means that the session has an accessibility bus and that accessibility is enabled there. Owned by
 /// the host, which ends it before the bus thread; main thread.
@@ -33,7 +33,7 @@ class AtSpiTree final : public AccessibilityTree {
     bool isProcessTrusted() override;
     std::shared_ptr<AccessibilityElement> createApplication(std::int32_t pid) override;
 
-    /// What plays has changed, and with it what windows show.
+    /// Another track or player plays now, so windows show something else.
     void noteChange();
 
     /// Enables accessibility for the session: what the prompt for the permission leads to. Answers at once;

@@ -106,8 +106,9 @@ class TreeBuilder {
         const auto node = static_cast<std::uint32_t>(tree_.snapshot.nodes.size());
         tree_.snapshot.nodes.push_back(
             {std::nullopt, texts_.take(&item.name), texts_.take(&item.description), {}, item.path});
-        if (item.hasText && countsByContent(item.role, item.name.empty()))
+        if (item.hasText && countsByContent(item.role, item.name.empty())) {
             tree_.textElements.push_back({node, item.path});
+        }
         return node;
     }
 

@@ -19,7 +19,6 @@ ElementProbe::ElementProbe(BusConnection& connection, std::string busName, Found
       busName_(std::move(busName)),
       element_(std::move(element)),
       onFinish_(std::move(onFinish)) {
-    open_ = 2;
     ask(connection_.newCall({busName_, element_.path, "org.a11y.atspi.Accessible", "GetState"}),
         [](const BusIncoming& reply) {
             const auto states = reply.reader().next();
@@ -44,19 +43,17 @@ BusCall ElementProbe::newTextCall() const {
 }
 
 /// A question that cannot be sent is answered when the connection's loss drops this.
-void ElementProbe::ask(BusCall call, std::function<bool(const BusIncoming&)> isAsExpected) {
-    const std::weak_ptr<ElementProbe*> alive = alive_;
-    const bool sent = connection_.call(
-        call, callLimit, [this, alive, isAsExpected = std::move(isAsExpected)](const BusIncoming& reply) {
-            if (alive.expired() || !onFinish_) return;
-            if (reply.isError() || !isAsExpected(reply)) return finish(false);
-            if (--open_ == 0) finish(true);
-        });
-    static_cast<void>(sent);
+void ElementProbe::ask(const BusCall& call, std::function<bool(const BusIncoming&)> isAsExpected) {
+    calls_.send(call, callLimit, [this, isAsExpected = std::move(isAsExpected)](const BusIncoming& reply) {
+        if (reply.isError() || !isAsExpected(reply)) return finish(false);
+        if (--open_ == 0) finish(true);
+    });
 }
 
 void ElementProbe::finish(bool isUnchanged) {
-    if (const auto onFinish = std::exchange(onFinish_, {})) onFinish(isUnchanged);  // may drop this
+    calls_.clear();
+    const Finish onFinish = onFinish_;  // may drop this
+    onFinish(isUnchanged);
 }
 
 }  // namespace purlock::host_linux

@@ -1,10 +1,10 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <string>
 
 #include "platform/linux/accessibility/snapshot.h"
+#include "platform/linux/dbus/bus_calls.h"
 #include "platform/linux/dbus/bus_connection.h"
 
 namespace purlock::host_linux {
@@ -21,7 +21,7 @@ class ElementProbe {
     ElementProbe& operator=(const ElementProbe&) = delete;
 
   private:
-    void ask(BusCall call, std::function<bool(const BusIncoming&)> isAsExpected);
+    void ask(const BusCall& call, std::function<bool(const BusIncoming&)> isAsExpected);
     BusCall newTextCall() const;
     void finish(bool isUnchanged);
 
@@ -29,8 +29,8 @@ class ElementProbe {
     const std::string busName_;
     const FoundElement element_;
     Finish onFinish_;
-    int open_ = 0;
-    const std::shared_ptr<ElementProbe*> alive_ = std::make_shared<ElementProbe*>(this);
+    int open_ = 2;  // answers that are still to come
+    BusCalls calls_{connection_};
 };
 
 }  // namespace purlock::host_linux

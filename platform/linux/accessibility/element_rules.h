@@ -7,10 +7,11 @@
 
 namespace purlock::host_linux {
 
-// What of an element counts, in whichever way it is read (at-spi2-core, atspi-constants.h). Pure; any thread.
+// The parts of an element that count, for both ways of reading (at-spi2-core, atspi-constants.h). Pure; any
+// thread.
 
-/// Whether an element with these states can be on the screen: what is neither shown nor visible, such as a
-/// closed menu or a page of a notebook that is not on top, is not, and nothing inside it is.
+/// Whether an element with these states can be on the screen. One that is neither shown nor visible is not,
+/// such as a closed menu or a hidden page of a notebook; nothing inside it is either.
 bool isOnScreen(const BusValue* states);
 
 /// Whether an element's content is read, beside its name: where there is no name, and in fields that a name

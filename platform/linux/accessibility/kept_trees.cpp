@@ -11,7 +11,7 @@ constexpr std::size_t maximumTrees = 16;
 
 }  // namespace
 
-/// Where the last walk ended: with a text that matched, or with nothing.
+/// The place where the last walk ended: at a text that matched, or nowhere.
 void KeptTrees::learn(Tree& tree, Moment now) const {
     if (!tree.snapshot || !tree.record || !tree.record->isUsed) return;
     const WalkRecord record = *tree.record;

@@ -33,25 +33,25 @@ struct ReadingPace {
     /// Windows that come and go count once in this time.
     std::chrono::milliseconds windows{5000};
 
-    /// What nobody has asked for in this time is forgotten.
+    /// A tree that nobody has asked for in this time is forgotten.
     std::chrono::milliseconds forgotten{90'000};
 };
 
-/// What is known of the trees of applications, and when each is to be read again. Pure bookkeeping without
-/// threads or a clock of its own; its owner guards it.
+/// The trees of applications as they were last read, and when each is to be read again. Pure bookkeeping
+/// without threads or a clock of its own; its owner guards it.
 class KeptTrees {
   public:
     using Moment = std::chrono::steady_clock::time_point;
 
     explicit KeptTrees(const ReadingPace& pace) : pace_(pace) {}
 
-    /// What a walk over the application gets.
+    /// The answer to a walk over the application.
     struct View {
         std::shared_ptr<const Snapshot> snapshot;  // null while nothing is known, or nothing found
         std::shared_ptr<WalkRecord> record;
     };
 
-    /// What is to be read.
+    /// A tree that is to be read.
     struct Question {
         std::optional<FoundElement> found;  // to be asked before the tree
     };

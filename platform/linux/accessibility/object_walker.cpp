@@ -55,7 +55,7 @@ BusCall ObjectWalker::newCall(const std::string& path, const char* interface, co
     return connection_.newCall({busName_, path, interface, member});
 }
 
-/// First, for what is not on the screen is asked nothing further.
+/// The state is asked first: an element that is not on the screen is asked nothing further.
 void ObjectWalker::askForState(const Element& element) {
     queue(newCall(element.path, accessibleInterface, "GetState"),
           [this, element](const BusIncoming& reply) { takeState(element, reply); });
@@ -132,7 +132,7 @@ void ObjectWalker::askForChildren(const Element& element) {
 
 void ObjectWalker::takeChildren(const Element& element, const BusIncoming& reply) {
     if (reply.isError()) {
-        if (element.depth == 0) finish(std::nullopt);
+        failed_ = element.depth == 0;
         return;
     }
     BusReader reader = reply.reader(repliesLimits(limits_));
@@ -140,8 +140,9 @@ void ObjectWalker::takeChildren(const Element& element, const BusIncoming& reply
     while (const auto reference = reader.next()) {
         const BusValue* name = reference->at(0);
         const BusValue* path = reference->at(1);
-        if (name == nullptr || path == nullptr || name->text() == nullptr || path->text() == nullptr)
+        if (name == nullptr || path == nullptr || name->text() == nullptr || path->text() == nullptr) {
             continue;
+        }
         if (*name->text() == busName_) addElement(*path->text(), element.depth + 1, element.node);
     }
 }
@@ -152,7 +153,7 @@ void ObjectWalker::queue(BusCall call, Reply onReply) {
 
 /// Keeps the pipe filled; finishes when nothing is left to ask and to hear.
 void ObjectWalker::sendQueued() {
-    while (underWay_ < maximumUnderWay && !finished_) {
+    while (sent_.underWay() < maximumUnderWay && !failed_) {
         if (calls_.empty()) {
             if (waiting_.empty()) break;
             const Element element = std::move(waiting_.front());
@@ -161,22 +162,19 @@ void ObjectWalker::sendQueued() {
         }
         const auto [call, onReply] = std::move(calls_.front());
         calls_.pop_front();
-        const std::weak_ptr<ObjectWalker*> alive = alive_;
-        const bool sent =
-            connection_.call(call, callLimit, [this, alive, onReply = onReply](const BusIncoming& reply) {
-                if (alive.expired() || finished_) return;
-                --underWay_;
-                onReply(reply);  // may end the walk, and the walker with it
-                if (!alive.expired()) sendQueued();
-            });
-        if (!sent) return finish(std::nullopt);
-        ++underWay_;
+        const bool sent = sent_.send(call, callLimit, [this, onReply = onReply](const BusIncoming& reply) {
+            onReply(reply);
+            sendQueued();
+        });
+        failed_ = !sent;
     }
-    if (underWay_ == 0) finish(std::move(snapshot_));
+    if (failed_) return finish(std::nullopt);
+    if (sent_.underWay() == 0) finish(std::move(snapshot_));
 }
 
+/// Runs once: what is under way ends with it.
 void ObjectWalker::finish(std::optional<Snapshot> snapshot) {
-    if (std::exchange(finished_, true)) return;
+    sent_.clear();
     const Finish onFinish = onFinish_;  // may drop the walker
     onFinish(std::move(snapshot));
 }

@@ -4,13 +4,13 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <unordered_set>
 
 #include "platform/linux/accessibility/cache_items.h"
 #include "platform/linux/accessibility/snapshot.h"
+#include "platform/linux/dbus/bus_calls.h"
 #include "platform/linux/dbus/bus_connection.h"
 
 namespace purlock::host_linux {
@@ -69,12 +69,11 @@ class ObjectWalker {
     TextBudget texts_;
     Snapshot snapshot_;
     std::unordered_set<std::string> seen_;
-    std::deque<Element> waiting_;  // known, not yet asked
-    std::deque<std::pair<BusCall, Reply>> calls_;
-    std::size_t underWay_ = 0;
-    std::size_t contents_ = 0;  // asked for so far
-    bool finished_ = false;
-    const std::shared_ptr<ObjectWalker*> alive_ = std::make_shared<ObjectWalker*>(this);
+    std::deque<Element> waiting_;                  // known, not yet asked
+    std::deque<std::pair<BusCall, Reply>> calls_;  // to be sent
+    std::size_t contents_ = 0;                     // asked for so far
+    bool failed_ = false;
+    BusCalls sent_{connection_};
 };
 
 }  // namespace purlock::host_linux

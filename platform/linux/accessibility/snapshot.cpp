@@ -35,8 +35,9 @@ Snapshot pathTo(const Snapshot& snapshot, std::uint32_t node) {
     for (auto place = places.rbegin(); place != places.rend(); ++place) {
         path.nodes.push_back(snapshot.nodes[*place]);
         path.nodes.back().children.clear();
-        if (path.nodes.size() > 1)
+        if (path.nodes.size() > 1) {
             path.nodes[path.nodes.size() - 2].children = {static_cast<std::uint32_t>(path.nodes.size() - 1)};
+        }
     }
     return path;
 }

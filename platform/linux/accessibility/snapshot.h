@@ -9,7 +9,7 @@
 
 namespace purlock::host_linux {
 
-/// What is kept of one application's tree at most. A walk over all of it has to fit between two frames.
+/// The limits of what is kept of one application's tree. A walk over all of it has to fit between two frames.
 struct SnapshotLimits {
     std::size_t elements = 25'000;
     std::size_t textBytes = 2048;                  // of one text; a longer one is no badge, and is absent
@@ -40,7 +40,7 @@ struct Snapshot {
     bool operator==(const Snapshot&) const = default;
 };
 
-/// What a walk over a snapshot asked last, by which it is known where it ended. Main thread only.
+/// The last question of a walk over a snapshot, which shows where the walk ended. Main thread only.
 struct WalkRecord {
     std::uint32_t node = 0;
     std::optional<SnapshotText> givenText;  // the last question's answer was this text

@@ -1,21 +1,20 @@
 #include "platform/linux/activation/instance_activation.h"
 
-#include <systemd/sd-bus.h>
-
-#include <array>
 #include <condition_variable>
 #include <mutex>
 #include <optional>
 #include <utility>
 #include <vector>
 
-#include "platform/linux/dbus/bus_name_watch.h"
+#include "base/identity.h"
+#include "platform/linux/dbus/bus_object.h"
+#include "platform/linux/dbus/bus_service.h"
 
 namespace purlock::host_linux {
 
 namespace {
 
-constexpr const char* serviceName = "org.purlock.Purlock";
+constexpr const char* serviceName = applicationIdentifier;
 constexpr const char* objectPath = "/org/purlock/Purlock";
 constexpr const char* applicationInterface = "org.freedesktop.Application";
 constexpr const char* panelInterface = "org.purlock.Panel";
@@ -34,85 +33,67 @@ class InstanceActivation::Service {
           connection_(thread, std::move(address), {[this] { connected(); }, [this] { lost(); }}) {}
 
     void answer(bool isOpen) {
-        for (const OwnedBusMessage& question : std::exchange(questions_, {})) {
-            sd_bus_reply_method_return(question.get(), "b", static_cast<int>(isOpen));
+        for (const BusRequest& question : std::exchange(questions_, {})) {
+            question.answer([isOpen](BusWriter& writer) { writer.append(isOpen); });
         }
     }
 
   private:
-    static const sd_bus_vtable* table();
-    static const sd_bus_vtable* panelTable();
-
-    /// Answered once the main thread has come to it.
-    static int onQuestion(sd_bus_message* call, void* service, sd_bus_error* error) {
-        auto& self = *static_cast<Service*>(service);
-        if (self.questions_.size() >= mostQuestions) {
-            return sd_bus_error_set_const(error, SD_BUS_ERROR_LIMITS_EXCEEDED, "Too many questions.");
-        }
-        self.questions_.emplace_back(sd_bus_message_ref(call));
-        self.onQuestion_();
-        return 1;
-    }
-
-    void lost() {
-        object_.reset();
-        panelObject_.reset();
-        questions_.clear();
-    }
-
-    /// Files and actions there are none; whoever names some wants to see the program all the same.
-    static int onCall(sd_bus_message* call, void* service, sd_bus_error*) {
-        static_cast<Service*>(service)->onCall_();
-        return sd_bus_reply_method_return(call, "");
-    }
-
     void connected() {
-        sd_bus_slot* slot = nullptr;
-        if (sd_bus_add_object_vtable(connection_.handle(), &slot, objectPath, applicationInterface, table(),
-                                     this) >= 0) {
-            object_ = BusSlot(slot);
-        }
-        if (sd_bus_add_object_vtable(connection_.handle(), &slot, objectPath, panelInterface, panelTable(),
-                                     this) >= 0) {
-            panelObject_ = BusSlot(slot);
-        }
+        application_.emplace(connection_, applicationObject());
+        panel_.emplace(connection_, panelObject());
         auto call = connection_.newCall(
             {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName"});
         call.append(serviceName).append(std::uint32_t{0});  // in line behind another owner, if there is one
         connection_.send(call);
     }
 
+    void lost() {
+        application_.reset();
+        panel_.reset();
+        questions_.clear();
+    }
+
+    /// There are no files and actions to open; a caller that names some wants to see the program all the
+    /// same.
+    BusInterface applicationObject() const {
+        const auto activate = [this](const BusRequest& request) {
+            onCall_();
+            request.answer();
+        };
+        return {.path = objectPath,
+                .name = applicationInterface,
+                .properties = {},
+                .methods = {{"Activate", "a{sv}", "", activate},
+                            {"Open", "asa{sv}", "", activate},
+                            {"ActivateAction", "sava{sv}", "", activate}},
+                .signals = {}};
+    }
+
+    BusInterface panelObject() {
+        return {.path = objectPath,
+                .name = panelInterface,
+                .properties = {},
+                .methods = {{"IsOpen", "", "b", [this](BusRequest question) { ask(std::move(question)); }}},
+                .signals = {}};
+    }
+
+    /// Answered once the main thread has come to it.
+    void ask(BusRequest question) {
+        if (questions_.size() >= mostQuestions) {
+            return question.refuse("org.freedesktop.DBus.Error.LimitsExceeded", "Too many questions.");
+        }
+        questions_.push_back(std::move(question));
+        onQuestion_();
+    }
+
     const std::function<void()> onCall_;
     const std::function<void()> onQuestion_;
     BusConnection connection_;
-    BusSlot object_;
-    BusSlot panelObject_;
-    std::vector<OwnedBusMessage> questions_;  // while the connection is there
+    std::optional<BusObject> application_;  // while the connection is there, as what follows
+    std::optional<BusObject> panel_;
+    std::vector<BusRequest> questions_;
 };
-
-// The macros of sd-bus are C.
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wpedantic"
-#pragma GCC diagnostic ignored "-Wold-style-cast"
-const sd_bus_vtable* InstanceActivation::Service::table() {
-    static const std::array members{
-        sd_bus_vtable SD_BUS_VTABLE_START(0),
-        sd_bus_vtable SD_BUS_METHOD("Activate", "a{sv}", "", &Service::onCall, SD_BUS_VTABLE_UNPRIVILEGED),
-        sd_bus_vtable SD_BUS_METHOD("Open", "asa{sv}", "", &Service::onCall, SD_BUS_VTABLE_UNPRIVILEGED),
-        sd_bus_vtable SD_BUS_METHOD("ActivateAction", "sava{sv}", "", &Service::onCall,
-                                    SD_BUS_VTABLE_UNPRIVILEGED),
-        sd_bus_vtable SD_BUS_VTABLE_END};
-    return members.data();
-}
-
-const sd_bus_vtable* InstanceActivation::Service::panelTable() {
-    static const std::array members{
-        sd_bus_vtable SD_BUS_VTABLE_START(0),
-        sd_bus_vtable SD_BUS_METHOD("IsOpen", "", "b", &Service::onQuestion, SD_BUS_VTABLE_UNPRIVILEGED),
-        sd_bus_vtable SD_BUS_VTABLE_END};
-    return members.data();
-}
-#pragma GCC diagnostic pop
 
 InstanceActivation::InstanceActivation(RunLoop& mainLoop, BusThread& busThread, std::string busAddress,
                                        std::function<void()> onActivate, std::function<bool()> isPanelOpen)
@@ -181,27 +162,28 @@ class Caller {
 
     BusCall newCall() {
         if (request_ == Request::isPanelOpen) {
-            return connection_.newCall({serviceName, objectPath, panelInterface, "IsOpen"});
+            return instance_->newCall(objectPath, panelInterface, "IsOpen");
         }
-        auto call = connection_.newCall({serviceName, objectPath, applicationInterface, "Activate"});
-        if (call.valid()) sd_bus_message_append(call.message(), "a{sv}", 0);
+        auto call = instance_->newCall(objectPath, applicationInterface, "Activate");
+        call.emptyArray("{sv}");
         return call;
     }
 
     void ask() {
         auto call = newCall();
-        const bool sent = connection_.call(call, timeLimit, [this](const BusIncoming& reply) {
+        question_ = connection_.call(call, timeLimit, [this](const BusIncoming& reply) {
             if (reply.isError()) return onDone_({});
             const auto value = request_ == Request::isPanelOpen ? reply.reader().next() : std::nullopt;
             onDone_({true, value ? value->boolean() : std::nullopt});
         });
-        if (!sent) onDone_({});
+        if (!question_) onDone_({});
     }
 
     const Request request_;
     const std::function<void(const Outcome&)> onDone_;
     BusConnection connection_;
-    std::optional<BusNameWatch> instance_;
+    std::optional<BusService> instance_;
+    BusSlot question_;  // not the instance's: its end is an answer too
 };
 
 Outcome outcomeOf(Request request, const std::string& busAddress, std::chrono::milliseconds longest) {

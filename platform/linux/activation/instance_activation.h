@@ -32,7 +32,7 @@ class InstanceActivation {
   private:
     class Service;
 
-    /// What the bus thread shares with this. The functions are for the main thread alone.
+    /// Shared with the bus thread. The functions are for the main thread alone.
     struct Link {
         std::function<void()> onActivate;
         std::function<bool()> isPanelOpen;

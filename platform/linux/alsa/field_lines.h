@@ -4,26 +4,12 @@
 #include <optional>
 #include <string_view>
 
+#include "platform/linux/system/lines.h"
+
 namespace purlock::host_linux {
 
 // The texts of /proc/asound are lines of a name, a separator (":" with blanks around it, or tabs) and a
 // value. Pure functions; any thread; no input makes them fail.
-
-/// Takes the first line off `text`, without its line feed.
-inline std::string_view takeLine(std::string_view& text) {
-    const auto end = text.find('\n');
-    const std::string_view line = text.substr(0, end);
-    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-    return line;
-}
-
-/// `text` without blanks, tabs and carriage returns at its ends.
-inline std::string_view withoutBlanks(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r";
-    const auto first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
 
 struct FieldLine {
     std::string_view name;

@@ -26,7 +26,8 @@ std::vector<RunningApplication> withoutTimes(const std::vector<StartedApplicatio
 
 /// Answers are asked for again and again while something plays, and each costs several reads of /proc; so
 /// they are kept for a moment, each as long as its processes are the same ones. A process may change its
-/// control group soon after its start, and an application may start at any time: hence no longer.
+/// control group soon after its start, and an application may start at any time. So answers are not kept for
+/// longer.
 class DesktopApplications::Desk : public std::enable_shared_from_this<Desk> {
   public:
     Desk(std::shared_ptr<SerialQueue> queue, DesktopRoots roots)
@@ -149,8 +150,9 @@ std::optional<RunningApplication> DesktopApplications::Desk::application(std::in
         const std::lock_guard lock(mutex_);
         forgetOld(now);
         const auto kept = keptProcesses_.find(pid);
-        if (kept != keptProcesses_.end() && now - kept->second.seen < roots_.trustedProcessTime)
+        if (kept != keptProcesses_.end() && now - kept->second.seen < roots_.trustedProcessTime) {
             return kept->second.application;
+        }
     }
     const auto status = processes_.status(pid);
     if (!status) return std::nullopt;
@@ -173,9 +175,10 @@ std::optional<RunningApplication> DesktopApplications::Desk::application(std::in
     auto application = lookup.applicationOf(pid);
     if (waitsForScript) application.reset();  // a parent's name would be wrong in a moment
     const std::lock_guard lock(mutex_);
-    // What came meanwhile, such as newer desktop files, is asked next time.
-    if (index == index_)
+    // Newer desktop files that came meanwhile are used next time.
+    if (index == index_) {
         keptProcesses_.insert_or_assign(pid, KeptProcess{application, status->startTime, now, now});
+    }
     return application;
 }
 
@@ -198,8 +201,9 @@ std::vector<RunningApplication> DesktopApplications::Desk::instances(std::string
         stored.instances = kept.instances;
         stored.seen = now;
     }
-    if (isOld && !std::exchange(stored.searching, true))
+    if (isOld && !std::exchange(stored.searching, true)) {
         onQueue([id = std::string(bundleID)](Desk& desk) { desk.search(id); });
+    }
     return withoutTimes(kept.instances);
 }
 

@@ -39,11 +39,11 @@ struct DesktopRoots {
 /// and control group: a browser's audio process belongs to the browser, but a command-line player does not
 /// belong to the terminal or the desktop shell that started it, and so belongs to no application.
 ///
-/// Questions come from any thread and cost some reads of /proc. What may take long is done on `queue`, and a
-/// later question has it: the desktop files are read when this is made and when a folder has changed;
-/// a process's own root and the command line of an interpreter, which may hang, are read once; all processes
-/// are searched for the instances of an application. Until an interpreter's command line is known, nothing is
-/// named by it. No mutex is held over a read. Owned by the host.
+/// Questions come from any thread and cost some reads of /proc. Work that may take long is done on `queue`,
+/// and later questions have its result: the desktop files are read when this is made and when a folder has
+/// changed; a process's own root and the command line of an interpreter, which may hang, are read once; all
+/// processes are searched for the instances of an application. Until an interpreter's command line is known,
+/// nothing is named by it. No mutex is held over a read. Owned by the host.
 class DesktopApplications final : public RunningApplications {
   public:
     explicit DesktopApplications(std::shared_ptr<SerialQueue> queue, DesktopRoots roots = {});
@@ -51,8 +51,8 @@ class DesktopApplications final : public RunningApplications {
 
     std::optional<RunningApplication> runningApplicationWithProcessIdentifier(std::int32_t pid) override;
 
-    /// In the order of their start; of an application's processes the topmost is the instance. Those that the
-    /// last search has found and that still run; nothing before the first.
+    /// The instances that the last search found and that still run, in the order of their start; none before
+    /// the first search. The topmost process of an application is its instance.
     std::vector<RunningApplication> runningApplicationsWithBundleIdentifier(
         std::string_view bundleID) override;
 

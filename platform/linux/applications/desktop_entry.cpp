@@ -4,27 +4,13 @@
 #include <cstddef>
 
 #include "base/text.h"
+#include "platform/linux/system/lines.h"
 
 namespace purlock::host_linux {
 
 namespace {
 
 constexpr std::string_view blanks = " \t";
-
-std::string_view withoutBlanks(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
-/// Takes the first line off `text`.
-std::string_view takeLine(std::string_view& text) {
-    const std::size_t end = text.find('\n');
-    std::string_view line = text.substr(0, end);
-    text = end == std::string_view::npos ? std::string_view() : text.substr(end + 1);
-    if (line.ends_with('\r')) line.remove_suffix(1);
-    return line;
-}
 
 /// The escapes of a value of type string: blank, line feed, tab, carriage return and the backslash itself.
 std::string unescaped(std::string_view value) {

@@ -8,7 +8,7 @@
 
 namespace purlock::host_linux {
 
-/// What a desktop file says of its application, as far as this host asks (Desktop Entry Specification 1.5).
+/// The parts of a desktop file that this host uses (Desktop Entry Specification 1.5).
 struct DesktopEntry {
     std::optional<std::string> name;       // in the reader's language, else as it stands without one
     std::vector<std::string> executables;  // the programs that TryExec and Exec name, with or without a path
@@ -20,8 +20,8 @@ struct DesktopEntry {
     bool operator==(const DesktopEntry&) const = default;
 };
 
-/// Reads the text of a desktop file: only its group [Desktop Entry]. Whatever is malformed
-/// counts as missing. `suffixes` are those of `localeSuffixes`. Pure; any thread.
+/// Reads the text of a desktop file: only its group [Desktop Entry]. All that is malformed counts as missing.
+/// `suffixes` are those of `localeSuffixes`. Pure; any thread.
 DesktopEntry parseDesktopEntry(std::string_view text, std::span<const std::string> suffixes);
 
 /// The program that an Exec line starts: its first word by the quoting rules of desktop entries, past "env"

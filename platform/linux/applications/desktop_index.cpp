@@ -3,13 +3,13 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 #include <utility>
 
 #include "base/text.h"
 #include "platform/linux/applications/launchers.h"
+#include "platform/linux/system/directories.h"
 #include "platform/linux/system/files.h"
 
 namespace purlock::host_linux {
@@ -41,18 +41,14 @@ std::string resolved(const std::string& path) {
     return error ? path : target.string();
 }
 
-std::string environment(const char* name) {
-    const char* value = std::getenv(name);
-    return value != nullptr ? value : "";
-}
-
 }  // namespace
 
 DesktopIndex DesktopIndex::read(const std::vector<std::string>& folders,
                                 const std::vector<std::string>& localeSuffixes) {
     DesktopIndex index;
-    for (const std::string& folder : folders)
+    for (const std::string& folder : folders) {
         index.readFolder(folder + "/applications", "", 0, localeSuffixes);
+    }
     index.indexExecutables();
     return index;
 }
@@ -78,8 +74,9 @@ void DesktopIndex::readFolder(const std::string& folder, const std::string& pref
         }
         std::string id = joined({prefix, std::string_view(name).substr(0, name.size() - suffix.size())});
         if (entries_.contains(id) || entries_.size() >= maximumFiles) continue;
-        if (const auto text = readFile(path, maximumFileBytes))
+        if (const auto text = readFile(path, maximumFileBytes)) {
             add(std::move(id), parseDesktopEntry(*text, localeSuffixes));
+        }
     }
 }
 
@@ -135,24 +132,26 @@ bool DesktopIndex::isOutdated() const {
                                [](const auto& folder) { return changeTime(folder.first) != folder.second; });
 }
 
-std::vector<std::string> desktopDataFolders() {
-    const std::string home = environment("HOME");
-    std::string list = environment("XDG_DATA_HOME");
-    if (list.empty()) list = home + "/.local/share";
-    const std::string shared = environment("XDG_DATA_DIRS");
-    list += ":" + (shared.empty() ? "/usr/local/share:/usr/share" : shared);
-    list += ":" + home +
-            "/.local/share/flatpak/exports/share:/var/lib/flatpak/exports/share:/var/lib/snapd/desktop";
+std::vector<std::string> desktopDataFolders(const Environment& environment) {
     std::vector<std::string> folders;
-    for (std::size_t start = 0; start <= list.size();) {
-        const std::size_t end = std::min(list.find(':', start), list.size());
-        std::string folder = list.substr(start, end - start);
+    const auto add = [&](std::string folder) {
         while (folder.size() > 1 && folder.ends_with('/')) folder.pop_back();
         // A path that is not absolute is to be ignored.
-        if (folder.starts_with('/') && std::ranges::find(folders, folder) == folders.end())
-            folders.push_back(folder);
+        if (folder.starts_with('/') && std::ranges::find(folders, folder) == folders.end()) {
+            folders.push_back(std::move(folder));
+        }
+    };
+    if (const auto data = dataDirectory(environment)) add(data->string());
+    const std::string shared =
+        filledVariable("XDG_DATA_DIRS", environment).value_or("/usr/local/share:/usr/share");
+    for (std::size_t start = 0; start < shared.size();) {
+        const std::size_t end = std::min(shared.find(':', start), shared.size());
+        add(shared.substr(start, end - start));
         start = end + 1;
     }
+    if (const auto home = homeDirectory(environment)) add(*home / ".local/share/flatpak/exports/share");
+    add("/var/lib/flatpak/exports/share");
+    add("/var/lib/snapd/desktop");
     return folders;
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/linux/applications/desktop_entry.h"
+#include "platform/linux/system/environment.h"
 
 namespace purlock::host_linux {
 
@@ -63,6 +64,6 @@ class DesktopIndex {
 /// The folders with "applications" folders in them, in order: $XDG_DATA_HOME and $XDG_DATA_DIRS with the
 /// defaults of the XDG Base Directory Specification, then those of Flatpak and snapd where the session's
 /// environment leaves them out.
-std::vector<std::string> desktopDataFolders();
+std::vector<std::string> desktopDataFolders(const Environment& environment = processEnvironment);
 
 }  // namespace purlock::host_linux

@@ -1,8 +1,7 @@
 #include "platform/linux/applications/desktop_locale.h"
 
-#include <cstdlib>
-
 #include "base/text.h"
+#include "platform/linux/system/environment.h"
 
 namespace purlock::host_linux {
 
@@ -25,8 +24,7 @@ std::vector<std::string> localeSuffixes(std::string_view locale) {
 
 std::string messagesLocale() {
     for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        const char* value = std::getenv(name);
-        if (value != nullptr && *value != '\0') return value;
+        if (auto locale = filledVariable(name)) return *locale;
     }
     return {};
 }

@@ -14,8 +14,8 @@ namespace purlock::host_linux {
 /// at the name's end does not count.
 bool isLauncher(std::string_view program);
 
-/// What an interpreter was started with: the first word of its command line that is no option, or the module
-/// after "-m". Absent where the command line holds the program's text itself ("-c"), or nothing.
+/// The script of an interpreter: the first word of its command line that is no option, or the module after
+/// "-m". Absent where the command line holds the program's text itself ("-c"), or nothing.
 std::optional<std::string> scriptOf(const std::vector<std::string>& arguments);
 
 }  // namespace purlock::host_linux

@@ -22,9 +22,9 @@ using StartedApplication = std::pair<std::uint64_t, RunningApplication>;
 /// process; any thread.
 class ProcessApplications {
   public:
-    /// What only the process itself tells, and may keep a reader waiting for: its root may be a file system
-    /// that hangs, and its command line lies in its own memory. Absent while it is not known. Only a caller
-    /// who may wait reads it here and now.
+    /// Facts that only the process itself tells. Reading them may take without end: its root may be a file
+    /// system that hangs, and its command line lies in its own memory. They are absent while they are not
+    /// known. Only a caller who may wait reads them at once.
     struct OwnWords {
         using Lookup = std::function<std::optional<std::string>(std::int32_t pid)>;
         Lookup sandbox;  // the application of its sandbox
@@ -37,7 +37,7 @@ class ProcessApplications {
 
     std::optional<RunningApplication> applicationOf(std::int32_t pid) const;
 
-    /// In the order of their start. Of an application's processes the topmost is the instance.
+    /// In the order of their start. The topmost process of an application is its instance.
     std::vector<StartedApplication> instancesOf(std::string_view bundleID) const;
 
   private:

@@ -10,9 +10,9 @@
 
 namespace purlock::host_linux {
 
-/// What the kernel tells of processes, below /proc or a folder like it. Reads are bounded, and
-/// wait for a process only where it is said; absent is what cannot be read: the process is gone, or another
-/// user's. Any thread.
+/// Reads what the kernel tells of processes, below /proc or a folder like it. Reads are bounded, and wait for
+/// a process only where a comment says so. A result is absent where the file cannot be read: the process is
+/// gone, or belongs to another user. Any thread.
 class ProcessFiles {
   public:
     explicit ProcessFiles(std::string folder = "/proc") : folder_(std::move(folder)) {}

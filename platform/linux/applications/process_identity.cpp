@@ -52,7 +52,7 @@ bool takeSuffix(std::string_view& text, std::string_view suffix) {
     return true;
 }
 
-/// What stands after the last '-', if there is one; an identifier's own are escaped.
+/// The part after the last '-', if there is one. The dashes of an identifier itself are escaped.
 std::string_view afterLastDash(std::string_view text) {
     return text.substr(text.find_last_of('-') + 1);
 }

@@ -7,18 +7,17 @@
 
 namespace purlock::host_linux {
 
-// Which application a process belongs to, by what its sandbox and its control group say. Pure readers of
-// bounded texts; any thread. An identifier that could be no desktop file's name counts as missing.
+// The application that a process belongs to, by the texts of its sandbox and its control group. Pure readers
+// of bounded texts; any thread. An identifier that could be no desktop file's name counts as missing.
 
-/// From the text of a sandbox's /.flatpak-info: the key "name" of the group [Application]
+/// Reads the text of a sandbox's /.flatpak-info: the key "name" of the group [Application]
 /// (flatpak-metadata(5)).
 std::optional<std::string> applicationOfFlatpakInfo(std::string_view text);
 
-/// From the text of /proc/<pid>/cgroup: the innermost unit, if it is an application's by the naming that
-/// systemd's desktop integration asks for (app[-<launcher>]-<id>-<random>.scope,
+/// Reads the text of /proc/<pid>/cgroup: the innermost unit, if its name is an application's as systemd's
+/// desktop integration asks for (app[-<launcher>]-<id>-<random>.scope,
 /// app[-<launcher>]-<id>[@<random>].service, systemd's DESKTOP_ENVIRONMENTS) or a snap's
-/// (snap.<snap>.<application>-<random>.scope), whose desktop file is
-/// "<snap>_<application>".
+/// (snap.<snap>.<application>-<random>.scope), whose desktop file is "<snap>_<application>".
 std::optional<std::string> applicationOfControlGroup(std::string_view text);
 
 /// The fields of /proc/<pid>/stat that matter here (proc(5)).

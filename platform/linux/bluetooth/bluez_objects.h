@@ -15,7 +15,7 @@ namespace purlock::host_linux {
 /// BlueZ's devices as its messages tell of them: a pure reader, owned by `BlueZStack`'s watcher.
 ///
 /// What is read: the interface org.bluez.Device1 (BlueZ's doc/org.bluez.Device.rst) with Paired, Connected,
-/// Name, Alias and Address; whatever is of another type than documented counts as missing.
+/// Name, Alias and Address; a value of another type than documented counts as missing.
 class BlueZObjects {
   public:
     /// More devices than that are not kept.

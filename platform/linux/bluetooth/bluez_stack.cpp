@@ -5,7 +5,7 @@
 #include "base/text.h"
 #include "platform/linux/bluetooth/bluez_objects.h"
 #include "platform/linux/dbus/bus_connection.h"
-#include "platform/linux/dbus/bus_name_watch.h"
+#include "platform/linux/dbus/bus_service.h"
 
 namespace purlock::host_linux {
 
@@ -34,8 +34,7 @@ class BlueZStack::Watcher {
 
   private:
     void watchDaemon() {
-        daemon_ = std::make_unique<BusNameWatch>(connection_, daemonName,
-                                                 [this](const std::string& owner) { follow(owner); });
+        daemon_.emplace(connection_, daemonName, [this](const std::string& owner) { follow(owner); });
     }
 
     /// The bus is gone.
@@ -44,41 +43,32 @@ class BlueZStack::Watcher {
         follow("");
     }
 
-    /// Another daemon, or none. Its signals are matched by its unique name, so that nobody else can send
-    /// them.
+    /// Another daemon, or none.
     void follow(const std::string& owner) {
-        owner_ = owner;
         retry_.stop();
-        added_.reset();
-        removed_.reset();
-        changed_.reset();
         objects_ = BlueZObjects();
         publish(std::nullopt);
         if (owner.empty()) return;
-        const std::string signals = joined({"type='signal',sender='", owner, "',interface='"});
-        added_ = connection_.addMatch(joined({signals, objectManager, "',member='InterfacesAdded'"}),
-                                      [this](const BusIncoming& signal) { onAdded(signal); });
-        removed_ = connection_.addMatch(joined({signals, objectManager, "',member='InterfacesRemoved'"}),
-                                        [this](const BusIncoming& signal) { onRemoved(signal); });
-        changed_ = connection_.addMatch(joined({signals,
-                                                "org.freedesktop.DBus.Properties',member='PropertiesChanged',"
-                                                "arg0='org.bluez.Device1'"}),
-                                        [this](const BusIncoming& signal) { onChanged(signal); });
+        const std::string manager = joined({"interface='", objectManager, "',member='"});
+        daemon_->listen(manager + "InterfacesAdded'", [this](const BusIncoming& signal) { onAdded(signal); });
+        daemon_->listen(manager + "InterfacesRemoved'",
+                        [this](const BusIncoming& signal) { onRemoved(signal); });
+        daemon_->listen(
+            "interface='org.freedesktop.DBus.Properties',member='PropertiesChanged',arg0='org.bluez.Device1'",
+            [this](const BusIncoming& signal) { onChanged(signal); });
         askForObjects();
     }
 
     /// The signals that arrive before the answer tell of things that the answer contains.
     void askForObjects() {
-        const auto call = connection_.newCall({owner_, "/", objectManager, "GetManagedObjects"});
-        const bool sent =
-            connection_.call(call, answerLimit, [this, asked = owner_](const BusIncoming& reply) {
-                if (asked != owner_) return;
-                const auto objects = reply.isError() ? std::nullopt : reply.reader(objectsLimits).next();
-                if (!objects) return askAgainLater();
-                answered_ = true;
-                objects_.replaceAll(*objects);
-                publishObjects();
-            });
+        const auto call = daemon_->newCall("/", objectManager, "GetManagedObjects");
+        const bool sent = daemon_->call(call, answerLimit, [this](const BusIncoming& reply) {
+            const auto objects = reply.isError() ? std::nullopt : reply.reader(objectsLimits).next();
+            if (!objects) return askAgainLater();
+            answered_ = true;
+            objects_.replaceAll(*objects);
+            publishObjects();
+        });
         answered_ = false;
         if (!sent) askAgainLater();
     }
@@ -124,14 +114,10 @@ class BlueZStack::Watcher {
 
     const std::shared_ptr<Mirror> mirror_;
     BlueZObjects objects_;
-    std::string owner_;      // the daemon's unique name; empty while there is none
     bool answered_ = false;  // whether this daemon has told of its objects
     BusTimer retry_;
     BusConnection connection_;
-    std::unique_ptr<BusNameWatch> daemon_;
-    BusSlot added_;
-    BusSlot removed_;
-    BusSlot changed_;
+    std::optional<BusService> daemon_;  // while the bus is there
 };
 
 BlueZStack::BlueZStack(BusThread& thread, std::string busAddress)

@@ -14,9 +14,9 @@ namespace purlock::host_linux {
 
 /// The paired Bluetooth devices, mirrored from BlueZ on the system bus.
 ///
-/// Answered from the mirror: nobody waits for the daemon. Without a bus or a daemon, and until a daemon that
-/// came has first answered, there is no stack to ask; both are noticed when they come, die and return. Owned
-/// by the host, which ends it before the bus thread.
+/// Questions are answered from the mirror, so nobody waits for the daemon. Without a bus or a daemon, and
+/// until a daemon that came has first answered, there is no stack to ask; both are noticed when they come,
+/// die and return. Owned by the host, which ends it before the bus thread.
 class BlueZStack final : public BluetoothStack {
   public:
     explicit BlueZStack(BusThread& thread, std::string busAddress = systemBusAddress());

@@ -2,17 +2,13 @@
 
 #include <unistd.h>
 
-#include <cstdlib>
 #include <string_view>
+
+#include "platform/linux/system/environment.h"
 
 namespace purlock::host_linux {
 
 namespace {
-
-std::string environment(const char* name) {
-    const char* value = std::getenv(name);
-    return value != nullptr ? value : "";
-}
 
 /// The bytes that the D-Bus specification lets stand in an address as they are.
 bool isPlain(char byte) {
@@ -87,15 +83,14 @@ std::optional<std::string> pathOfBusAddress(std::string_view address) {
 }
 
 std::string sessionBusAddress() {
-    if (std::string address = environment("DBUS_SESSION_BUS_ADDRESS"); !address.empty()) return address;
-    std::string folder = environment("XDG_RUNTIME_DIR");
-    if (folder.empty()) folder = "/run/user/" + std::to_string(getuid());
-    return busAddressOfPath(folder + "/bus");
+    if (auto address = filledVariable("DBUS_SESSION_BUS_ADDRESS")) return *address;
+    const auto folder = filledVariable("XDG_RUNTIME_DIR");
+    return busAddressOfPath(folder.value_or("/run/user/" + std::to_string(getuid())) + "/bus");
 }
 
 std::string systemBusAddress() {
-    std::string address = environment("DBUS_SYSTEM_BUS_ADDRESS");
-    return !address.empty() ? address : busAddressOfPath("/run/dbus/system_bus_socket");
+    const auto address = filledVariable("DBUS_SYSTEM_BUS_ADDRESS");
+    return address ? *address : busAddressOfPath("/run/dbus/system_bus_socket");
 }
 
 }  // namespace purlock::host_linux

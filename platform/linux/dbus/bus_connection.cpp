@@ -22,17 +22,25 @@ constexpr const char* localName = "org.freedesktop.DBus.Local";
 
 }  // namespace
 
-/// The callback of a call, owned by its slot, which dies with the reply or with the connection.
+/// The callback of a call, owned by its slot.
 struct BusConnection::PendingCall {
     PendingCall(std::shared_ptr<std::size_t> pendingCalls, ReplyCallback onReply)
         : count(std::move(pendingCalls)), callback(std::move(onReply)) {
         ++*count;
     }
-    ~PendingCall() { --*count; }
+    ~PendingCall() {
+        if (callback) --*count;
+    }
     PendingCall(const PendingCall&) = delete;
     PendingCall& operator=(const PendingCall&) = delete;
 
     static void destroy(void* pending) { delete static_cast<PendingCall*>(pending); }
+
+    /// The callback, which runs once: the slot may be kept for longer.
+    ReplyCallback take() {
+        --*count;
+        return std::exchange(callback, {});
+    }
 
     const std::shared_ptr<std::size_t> count;
     ReplyCallback callback;
@@ -44,7 +52,7 @@ struct BusConnection::Match {
     SignalCallback callback;
 };
 
-/// What sd-bus calls. Anything but 0 would keep a signal from other rules that match it.
+/// The functions that sd-bus calls. A result other than 0 would keep a signal from other rules that match it.
 struct BusConnection::Callbacks {
     static int onConnected(sd_bus_message*, void* self, sd_bus_error*) {
         static_cast<BusConnection*>(self)->becomeConnected();
@@ -58,7 +66,7 @@ struct BusConnection::Callbacks {
 
     /// The slot lives until this returns, also when the callback drops the connection.
     static int onReply(sd_bus_message* message, void* pending, sd_bus_error*) {
-        static_cast<PendingCall*>(pending)->callback(BusIncoming(message));
+        static_cast<PendingCall*>(pending)->take()(BusIncoming(message));
         return 0;
     }
 
@@ -69,6 +77,7 @@ struct BusConnection::Callbacks {
 };
 
 void BusSlot::Deleter::operator()(sd_bus_slot* slot) const {
+    sd_bus_slot_set_floating(slot, 0);  // else the bus would keep it
     sd_bus_slot_unref(slot);
 }
 
@@ -170,24 +179,23 @@ BusCall BusConnection::newCall(const BusMethod& method) const {
     return BusCall(OwnedBusMessage(message));
 }
 
-bool BusConnection::call(const BusCall& call, std::chrono::milliseconds timeLimit, ReplyCallback onReply) {
-    if (!connected_ || !call.valid() || *pendingCalls_ >= maximumPendingCalls) return false;
+BusSlot BusConnection::call(const BusCall& call, std::chrono::milliseconds timeLimit, ReplyCallback onReply) {
+    if (!connected_ || !call.good() || *pendingCalls_ >= maximumPendingCalls) return BusSlot();
     auto pending = std::make_unique<PendingCall>(pendingCalls_, std::move(onReply));
     const auto microseconds = static_cast<std::uint64_t>(std::chrono::microseconds(timeLimit).count());
     sd_bus_slot* slot = nullptr;
     if (sd_bus_call_async(bus_.get(), &slot, call.message(), &Callbacks::onReply, pending.get(),
                           microseconds) < 0) {
-        return false;
+        return BusSlot();
     }
     sd_bus_slot_set_destroy_callback(slot, &PendingCall::destroy);
     static_cast<void>(pending.release());  // the slot has it now
-    sd_bus_slot_set_floating(slot, 1);
-    sd_bus_slot_unref(slot);
-    return true;
+    sd_bus_slot_set_floating(slot, 1);     // a slot that is kept after the reply does not keep the bus
+    return BusSlot(slot);
 }
 
 void BusConnection::send(const BusCall& call) {
-    if (!connected_ || !call.valid()) return;
+    if (!connected_ || !call.good()) return;
     sd_bus_message_set_expect_reply(call.message(), 0);
     sd_bus_send(bus_.get(), call.message(), nullptr);
 }

@@ -15,7 +15,9 @@ struct sd_bus_slot;
 
 namespace purlock::host_linux {
 
-/// A match rule at work, until it is dropped. Drop it when the connection is lost; on the bus thread.
+/// A match rule, an exported object or a call under way. Dropping it ends that: its callback never runs
+/// again. Drop it when the connection is lost, at the latest; on the bus thread, also from within its own
+/// callback.
 class BusSlot {
   public:
     BusSlot() = default;
@@ -30,7 +32,7 @@ class BusSlot {
     std::unique_ptr<sd_bus_slot, Deleter> slot_;
 };
 
-/// What a connection tells its owner, on the bus thread. Match rules are added anew at each `connected`.
+/// Callbacks of a connection to its owner, on the bus thread. Match rules are added anew at each `connected`.
 struct BusConnectionEvents {
     std::function<void()> connected;
     std::function<void()> lost;  // only after `connected`; every call under way has had its error by then
@@ -67,8 +69,10 @@ class BusConnection {
     BusCall newCall(const BusMethod& method) const;
 
     /// Sends the call. `onReply` runs once, later: with the reply, or with an error after `timeLimit` at the
-    /// latest. False, and it never runs, when the call cannot be sent.
-    [[nodiscard]] bool call(const BusCall& call, std::chrono::milliseconds timeLimit, ReplyCallback onReply);
+    /// latest. It never runs when the slot is dropped first, or when the call cannot be sent: then the slot
+    /// is empty.
+    [[nodiscard]] BusSlot call(const BusCall& call, std::chrono::milliseconds timeLimit,
+                               ReplyCallback onReply);
 
     /// Sends the call and asks for no reply.
     void send(const BusCall& call);

@@ -16,31 +16,8 @@ void BusMessageDeleter::operator()(sd_bus_message* message) const {
     sd_bus_message_unref(message);
 }
 
-BusCall& BusCall::appendBasic(char type, const void* value) {
-    valid_ = valid_ && sd_bus_message_append_basic(message_.get(), type, value) >= 0;
-    return *this;
-}
-
-BusCall& BusCall::append(bool value) {
-    const int number = value ? 1 : 0;
-    return appendBasic(SD_BUS_TYPE_BOOLEAN, &number);
-}
-
-BusCall& BusCall::appendVariant(bool value) {
-    valid_ = valid_ && sd_bus_message_open_container(message_.get(), SD_BUS_TYPE_VARIANT, "b") >= 0;
-    append(value);
-    valid_ = valid_ && sd_bus_message_close_container(message_.get()) >= 0;
-    return *this;
-}
-
-BusCall& BusCall::appendEmptyTexts() {
-    valid_ = valid_ && sd_bus_message_append(message_.get(), "as", 0) >= 0;
-    return *this;
-}
-
-BusCall& BusCall::allowStart() {
-    if (valid_) sd_bus_message_set_auto_start(message_.get(), 1);
-    return *this;
+void BusCall::allowStart() {
+    if (good()) sd_bus_message_set_auto_start(message_.get(), 1);
 }
 
 bool BusIncoming::isError() const {

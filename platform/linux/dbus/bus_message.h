@@ -1,11 +1,12 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "platform/linux/dbus/bus_reader.h"
+#include "platform/linux/dbus/bus_writer.h"
 
 struct sd_bus;
 struct sd_bus_message;
@@ -27,36 +28,18 @@ struct BusMethod {
 
 /// A method call on its way out: made by `BusConnection::newCall`, given its arguments in order, handed to
 /// `BusConnection::call`. A failure to build it is found when it is sent. On the bus thread.
-class BusCall {
+class BusCall : public BusWriter {
   public:
-    explicit BusCall(OwnedBusMessage message) : message_(std::move(message)), valid_(message_ != nullptr) {}
-
-    BusCall& append(const std::string& text) { return appendBasic('s', text.c_str()); }
-    BusCall& append(const char* text) { return appendBasic('s', text); }
-    BusCall& append(std::int32_t number) { return appendBasic('i', &number); }
-    BusCall& append(std::uint32_t number) { return appendBasic('u', &number); }
-    BusCall& append(std::int64_t number) { return appendBasic('x', &number); }
-    BusCall& append(double number) { return appendBasic('d', &number); }
-    BusCall& append(bool value);
-
-    /// A Boolean inside a variant, as org.freedesktop.DBus.Properties.Set takes it.
-    BusCall& appendVariant(bool value);
-
-    /// An empty array of texts.
-    BusCall& appendEmptyTexts();
+    explicit BusCall(OwnedBusMessage message) : BusWriter(message.get()), message_(std::move(message)) {}
 
     /// Has the bus start the destination's service if it is not there. Without this, asking after one starts
     /// none.
-    BusCall& allowStart();
+    void allowStart();
 
-    bool valid() const { return valid_; }
     sd_bus_message* message() const { return message_.get(); }
 
   private:
-    BusCall& appendBasic(char type, const void* value);
-
     OwnedBusMessage message_;
-    bool valid_;
 };
 
 /// A message that came in: a reply, an error in place of one, or a signal. Borrowed, for the length of the

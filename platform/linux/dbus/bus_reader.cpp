@@ -75,6 +75,11 @@ std::optional<std::string> BusReader::nextText() {
     return *value->text();
 }
 
+std::int32_t BusReader::nextNumber() {
+    const auto value = next();
+    return value ? static_cast<std::int32_t>(value->integer().value_or(0)) : 0;
+}
+
 std::string BusReader::nextArrayType() const {
     char type = 0;
     const char* contents = nullptr;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -10,7 +11,7 @@ struct sd_bus_message;
 
 namespace purlock::host_linux {
 
-/// What becomes of a text that is longer than the limit.
+/// What the reader does with a text that is longer than the limit.
 enum class LongText {
     absent,
     cut,  // at a character
@@ -25,7 +26,7 @@ struct BusReadLimits {
     LongText longTexts = LongText::absent;
 };
 
-/// Reads what a peer sent, whatever it sent: no type is taken on trust, and time and memory are bounded.
+/// Reads what a peer sent, which may be anything: every type is checked, and time and memory are bounded.
 ///
 /// Reading ends for good at the message's end, at the first malformed value and when a limit is reached; what
 /// was read by then stays. Borrows the message; on the bus thread, within the callback that was given the
@@ -41,6 +42,9 @@ class BusReader {
 
     /// The next value, if it is a text of at most the bounded length; a value of another type is passed over.
     std::optional<std::string> nextText();
+
+    /// The next value, where its type is known to be that of a 32-bit integer; 0 where it is none.
+    std::int32_t nextNumber();
 
     /// Enters an array, so that its elements can be read one at a time without keeping all of them. False,
     /// and nothing passed over, when the next value is no array. What follows the array cannot be read.

@@ -58,8 +58,9 @@ bool BusThread::openWakeUp() {
     wakeUp_ = FileDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     if (!wakeUp_) return false;
     sd_event_source* source = nullptr;
-    if (sd_event_add_io(event_.get(), &source, wakeUp_.get(), EPOLLIN, &BusThread::onWakeUp, this) < 0)
+    if (sd_event_add_io(event_.get(), &source, wakeUp_.get(), EPOLLIN, &BusThread::onWakeUp, this) < 0) {
         return false;
+    }
     wakeUpSource_.reset(source);
     return true;
 }

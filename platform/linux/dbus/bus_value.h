@@ -12,8 +12,8 @@ namespace purlock::host_linux {
 
 /// A value that came over a bus, freed of D-Bus: what parsers read, and what a test writes down as a table.
 ///
-/// Absent stands for whatever the reader did not keep: a text that is too long, a byte array, a descriptor. A
-/// variant is the value inside it. Any thread.
+/// Absent stands for a value that the reader did not keep: a text that is too long, a byte array, a
+/// descriptor. A variant is the value inside it. Any thread.
 class BusValue {
   public:
     using List = std::vector<BusValue>;                                // an array or a structure

@@ -18,7 +18,7 @@ namespace purlock::host_linux {
 
 namespace {
 
-/// What a widget is to a screen reader; `NoRole` for what only holds others.
+/// The role of a widget for screen readers; `NoRole` for one that only holds others.
 QAccessible::Role roleOf(const QObject* object) {
     if (dynamic_cast<const PanelSurface*>(object) != nullptr) return QAccessible::Dialog;
     if (dynamic_cast<const PlainButton*>(object) != nullptr) return QAccessible::Button;
@@ -56,7 +56,7 @@ QWidgetList orderedChildren(const QWidget& parent) {
     return children;
 }
 
-/// Everything below `parent` that is read, whatever rows and columns it stands in.
+/// Everything below `parent` that is read, at any depth of rows and columns.
 void appendRead(const QWidget& parent, QWidgetList& found) {
     for (QWidget* child : orderedChildren(parent)) {
         if (child == nullptr || child->isHidden() || child->isWindow()) continue;
@@ -106,8 +106,9 @@ class PanelPart final : public QAccessibleWidget {
             state.checkable = true;
             state.checked = toggle->isChecked();
         }
-        if (const auto* button = qobject_cast<const QAbstractButton*>(widget()))
+        if (const auto* button = qobject_cast<const QAbstractButton*>(widget())) {
             state.pressed = button->isDown();
+        }
         if (role() == QAccessible::ButtonMenu) state.hasPopup = true;
         return state;
     }
@@ -119,7 +120,7 @@ class PanelPart final : public QAccessibleWidget {
         return {};
     }
 
-    /// Not before the request is answered: a menu keeps a call until it is closed.
+    /// Done after the request has been answered: a menu keeps a call until it is closed.
     void doAction(const QString& name) override {
         if (!actionNames().contains(name)) return;
         const char* slot = role() == QAccessible::ButtonMenu ? "showMenu" : "click";
@@ -138,13 +139,14 @@ class PanelPart final : public QAccessibleWidget {
         QWidgetList found;
         if (isPanel()) appendRead(*widget(), found);
         auto* menuButton = dynamic_cast<PullDownMenu*>(widget());
-        if (menuButton != nullptr && menuButton->openMenu().isVisible())
+        if (menuButton != nullptr && menuButton->openMenu().isVisible()) {
             found.append(&menuButton->openMenu());
+        }
         return found;
     }
 };
 
-/// What holds others belongs to the panel as well: the toolkit tells of it when it comes or goes.
+/// A widget that holds others belongs to the panel as well: the toolkit tells when it comes or goes.
 bool isPartOfPanel(const QObject* object) {
     return roleOf(object) != QAccessible::NoRole || dynamic_cast<const Box*>(object) != nullptr ||
            dynamic_cast<const Stack*>(object) != nullptr || dynamic_cast<const Gap*>(object) != nullptr ||

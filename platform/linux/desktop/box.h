@@ -12,8 +12,8 @@ namespace purlock::host_linux {
 
 class Rule;
 
-/// A row or column with room and a rounded ground around it. What its children reach beyond their places, it
-/// reaches beyond its own as far as its room does not hold it.
+/// A row or column with room and a rounded ground around it. Where its children reach beyond their places by
+/// more than this room, it reaches beyond its own place by the rest.
 class Box final : public QWidget, public Outreaching {
   public:
     Box(QBoxLayout::Direction direction, QWidget* parent);

@@ -29,7 +29,8 @@ void hold(QWidget& control, QWidget* face) {
     face->show();
 }
 
-/// What a control reaches beyond what it shows, each way: nothing where that is large enough, as a card is.
+/// How far a control reaches beyond its drawing on each side: not at all where the drawing is large enough,
+/// as that of a card.
 QMargins outsetFor(const QSize& shown) {
     if (shown.width() >= smallestTarget && shown.height() >= smallestTarget) return {};
     const auto side = [](int length) { return std::max(aroundFocus, (smallestTarget - length + 1) / 2); };

@@ -5,27 +5,27 @@
 
 namespace purlock::host_linux {
 
-/// The toolkit, on the display that the user has chosen (QT_QPA_PLATFORM), else on X where there is one, also
-/// under Wayland, for only there a window can be put under an icon; on Wayland otherwise; and on none at all
-/// where there is neither, or none that answers, which it says on the console, so that the two files are
-/// written there too. It waits for events by its own means rather than GLib's, which take longer and more
-/// memory. What it is told by the environment for that is gone from there when this returns, so that programs
-/// that are started from here are not told the same; but for what `spareOtherPrograms` takes away. It speaks
-/// to screen readers whenever they come.
+/// Starts the toolkit on a display: on the one that the user has chosen (QT_QPA_PLATFORM), else on X, also
+/// under Wayland, since only X lets a program put a window under an icon; else on Wayland. Where no display
+/// answers it says so on the console and goes on without one, so that the two files are written there too.
+/// The toolkit waits for events without GLib, which takes longer and more memory. Variables of the
+/// environment tell the toolkit so. They are removed again before this returns, so that other programs do not
+/// get them; `spareOtherPrograms` removes the rest. The toolkit speaks to screen readers, also to those that
+/// start later.
 ///
 /// Once, in the main thread; the arguments have to outlive it.
 std::unique_ptr<QApplication> startToolkit(int& argc, char** argv);
 
-/// Keeps from the console what the toolkit says of a machine without a screen, a session or a locale, which
-/// is no news to whoever starts the program there, and of a screen reader that asks for what is no longer
-/// shown. Everything else is printed as ever. First of all.
+/// Hides messages of the toolkit: those about a machine without a screen, a session or a locale, which are no
+/// news to somebody who starts the program there, and those about a screen reader that asks for something
+/// that is no longer shown. Everything else is printed. Called before anything else.
 void quietenToolkit();
 
-/// Before another program is started from here: takes away what of the environment is meant for this one's
-/// toolkit. Main thread.
+/// Removes the variables of the environment that are meant for this program's toolkit. Called before another
+/// program is started. Main thread.
 void spareOtherPrograms();
 
-/// Makes menus and tool tips as dark as the panel, whatever the desktop's colours are. Once, after the Qt
+/// Makes menus and tool tips as dark as the panel, independent of the desktop's colours. Once, after the Qt
 /// application object is made.
 void applyDarkLook();
 

@@ -19,7 +19,7 @@ std::optional<DueTasks::Moment> DueTasks::nextDue() const {
 }
 
 void DueTasks::run(Moment now) {
-    // What a task adds waits for the next time, however soon it is due.
+    // Tasks that a task adds wait for the next time, even if they are due already.
     const std::uint64_t newest = added_;
     for (auto next = queue_->begin(); next != queue_->end() && next->first.first <= now;
          next = queue_->begin()) {

@@ -19,7 +19,7 @@ void appendWords(const View& view, QStringList& words) {
     for (const View& child : view.children) appendWords(child, words);
 }
 
-/// What a screen reader says for a control: the words on it, else what hovering tells.
+/// The words that a screen reader says for a control: those on it, else those of its tool tip.
 void describe(QWidget& control, const View& view) {
     QStringList words;
     appendWords(view, words);

@@ -45,8 +45,8 @@ class OutsetItem final : public QWidgetItem {
     }
 
   private:
-    /// What the layout is not told of. The toolkit asks for the sizes once more while it aligns the widget,
-    /// and is then told the widget's own.
+    /// The layout is not told of the outset. The toolkit asks for the sizes once more while it aligns the
+    /// widget, and is then told the widget's own.
     QMargins hidden() const { return isPlacing_ ? QMargins() : outset_; }
 
     const QMargins outset_;

@@ -18,7 +18,7 @@ namespace purlock::host_linux {
 
 namespace {
 
-// What a tray needs to tell of a click on the icon, once the button was let go.
+// The time that a tray needs to tell of a click on the icon after the button was let go.
 constexpr std::chrono::milliseconds traysTurn{250};
 
 // The press that closes a menu is heard of on two connections, in either order.
@@ -41,7 +41,7 @@ bool hidesPresses() {
     return toolkitConnection() == nullptr || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }
 
-/// What one token watches. Dropped from within the handler.
+/// The state of one token. The handler may drop it.
 class ClickWatch final : public QObject {
   public:
     ClickWatch(RunLoop& mainLoop, OutsideClicks::IconQuestion iconAt, EventMonitor::Mask mask,

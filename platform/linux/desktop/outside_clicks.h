@@ -13,13 +13,13 @@ enum class IconAt { no, maybe, yes };
 
 /// Clicks that go to other programs.
 ///
-/// On X every press of a button is seen, whoever gets it. One in the program's own windows is none of them,
-/// nor one that closes a menu of the program's, nor one on its icon, of which the tray tells by itself. Where
-/// the tray does not say where the icon is, a press that may be on it is told a moment after the button was
-/// let go, and not at all if the token is dropped by then.
+/// On X every press of a button is seen, also one that goes to another program. A press in the program's own
+/// windows does not count. Neither does a press that closes a menu of the program, nor one on its icon: the
+/// tray tells of that one. Where the tray does not say where the icon is, a press that may be on it is told a
+/// moment after the button was let go, and not at all if the token is dropped by then.
 ///
-/// On Wayland no program sees the clicks of others. There, and for what an XWayland session hides from X
-/// programs, the focus that goes elsewhere has to do: `FocusGone` says when it counts.
+/// On Wayland no program sees the clicks of others, and XWayland hides some clicks from X programs. There the
+/// focus that goes elsewhere stands for a click: `FocusGone` says when it counts.
 ///
 /// Owned by the host, which outlives the tokens; main thread only.
 class OutsideClicks final : public EventMonitor {

@@ -38,7 +38,7 @@ void drawShadow(QPainter& painter, const QRectF& panel) {
     }
 }
 
-/// A point wide, and a whole number of device pixels on every side, whatever the scale.
+/// A point wide, and at every scale a whole number of device pixels on each side.
 void drawEdge(QPainter& painter, const QRectF& panel, double radius) {
     const double ratio = painter.deviceTransform().m11();
     const double width = std::max(1.0, std::floor(ratio)) / ratio;
@@ -58,7 +58,7 @@ void drawPanelGround(QPainter& painter, const QRectF& panel, const PanelEdge& ed
         painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
         painter.setRenderHint(QPainter::Antialiasing);
         if (edge.shadow > 0) drawShadow(painter, panel);
-        // What is behind the panel is the ground alone, without the shadow.
+        // Only the ground is behind the panel, and no shadow.
         painter.setCompositionMode(QPainter::CompositionMode_Source);
         painter.fillPath(outline(panel, radius), qtColor(ground));
         painter.setCompositionMode(QPainter::CompositionMode_SourceOver);

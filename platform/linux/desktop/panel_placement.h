@@ -7,19 +7,19 @@
 
 namespace purlock::host_linux {
 
-// Where things are on the screens. Pure; any thread.
+// The places of things on the screens. Pure; any thread.
 //
 // The shell counts in points from the bottom left corner of the first screen, upwards; desktops count from
 // its top left corner, downwards. X servers count in pixels.
 
-/// Where the panel goes, all in the shell's coordinates: where the shell wants it, which is centred below the
-/// icon, if that lies in `available` (the screen without its bars); else above the icon; moved aside as far
-/// as it must to stay in there. A panel that is too high becomes as high as `available`, and one that is too
-/// wide begins at the left edge. Without an icon (absent, or empty) it goes into the top right corner, a
-/// little away from the edges.
+/// The place of the panel, in the shell's coordinates. It is the place that the shell wants, centred below
+/// the icon, if that lies in `available` (the screen without its bars); else it is above the icon. The panel
+/// is moved aside as far as it must be to stay in `available`. A panel that is too high becomes as high as
+/// `available`, and one that is too wide begins at the left edge. Without an icon (absent, or empty) it goes
+/// into the top right corner, a little away from the edges.
 Rect placePanel(const Rect& requested, const std::optional<Rect>& icon, const Rect& available);
 
-/// From the desktop's coordinates to the shell's, and back.
+/// Converts the desktop's coordinates to the shell's, and back.
 Rect flipped(const Rect& rect, double heightOfFirstScreen);
 
 /// A screen as a toolkit that scales sees it: where it begins is the same in pixels and in points.
@@ -28,8 +28,8 @@ struct ScreenArea {
     double pixelsPerPoint = 1;
 };
 
-/// From an X server's pixels to points, both with y downwards, by the screen that holds the middle of `rect`;
-/// absent when none does.
+/// Converts an X server's pixels to points, both with y downwards, by the screen that holds the middle of
+/// `rect`; absent when none does.
 std::optional<Rect> pointsOfPixels(const Rect& rect, const std::vector<ScreenArea>& screens);
 
 }  // namespace purlock::host_linux

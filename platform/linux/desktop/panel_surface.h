@@ -16,7 +16,7 @@ class PanelSurface final : public QWidget {
     explicit PanelSurface(PanelWindowEvents events, WindowKind kind = WindowKind::managed);
 
     /// Shows `content`, changing only what differs from what is shown. The root is as large as the window,
-    /// whatever its own frame: on a low screen the window is lower, and the content scrolls in it.
+    /// independent of its own frame: on a low screen the window is lower, and the content scrolls in it.
     void setContent(const View& content);
 
     /// How large the panel is and how it ends. The window is larger by the shadow's room.

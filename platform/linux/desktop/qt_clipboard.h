@@ -4,7 +4,7 @@
 
 namespace purlock::host_linux {
 
-/// The desktop's clipboard. What is copied can be pasted as long as the program runs. Main thread only.
+/// The desktop's clipboard. A copied text can be pasted as long as the program runs. Main thread only.
 class QtClipboard final : public Clipboard {
   public:
     void setText(const std::string& text) override;

@@ -42,7 +42,7 @@ Rect availableArea(const std::optional<Rect>& icon) {
 
 }  // namespace
 
-/// What is shared with the window that was made: empty once that has gone.
+/// Shared with the window that was made; empty once that has gone.
 struct OpenPanel {
     std::function<bool()> bringToFront;
     std::function<bool()> isOpen;
@@ -105,7 +105,7 @@ class QtPanelWindow final : public PanelWindow {
     }
 
   private:
-    /// Not at once: a panel that was closed is often opened again.
+    /// After a pause: a panel that was closed is often opened again.
     static constexpr std::chrono::seconds untilTidyUp{2};
 
     /// The same for as long as there is a window.

@@ -13,7 +13,7 @@ namespace purlock::host_linux {
 /// The main run loop over Qt's event loop. Made on the main thread after the Qt application object, and alive
 /// as long.
 ///
-/// Waking Qt's loop costs far more than most tasks do. So it is woken once for whatever is posted before its
+/// Waking Qt's loop costs far more than most tasks do. So it is woken once for all that is posted before its
 /// next turn, what tasks post is run in the same turn, and all timers share one of Qt's. No task may run an
 /// event loop of its own: what is posted meanwhile would wait for its end.
 class QtRunLoop final : public RunLoop {

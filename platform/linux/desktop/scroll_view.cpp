@@ -62,7 +62,7 @@ ScrollView::ScrollView(QWidget* parent)
             [this](QWidget* /*before*/, QWidget* now) { showFocus(now); });
 }
 
-/// Whatever has the keyboard's focus is to be seen.
+/// Scrolls to the control that has the keyboard's focus.
 void ScrollView::showFocus(QWidget* focused) {
     if (focused == nullptr || widget() == nullptr || !widget()->isAncestorOf(focused)) return;
     gliding_.stop();

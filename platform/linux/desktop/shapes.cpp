@@ -50,7 +50,7 @@ void SymbolDrawing::show(const Symbol& content) {
 void SymbolDrawing::paintEvent(QPaintEvent* /*event*/) {
     if (!content_) return;
     QPainter painter(this);
-    // That of what is painted on, which may be a picture instead of the screen.
+    // The scale of the device that is painted on, which may be a picture instead of the screen.
     const double ratio = painter.deviceTransform().m11();
     const QImage image = symbolImage(content_->name, content_->font.size, content_->font.weight,
                                      qtColor(content_->color), ratio);

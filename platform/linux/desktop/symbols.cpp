@@ -18,7 +18,7 @@ namespace {
 constexpr double heightOfPoint = 1.2;  // a symbol reaches from a text's ascenders to its descenders
 constexpr qsizetype keptBytes = 256 * 1024;
 
-/// What a thing looks like once it is drawn.
+/// A symbol as it looks once it is drawn.
 struct Look {
     QString name;
     QSize pixels;

@@ -3,6 +3,7 @@
 #include <xcb/xcb.h>
 #include <xcb/xinput.h>
 
+#include <QPointer>
 #include <utility>
 
 #include "platform/linux/desktop/x_connection.h"
@@ -34,7 +35,6 @@ XButtonPresses::XButtonPresses(ButtonEvents events)
 }
 
 XButtonPresses::~XButtonPresses() {
-    *alive_ = false;
     notifier_.reset();
     xcb_disconnect(connection_);
 }
@@ -58,8 +58,8 @@ bool XButtonPresses::selectEvents() {
 }
 
 void XButtonPresses::readEvents() {
-    const auto alive = alive_;
-    while (*alive) {
+    const QPointer<QSocketNotifier> notifier(&*notifier_);  // null once an event has dropped this
+    while (notifier) {
         const XReply<xcb_generic_event_t> event(xcb_poll_for_event(connection_));
         if (!event) break;
         if ((event->response_type & 0x7FU) != XCB_GE_GENERIC) continue;
@@ -82,7 +82,7 @@ void XButtonPresses::readEvents() {
                 break;
         }
     }
-    if (*alive && xcb_connection_has_error(connection_) != 0) notifier_->setEnabled(false);
+    if (notifier && xcb_connection_has_error(connection_) != 0) notifier->setEnabled(false);
 }
 
 /// Raw events say nothing of where: the pointer is asked, and the windows below it from the ground up.

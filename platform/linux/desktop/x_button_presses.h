@@ -3,7 +3,6 @@
 #include <QSocketNotifier>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 
 struct xcb_connection_t;
@@ -23,8 +22,8 @@ struct ButtonEvents {
     std::function<void(int button)> released;
 };
 
-/// Every press of a button of the mouse anywhere on an X server, whoever gets it: XInput 2 tells its raw
-/// events to a client that has neither the focus nor a grab.
+/// Every press of a mouse button anywhere on an X server, also one that goes to another client: XInput 2
+/// tells raw events to a client that has neither the focus nor a grab.
 ///
 /// It has a connection of its own, for as long as it is kept, so that the toolkit's choice of events stays as
 /// it is. Main thread; the events run there and may drop this.
@@ -48,7 +47,6 @@ class XButtonPresses {
     std::uint8_t opcode_ = 0;
     bool works_ = false;
     std::optional<QSocketNotifier> notifier_;
-    std::shared_ptr<bool> alive_ = std::make_shared<bool>(true);
 };
 
 }  // namespace purlock::host_linux

@@ -112,8 +112,8 @@ void UnmanagedFocus::take(QWidget& window) {
     const auto id = static_cast<xcb_window_t>(window.winId());
     const xcb_window_t now = focused(connection);
     if (isTaken(connection, now) && now != id) before_ = now;
-    // Not at the time of a click, which the toolkit may not know: a time before the last change counts for
-    // nothing.
+    // The time of the click is not used: the toolkit may not know it, and the server ignores a time before
+    // the last change.
     xcb_set_input_focus(connection, XCB_INPUT_FOCUS_POINTER_ROOT, id, XCB_CURRENT_TIME);
     xcb_flush(connection);
 }

@@ -6,14 +6,14 @@
 
 namespace purlock::host_linux {
 
-/// Who decides where the panel's window goes and who gives it the focus.
+/// Who decides the place of the panel's window and gives it the focus.
 enum class WindowKind {
     managed,    // the window manager or the compositor
     unmanaged,  // this program alone: tiling window managers move or centre every other window
 };
 
-/// Unmanaged on X. In a Wayland session that draws X windows (XWayland) only compositors built on wlroots, as
-/// sway is, give an unmanaged window the keyboard; the others place a managed one where it asks to be. Main
+/// On X the window is unmanaged. In a Wayland session with XWayland only compositors built on wlroots, such
+/// as sway, give an unmanaged window the keyboard; the others place a managed one where it asks to be. Main
 /// thread; asks the server once.
 WindowKind panelWindowKind();
 
@@ -21,8 +21,8 @@ WindowKind panelWindowKind();
 /// compositing manager, which may come and go (EWMH's selection _NET_WM_CM_S0). Main thread; asks the server.
 bool isComposited();
 
-/// Has an unmanaged window take the mouse in its panel alone, so that a click on the shadow around it is one
-/// on what is below; and tells compositors that it brings its own shadow (_GTK_FRAME_EXTENTS, which they know
+/// Lets an unmanaged window take the mouse in its panel alone: a click on the shadow around it goes to the
+/// window below. Also tells compositors that it brings its own shadow (_GTK_FRAME_EXTENTS, which they know
 /// from GTK). In points; does nothing elsewhere than on X. Main thread.
 void excludeShadow(QWidget& window, const QRect& panel);
 

@@ -12,8 +12,8 @@
 
 namespace purlock::host_linux {
 
-/// The process's notification centre: whoever posts, observers hear of it on the main run loop. Owned by the
-/// host.
+/// The process's notification centre. Any thread may post; observers hear of it on the main run loop. Owned
+/// by the host.
 class MainNotificationCenter final : public NotificationCenter {
   public:
     explicit MainNotificationCenter(RunLoop& loop) : loop_(loop) {}

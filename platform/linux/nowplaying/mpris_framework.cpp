@@ -112,8 +112,8 @@ class MprisFrameworkLoader::Service {
 
 thread_local std::optional<std::int32_t> MprisFrameworkLoader::Service::answered;
 
-/// How the functions reach the service, on whatever thread they are called, until the loader closes it. They
-/// do not keep the service alive: what they are asked to call back may be dropped on the bus thread, where it
+/// How the functions reach the service until the loader closes it. They may be called on any thread. They do
+/// not keep the service alive: what they are asked to call back may be dropped on the bus thread, where it
 /// must not end.
 struct MprisFrameworkLoader::Door {
     std::mutex mutex;

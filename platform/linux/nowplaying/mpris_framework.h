@@ -34,7 +34,7 @@ class MprisFrameworkLoader final : public FrameworkLoader {
     /// The one framework that there is, known by its path on macOS; null for any other path.
     std::shared_ptr<NowPlayingFramework> openNowPlayingFramework(std::string_view path) override;
 
-    /// What the player of that process calls itself; absent for what is not, or was not lately, the current
+    /// The name that the player of that process gives itself; absent unless it is, or was lately, the current
     /// player. Any thread.
     std::optional<PlayerIdentity> identityOf(std::int32_t processIdentifier) const;
 

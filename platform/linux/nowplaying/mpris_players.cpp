@@ -15,12 +15,12 @@ constexpr const char* rootInterface = "org.mpris.MediaPlayer2";
 constexpr const char* playerInterface = "org.mpris.MediaPlayer2.Player";
 
 constexpr const char* nameOwnerRule =
-    "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/"
-    "DBus',interface='org.freedesktop.DBus',"
-    "member='NameOwnerChanged',arg0namespace='org.mpris.MediaPlayer2'";
+    "type='signal',sender='org.freedesktop.DBus',path='/org/freedesktop/DBus',"
+    "interface='org.freedesktop.DBus',member='NameOwnerChanged',arg0namespace='org.mpris.MediaPlayer2'";
 constexpr const char* propertiesRule =
-    "type='signal',path='/org/mpris/MediaPlayer2',interface='org.freedesktop.DBus.Properties',"
-    "member='PropertiesChanged',arg0='org.mpris.MediaPlayer2.Player'";
+    "type='signal',path='/org/mpris/MediaPlayer2',"
+    "interface='org.freedesktop.DBus.Properties',member='PropertiesChanged',"
+    "arg0='org.mpris.MediaPlayer2.Player'";
 constexpr const char* seekedRule =
     "type='signal',path='/org/mpris/MediaPlayer2',interface='org.mpris.MediaPlayer2.Player',member='Seeked'";
 
@@ -72,17 +72,19 @@ void MprisPlayers::becomeLost() {
 
 void MprisPlayers::listNames() {
     // When it cannot be sent, the connection is about to be lost; it comes back with a new list.
-    static_cast<void>(connection_.call(
-        connection_.newCall(busMethod("ListNames")), busTimeLimit, [this](const BusIncoming& reply) {
-            BusReader reader = reply.reader();
-            if (reply.isError() || !reader.enterArray()) return;
-            std::size_t asked = 0;
-            while (const auto name = reader.next()) {
-                if (name->text() == nullptr || !name->text()->starts_with(playerNamePrefix)) continue;
-                if (++asked > maximumNames) break;
-                askForOwner(*name->text());
-            }
-        }));
+    busCalls_.send(connection_.newCall(busMethod("ListNames")), busTimeLimit,
+                   [this](const BusIncoming& reply) {
+                       BusReader reader = reply.reader();
+                       if (reply.isError() || !reader.enterArray()) return;
+                       std::size_t asked = 0;
+                       while (const auto name = reader.next()) {
+                           if (name->text() == nullptr || !name->text()->starts_with(playerNamePrefix)) {
+                               continue;
+                           }
+                           if (++asked > maximumNames) break;
+                           askForOwner(*name->text());
+                       }
+                   });
 }
 
 void MprisPlayers::listNamesSoon() {
@@ -93,9 +95,9 @@ void MprisPlayers::listNamesSoon() {
 void MprisPlayers::askForOwner(const std::string& name) {
     BusCall call = connection_.newCall(busMethod("GetNameOwner"));
     call.append(name);
-    static_cast<void>(connection_.call(call, busTimeLimit, [this, name](const BusIncoming& reply) {
+    busCalls_.send(call, busTimeLimit, [this, name](const BusIncoming& reply) {
         if (!reply.isError()) takeOwner(name, reply.reader().nextText().value_or(""));
-    }));
+    });
 }
 
 void MprisPlayers::onNameOwnerChanged(const BusIncoming& signal) {
@@ -123,23 +125,25 @@ void MprisPlayers::takeOwner(const std::string& name, const std::string& owner) 
 void MprisPlayers::askForProcess(const std::string& owner) {
     BusCall call = connection_.newCall(busMethod("GetConnectionUnixProcessID"));
     call.append(owner);
-    static_cast<void>(connection_.call(call, busTimeLimit, [this, owner](const BusIncoming& reply) {
+    busCalls_.send(call, busTimeLimit, [this, owner](const BusIncoming& reply) {
         const auto value = reply.isError() ? std::nullopt : reply.reader().next();
         const std::int64_t pid = value ? value->integer().value_or(0) : 0;
-        if (std::in_range<std::int32_t>(pid))
+        if (std::in_range<std::int32_t>(pid)) {
             roster_.setProcessIdentifier(owner, static_cast<std::int32_t>(pid));
+        }
         rosterChanged();
-    }));
+    });
 }
 
 void MprisPlayers::askForIdentity(const std::string& owner) {
     BusCall call = connection_.newCall(propertiesMethod(owner, "GetAll"));
     call.append(rootInterface);
-    static_cast<void>(connection_.call(call, propertiesTimeLimit, [this, owner](const BusIncoming& reply) {
-        if (const auto properties = valueOf(owner, reply))
+    busCalls_.send(call, propertiesTimeLimit, [this, owner](const BusIncoming& reply) {
+        if (const auto properties = valueOf(owner, reply)) {
             roster_.setIdentity(owner, identityFrom(*properties));
+        }
         rosterChanged();
-    }));
+    });
 }
 
 void MprisPlayers::askForProperties(const std::string& owner) {
@@ -152,7 +156,7 @@ void MprisPlayers::askForProperties(const std::string& owner) {
     call.append(playerInterface);
     calls.askAgain = false;
     calls.propertiesAsked = std::chrono::steady_clock::now();
-    calls.askingForProperties = connection_.call(
+    calls.askingForProperties = busCalls_.send(
         call, propertiesTimeLimit, [this, owner](const BusIncoming& reply) { takeProperties(owner, reply); });
 }
 
@@ -178,8 +182,9 @@ void MprisPlayers::onPropertiesChanged(const BusIncoming& signal) {
     if (reader.nextText() != playerInterface) return;
     if (const auto changed = reader.next()) roster_.updateProperties(owner, *changed);
     const auto invalidated = reader.next();
-    if (invalidated && invalidated->list() != nullptr && !invalidated->list()->empty())
+    if (invalidated && invalidated->list() != nullptr && !invalidated->list()->empty()) {
         askForProperties(owner);
+    }
     rosterChanged();
 }
 
@@ -197,7 +202,7 @@ void MprisPlayers::askForPosition(const std::string& owner) {
     BusCall call = connection_.newCall(propertiesMethod(owner, "Get"));
     call.append(playerInterface).append("Position");
     calls_[owner].askingForPosition =
-        connection_.call(call, positionTimeLimit, [this, owner](const BusIncoming& reply) {
+        busCalls_.send(call, positionTimeLimit, [this, owner](const BusIncoming& reply) {
             if (!roster_.contains(owner)) return;
             calls_[owner].askingForPosition = false;
             const auto answer = valueOf(owner, reply);
@@ -231,8 +236,8 @@ void MprisPlayers::askWhatIsMissing() {
     if (!calls.askingForPosition && !calls.askingForProperties) askForPosition(owner);
 }
 
-/// What a player answered; absent when it did not. A player that is no longer there, of whose end no signal
-/// told, is forgotten, and the bus asked whom else it knows.
+/// The answer of a player; absent when there was none. A player may have left without a signal: then it is
+/// forgotten, and the bus is asked for its players again.
 std::optional<BusValue> MprisPlayers::valueOf(const std::string& owner, const BusIncoming& reply) {
     if (!reply.isError()) return reply.reader(playerReadLimits).next();
     const bool hasLeft = reply.errorName() == "org.freedesktop.DBus.Error.ServiceUnknown" ||

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/dbus/bus_calls.h"
 #include "platform/linux/dbus/bus_connection.h"
 #include "platform/linux/nowplaying/player_roster.h"
 
@@ -30,10 +31,10 @@ struct CurrentPlayer {
 /// its position when its track or its state has changed; in between the position is counted. So a reader
 /// never waits for a player. Without a bus there are no players.
 ///
-/// A bus drops signals when its queue is full, and some players forget to send them: `look`, which is for
-/// whoever reads to call, asks the current player for all of its properties when those are older than
-/// `propertiesLifetime`. A player that does not answer counts as silent, which is not playing, until it is
-/// heard again; one that the bus no longer knows is forgotten.
+/// A bus drops signals when its queue is full, and some players forget to send them: so readers call `look`,
+/// which asks the current player for all of its properties when those are older than `propertiesLifetime`. A
+/// player that does not answer counts as silent, which is not playing, until it is heard again; one that the
+/// bus no longer knows is forgotten.
 class MprisPlayers {
   public:
     /// Told what a reader could see differ, on the bus thread; no more often than every `quietTime`.
@@ -96,7 +97,9 @@ class MprisPlayers {
     BusTimer tellLater_;
     BusTimer listLater_;
     std::vector<BusSlot> matches_;
-    BusConnection connection_;  // last: its end, which comes first, is the end of every callback
+    BusConnection connection_;
+    BusCalls busCalls_{
+        connection_};  // the last two: their end, which comes first, is the end of every callback
 };
 
 }  // namespace purlock::host_linux

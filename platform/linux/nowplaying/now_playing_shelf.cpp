@@ -26,8 +26,9 @@ std::optional<std::string> fileName(const PlayerTrack& track) {
 
 std::optional<double> positionOf(const CurrentPlayer& player, NowPlayingShelf::Moment now) {
     auto position = player.clock.positionAt(now);
-    if (position && player.track.durationSeconds)
+    if (position && player.track.durationSeconds) {
         *position = std::min(*position, *player.track.durationSeconds);
+    }
     return position;
 }
 

@@ -28,7 +28,7 @@ class NowPlayingShelf {
     /// The address of the track, when it is another one than before.
     std::optional<std::string> setPlayer(std::optional<CurrentPlayer> player);
 
-    /// What is known of the file at that address; false when it is no longer the track's.
+    /// Stores what is known of the file at that address; false when it is no longer the track's.
     bool setFile(const std::string& address, std::optional<PlayedFile> file);
 
     Reading read(Moment now) const;
@@ -36,7 +36,7 @@ class NowPlayingShelf {
     /// How often the player, its track or whether it plays has changed; a position that jumps is no change.
     std::uint64_t changes() const;
 
-    /// What the player of that process calls itself; that of the current player and the one before.
+    /// The name that the player of that process gives itself; kept for the current player and the one before.
     std::optional<PlayerIdentity> identityOf(std::int32_t processIdentifier) const;
 
   private:

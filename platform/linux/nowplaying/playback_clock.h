@@ -5,8 +5,8 @@
 
 namespace purlock::host_linux {
 
-/// Where in its track a player is, from what it last said and the time since: nobody need ask. A value; on
-/// one thread.
+/// The position of a player in its track, computed from its last answer and the time since. A value; on one
+/// thread.
 class PlaybackClock {
   public:
     using Moment = std::chrono::steady_clock::time_point;

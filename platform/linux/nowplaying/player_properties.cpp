@@ -71,8 +71,9 @@ PlayerTrack trackFromMetadata(const BusValue& metadata) {
     track.artist = artistsOf(metadata.find("xesam:artist"));
     track.album = textOf(metadata.find("xesam:album"));
     track.address = addressOf(metadata.find("xesam:url"));
-    if (const BusValue* length = metadata.find("mpris:length"))
+    if (const BusValue* length = metadata.find("mpris:length")) {
         track.durationSeconds = secondsFromMicroseconds(*length);
+    }
     if (track.durationSeconds <= 0.0) track.durationSeconds.reset();  // a stream without an end
     return track;
 }
@@ -91,8 +92,9 @@ PlayerIdentity identityFrom(const BusValue& properties) {
     constexpr std::string_view suffix = ".desktop";
     PlayerIdentity identity{textOf(properties.find("Identity"), longestName),
                             textOf(properties.find("DesktopEntry"), longestName)};
-    if (identity.desktopID && identity.desktopID->ends_with(suffix))
+    if (identity.desktopID && identity.desktopID->ends_with(suffix)) {
         identity.desktopID->resize(identity.desktopID->size() - suffix.size());
+    }
     return identity;
 }
 

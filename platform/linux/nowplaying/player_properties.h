@@ -8,9 +8,9 @@
 
 namespace purlock::host_linux {
 
-// What a media player says of itself: the properties of org.mpris.MediaPlayer2.Player, version 2.2 of the
-// MPRIS D-Bus interface specification. Pure functions over what came from a stranger: a value of the wrong
-// type is as if it were not there, and no text is longer than `longestPlayerText`. Any thread.
+// The properties of org.mpris.MediaPlayer2.Player, version 2.2 of the MPRIS D-Bus interface specification.
+// Pure functions over what came from a stranger: a value of the wrong type is as if it were not there, and no
+// text is longer than `longestPlayerText`. Any thread.
 
 /// Bytes; what is longer is cut at a character.
 inline constexpr std::size_t longestPlayerText = 4096;
@@ -61,7 +61,7 @@ PlayerTrack trackFromMetadata(const BusValue& metadata);
 /// Takes over those properties that `changed`, a dictionary, has; the others stay.
 void update(PlayerProperties& properties, const BusValue& changed);
 
-/// What a player calls itself: the properties of org.mpris.MediaPlayer2.
+/// The names of a player: the properties of org.mpris.MediaPlayer2.
 struct PlayerIdentity {
     std::optional<std::string> name;
     std::optional<std::string> desktopID;  // its desktop file's name without the suffix

@@ -18,7 +18,7 @@ namespace purlock::host_linux {
 /// The well-known name of a media player begins with this (MPRIS 2.2, "Bus Name Policy").
 inline constexpr std::string_view playerNamePrefix = "org.mpris.MediaPlayer2.";
 
-/// What a reader of the now-playing information could see differ between two moments.
+/// The differences between two moments that a reader of the now-playing information could see.
 struct NowPlayingChanges {
     bool application = false;
     bool information = false;
@@ -78,13 +78,13 @@ class PlayerRoster {
     /// Takes over what a player told at that moment; nothing for an unknown one.
     void updateProperties(const std::string& owner, const BusValue& changed, Moment now = Clock::now());
 
-    /// Where in its track the player says it is; absent when it did not say.
+    /// The position in the track that the player told; absent when it did not tell one.
     void setPosition(const std::string& owner, std::optional<double> seconds, Moment now = Clock::now());
 
     /// Whether the player has stopped to answer.
     void setSilent(const std::string& owner, bool isSilent, Moment now = Clock::now());
 
-    /// The player has left, whatever its names.
+    /// The player has left, with all of its names.
     void removeOwner(const std::string& owner) { players_.erase(owner); }
 
     void clear() { players_.clear(); }
@@ -99,7 +99,7 @@ class PlayerRoster {
     NowPlayingChanges takeChanges();
 
   private:
-    /// What a reader sees of the current player.
+    /// The current player as a reader sees it.
     struct View {
         std::string owner;
         std::int32_t processIdentifier = 0;

@@ -94,8 +94,9 @@ class PathReader {
             if (node.id != *sink.driver) continue;
             const bool isSameCard =
                 node.properties.pcm && node.properties.pcm->card == sink.properties.pcm->card;
-            if (!isSameCard)
+            if (!isSameCard) {
                 found_.push_back(alteration::Clock{nameOf(sink.properties), nameOf(node.properties)});
+            }
         }
     }
 
@@ -149,7 +150,8 @@ class PathReader {
         return output.number == input.number;
     }
 
-    /// What hands sound on does so channel by channel, whatever the places on its two sides are called.
+    /// A node that hands sound on does so channel by channel. The names of the places on its two sides do not
+    /// count.
     bool handsOnInPlace(std::size_t stream) const {
         if (stream == 0) return true;
         const NodeRecord& sink = *path_.nodes[stream - 1];
@@ -161,13 +163,15 @@ class PathReader {
 
     // Other streams
 
-    /// What joins the path at one of its nodes.
+    /// The sound that joins the path at one of its nodes.
     void addMixed(std::size_t at) {
         std::vector<std::string> applications;
         for (const PlayingPath& other : playing_) {
             if (!joinsAt(other, at)) continue;
-            if (std::find(applications.begin(), applications.end(), other.application) == applications.end())
+            if (std::find(applications.begin(), applications.end(), other.application) ==
+                applications.end()) {
                 applications.push_back(other.application);
+            }
         }
         if (!applications.empty()) found_.push_back(alteration::Mixed{std::move(applications)});
     }

@@ -89,8 +89,9 @@ class AnswerBuilder {
         addHardwareOwners();
         std::vector<DeviceAnswers> devices;
         for (const auto& [serial, node] : graph_.nodes) {
-            if (isDevice(node.properties.role) && !node.isArriving)
+            if (isDevice(node.properties.role) && !node.isArriving) {
                 devices.push_back(deviceAnswers(serial, node));
+            }
         }
         Answers answers(std::move(devices), defaultOutput(), std::move(processes_));
         ids_.sweep();
@@ -219,9 +220,10 @@ class AnswerBuilder {
         const NodeRecord& node = graph_.nodes.at(serial);
         const PcmView* const pcm = pcmOf(node, hardware_);
         const bool isPassedThrough = node.format && node.format->kind == SoundKind::encoded;
-        // What is passed through has the shape of PCM to the hardware; the server knows what it is.
-        if (pcm != nullptr && pcm->parameters && !isPassedThrough)
+        // To the hardware, encoded sound looks like PCM; the server knows what it is.
+        if (pcm != nullptr && pcm->parameters && !isPassedThrough) {
             return soundFormatFromHardware(*pcm->parameters);
+        }
         auto format = node.format ? node.format : node.lastFormat ? node.lastFormat : node.preferred;
         if (format && format->sampleRate == 0) format->sampleRate = clockRate(serial);
         return format;
@@ -232,8 +234,9 @@ class AnswerBuilder {
         if (pcm != nullptr && isTakenByAnother(*pcm)) return judgeTaken(serial, *pcm);
         Judgement judgement = judgeConverted(serial);
         if (!judgement.physical) judgement = judgeIdle(serial, node);
-        if (!judgement.virtualFormat && judgement.physical)
+        if (!judgement.virtualFormat && judgement.physical) {
             judgement.virtualFormat = streamDescription(*judgement.physical);
+        }
         MixerWork work = mixerWork(serial, node);
         work.rateConversion = std::move(judgement.work.rateConversion);
         work.linkCodec = linkCodecName(node.properties.linkCodec);
@@ -241,8 +244,8 @@ class AnswerBuilder {
         return judgement;
     }
 
-    /// Another sound server tells nothing of what it does to the samples, and neither do the plugins of
-    /// ALSA's library in a player.
+    /// Another sound server does not tell what it does to the samples of its clients, and neither do the
+    /// plugins of ALSA's library in a player.
     Judgement judgeTaken(std::uint64_t serial, const PcmView& pcm) const {
         Judgement judgement;
         judgement.physical = physicalFormat(serial);
@@ -281,7 +284,7 @@ class AnswerBuilder {
         return judgement;
     }
 
-    /// Of several devices behind a sink, the first that runs otherwise than the sink itself.
+    /// The first of several devices behind a sink that runs otherwise than the sink itself.
     Judgement judgeIdle(std::uint64_t serial, const NodeRecord& node) const {
         const auto ends = routes_.endsOf(serial);
         Judgement judgement;
@@ -370,10 +373,12 @@ class AnswerBuilder {
         for (const auto& each : graph_.nodes) {
             const NodeProperties& properties = each.second.properties;
             if (!hasOutput(properties.role) || each.second.isArriving) continue;
-            if (graph_.defaultSinkName && properties.name == *graph_.defaultSinkName)
+            if (graph_.defaultSinkName && properties.name == *graph_.defaultSinkName) {
                 return deviceID(each.first);
-            if (best == nullptr || properties.sessionPriority > best->second.properties.sessionPriority)
+            }
+            if (best == nullptr || properties.sessionPriority > best->second.properties.sessionPriority) {
                 best = &each;
+            }
         }
         return best == nullptr ? 0 : deviceID(best->first);
     }

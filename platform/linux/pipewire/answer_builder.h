@@ -10,8 +10,8 @@
 
 namespace purlock::host_linux {
 
-/// From the mirror to the answers: the rules by which the server's objects become devices, streams and
-/// processes of the hardware layer. Does no input or output but what `identities` does. The loop's thread.
+/// Makes answers of the mirror: the rules by which the server's objects become devices, streams and processes
+/// of the hardware layer. Only `identities` does input and output. The loop's thread.
 ///
 /// `connection` is the number of the connection on which the mirror was filled. Ids of objects that are no
 /// longer there are forgotten.

@@ -185,12 +185,14 @@ std::vector<Answers::Change> Answers::changesSince(const Answers& before) const 
             addChanges(changes, before, stream, streamSelectors);
             // The mixer's work has no property of its own: it tells how the virtual format is treated.
             if (before.holds(stream) && mixerWork(device.id) != before.mixerWork(device.id) &&
-                std::find(changes.begin(), changes.end(), virtualFormat) == changes.end())
+                std::find(changes.begin(), changes.end(), virtualFormat) == changes.end()) {
                 changes.push_back(virtualFormat);
+            }
         }
     }
-    for (const ProcessAnswers& process : processes_)
+    for (const ProcessAnswers& process : processes_) {
         addChanges(changes, before, process.id, processSelectors);
+    }
     return changes;
 }
 

@@ -63,7 +63,7 @@ class Answers {
     const std::vector<ProcessAnswers>& processes() const { return processes_; }
     AudioObjectID defaultOutput() const { return defaultOutput_; }
 
-    /// A property of an object, in whatever scope it is watched.
+    /// A property of an object, in any scope.
     struct Change {
         AudioObjectID object = 0;
         std::uint32_t selector = 0;

@@ -22,7 +22,7 @@ HardwareStatus AnswersPicture::getPropertyData(AudioObjectID object, const Prope
                                                std::uint32_t& size, void* data) {
     const Answers::Value value = answers_->value(object, address);
     if (value.status != noErr) return value.status;
-    // Of a list, as many whole ids as there is room for; of anything else, all or nothing.
+    // Copies as many whole ids of a list as there is room for; other values whole or not at all.
     const bool isList = address.selector == kAudioHardwarePropertyDevices ||
                         address.selector == kAudioHardwarePropertyProcessObjectList ||
                         address.selector == kAudioDevicePropertyStreams ||

@@ -33,7 +33,7 @@ const pw_metadata_events BoundObjects::Metadata::events = {
 BoundObjects::Metadata::Metadata(BoundObjects& objects, std::uint32_t id, Kind kind)
     : objects_(objects),
       kind_(kind),
-      wholeFrom_(objects.owner_.nextEcho()),
+      wholeFrom_(objects.owner_.nextSync()),
       proxy_(static_cast<pw_proxy*>(pw_registry_bind(objects.owner_.registry(), id,
                                                      PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, 0))) {
     auto* const metadata = reinterpret_cast<pw_metadata*>(proxy_.get());
@@ -64,8 +64,8 @@ void BoundObjects::Metadata::setDefaultName(std::optional<std::string> name) {
     objects_.owner_.changed();
 }
 
-void BoundObjects::Metadata::commit(std::uint64_t echo) {
-    if (isWhole_ || echo < wholeFrom_) return;
+void BoundObjects::Metadata::commit(std::uint64_t sync) {
+    if (isWhole_ || sync < wholeFrom_) return;
     isWhole_ = true;
     if (kind_ == Kind::defaults && !hasToldDefault_) setDefaultName(std::nullopt);
 }
@@ -74,8 +74,9 @@ void BoundObjects::Metadata::setSetting(const char* key, const char* value) {
     ServerSettings& settings = objects_.owner_.mirror().settings;
     const ServerSettings before = settings;
     const std::string_view text = boundedValue(value);
-    if (concerns(key, "clock.rate"))
+    if (concerns(key, "clock.rate")) {
         settings.clockRate = rateFromMetadata(text).value_or(ServerSettings{}.clockRate);
+    }
     if (concerns(key, "clock.force-rate")) settings.forcedRate = rateFromMetadata(text).value_or(0);
     if (concerns(key, "clock.allowed-rates")) settings.allowedRates = ratesFromMetadata(text);
     if (settings == before) return;

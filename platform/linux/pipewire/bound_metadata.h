@@ -16,13 +16,13 @@ class BoundObjects::Metadata {
 
     Metadata(BoundObjects& objects, std::uint32_t id, Kind kind);
 
-    /// It is gone. Of the settings, nothing is so any more; the defaults go with the session manager, and the
-    /// last ones stand until another one tells its own.
+    /// The store is gone. No setting of it holds any more. The last defaults stand until another session
+    /// manager tells its own.
     void forget();
 
-    /// An echo of this number has come. By the first that vouches for it all that the store holds has been
-    /// told; what it did not tell is not there.
-    void commit(std::uint64_t echo);
+    /// The server has answered the sync of this number. The first answer that was asked for after the binding
+    /// comes when the store has told everything: a key that it has not told by then is not there.
+    void commit(std::uint64_t sync);
 
   private:
     int told(std::uint32_t subject, const char* key, const char* value);

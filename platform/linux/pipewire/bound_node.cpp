@@ -3,11 +3,11 @@
 #include <spa/param/param.h>
 #include <spa/utils/result.h>
 
-#include <chrono>
 #include <utility>
 
 #include "platform/linux/pipewire/dictionaries.h"
 #include "platform/linux/pipewire/mixer_pod.h"
+#include "platform/linux/pipewire/monotonic_time.h"
 #include "platform/linux/pipewire/offered_rates.h"
 
 namespace purlock::host_linux {
@@ -31,10 +31,6 @@ NodeState stateFromServer(pw_node_state state) {
             return NodeState::running;
     }
     return NodeState::error;
-}
-
-std::int64_t monotonicNow() {
-    return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds(1);
 }
 
 bool hasFormats(NodeRole role) {
@@ -77,8 +73,9 @@ BoundObjects::Node::Node(Owner& owner, std::uint32_t id, std::uint64_t serial)
           pw_registry_bind(owner.registry(), id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0))),
       parameters_{Parameter{.id = SPA_PARAM_Format}, Parameter{.id = SPA_PARAM_EnumFormat},
                   Parameter{.id = SPA_PARAM_Props}, Parameter{.id = SPA_PARAM_PortConfig}} {
-    if (proxy_)
+    if (proxy_) {
         pw_node_add_listener(reinterpret_cast<pw_node*>(proxy_.get()), listener_.hook(), &events, this);
+    }
 }
 
 NodeRecord* BoundObjects::Node::record() {
@@ -98,13 +95,15 @@ void BoundObjects::Node::informed(const pw_node_info& info) {
         isNews = isNews || properties != node->properties;
         node->properties = std::move(properties);
     }
-    if ((info.change_mask & PW_NODE_CHANGE_MASK_STATE) != 0)
+    if ((info.change_mask & PW_NODE_CHANGE_MASK_STATE) != 0) {
         isNews = setState(*node, stateFromServer(info.state)) || isNews;
+    }
     if ((info.change_mask & PW_NODE_CHANGE_MASK_PARAMS) != 0 && hasFormats(node->properties.role)) {
         for (std::uint32_t i = 0; i < info.n_params; ++i) {
             for (Parameter& parameter : parameters_) {
-                if (info.params[i].id == parameter.id)
+                if (info.params[i].id == parameter.id) {
                     isNews = list(parameter, info.params[i].flags) || isNews;
+                }
             }
         }
     }
@@ -125,7 +124,7 @@ bool BoundObjects::Node::list(Parameter& parameter, std::uint32_t flags) {
     if (parameter.flags == flags) return false;
     parameter.flags = flags;
     parameter.arriving.clear();
-    parameter.dueEcho = owner_.nextEcho();
+    parameter.dueSync = owner_.nextSync();
     if ((flags & SPA_PARAM_INFO_READ) == 0) return true;
     auto* const node = reinterpret_cast<pw_node*>(proxy_.get());
     const int request = pw_node_enum_params(node, ++parameter.sequence, parameter.id, 0, mostValues, nullptr);
@@ -135,22 +134,22 @@ bool BoundObjects::Node::list(Parameter& parameter, std::uint32_t flags) {
 
 void BoundObjects::Node::told(int sequence, std::uint32_t id, const spa_pod* pod) {
     for (Parameter& parameter : parameters_) {
-        if (parameter.id != id || parameter.sequence != sequence || !parameter.dueEcho) continue;
+        if (parameter.id != id || parameter.sequence != sequence || !parameter.dueSync) continue;
         if (pod == nullptr || pod->size > largestValue || parameter.arriving.size() >= mostValues) continue;
         const auto* const bytes = reinterpret_cast<const std::byte*>(pod);
         parameter.arriving.emplace_back(bytes, bytes + sizeof(spa_pod) + pod->size);
     }
 }
 
-void BoundObjects::Node::commit(std::uint64_t echo) {
+void BoundObjects::Node::commit(std::uint64_t sync) {
     bool isComplete = isInformed_;
     for (Parameter& parameter : parameters_) {
-        if (parameter.dueEcho && *parameter.dueEcho <= echo) {
-            parameter.dueEcho.reset();
+        if (parameter.dueSync && *parameter.dueSync <= sync) {
+            parameter.dueSync.reset();
             parameter.values = std::exchange(parameter.arriving, {});
             take(parameter);
         }
-        isComplete = isComplete && !parameter.dueEcho;
+        isComplete = isComplete && !parameter.dueSync;
     }
     NodeRecord* const node = record();
     if (node != nullptr && isComplete) node->isArriving = false;

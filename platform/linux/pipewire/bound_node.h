@@ -20,8 +20,8 @@ class BoundObjects::Node {
   public:
     Node(Owner& owner, std::uint32_t id, std::uint64_t serial);
 
-    /// Takes over the lists that are whole by the echo of this number.
-    void commit(std::uint64_t echo);
+    /// Takes over the lists that are whole once the sync of this number is answered.
+    void commit(std::uint64_t sync);
 
     /// The default rate may have changed, and with it what the node would be opened with.
     void choosePreferred();
@@ -38,7 +38,7 @@ class BoundObjects::Node {
     struct Parameter {
         std::uint32_t id;
         std::optional<std::uint32_t> flags;    // as last told; they flip with each change
-        std::optional<std::uint64_t> dueEcho;  // a list is on its way, whole by this echo
+        std::optional<std::uint64_t> dueSync;  // a list is arriving, and whole at this sync
         int sequence = 0;
         std::vector<PodBytes> arriving;
         std::vector<PodBytes> values;

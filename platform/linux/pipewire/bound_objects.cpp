@@ -148,7 +148,7 @@ bool BoundObjects::addLink(std::uint32_t id, const spa_dict* properties) {
     return true;
 }
 
-/// Of a port nothing but its dictionary is of interest, and the registry tells that.
+/// Only the dictionary of a port is of interest, and the registry tells that.
 bool BoundObjects::addPort(std::uint32_t id, const spa_dict* properties) {
     auto port = portRecord(properties);
     if (!port || !nodes_.contains(port->node) || owner_.mirror().ports.size() >= mostPorts) return false;
@@ -182,9 +182,9 @@ bool BoundObjects::remove(std::uint32_t id) {
     return removed > 0;
 }
 
-void BoundObjects::commit(std::uint64_t echo) {
-    for (const auto& [id, node] : nodes_) node->commit(echo);
-    for (const auto& [id, store] : metadata_) store->commit(echo);
+void BoundObjects::commit(std::uint64_t sync) {
+    for (const auto& [id, node] : nodes_) node->commit(sync);
+    for (const auto& [id, store] : metadata_) store->commit(sync);
 }
 
 bool BoundObjects::sawClock(std::uint32_t node, const GraphClock& clock) {

@@ -35,9 +35,9 @@ class BoundObjects {
         /// The mirror has changed, or will when an answer has come.
         virtual void changed() = 0;
 
-        /// The number of the next echo whose question has not been asked yet: when it comes, the answers to
-        /// everything that is asked now have come.
-        virtual std::uint64_t nextEcho() const = 0;
+        /// The number of the next sync. When it is answered, everything that is asked now has been answered
+        /// too.
+        virtual std::uint64_t nextSync() const = 0;
     };
 
     explicit BoundObjects(Owner& owner);
@@ -51,8 +51,9 @@ class BoundObjects {
     /// Whether the mirror followed it.
     bool remove(std::uint32_t id);
 
-    /// The echo of this number has come: answers that it vouches for are whole and go to the mirror.
-    void commit(std::uint64_t echo);
+    /// The server has answered the sync of this number. The lists that were asked for before it are whole now
+    /// and go to the mirror.
+    void commit(std::uint64_t sync);
 
     /// A cycle of the graph that a node belongs to; whether its rate is news.
     bool sawClock(std::uint32_t node, const GraphClock& clock);

@@ -30,8 +30,9 @@ bool ClientIdentities::isAnyInDoubt() const {
 
 const ClientIdentity& ClientIdentities::identityOf(const ClientRecord& client, const NodeProperties& stream) {
     Known& known = known_[client.serial];
-    if (known.properties != client.properties || known.streamApplication != stream.application)
+    if (known.properties != client.properties || known.streamApplication != stream.application) {
         known.questions = 0;
+    }
     if (!known.isInDoubt()) return known.found.identity;
     known = {client.properties, stream.application, find(client.properties, stream), known.questions + 1};
     return known.found.identity;

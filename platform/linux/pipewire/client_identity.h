@@ -10,7 +10,7 @@
 
 namespace purlock::host_linux {
 
-/// Who is behind a client of the audio server.
+/// The process and application behind a client of the audio server.
 struct ClientIdentity {
     std::int32_t processIdentifier = 0;  // 0 when it is on another machine or cannot be told
     std::optional<std::string> bundleID;
@@ -26,7 +26,7 @@ class ClientIdentities {
     ClientIdentities(RunningApplications& applications, std::string hostName)
         : applications_(applications), hostName_(std::move(hostName)) {}
 
-    /// `stream` is one of the client's nodes. What is known of a client is kept until its properties change.
+    /// `stream` is one of the client's nodes. The identity of a client is kept until its properties change.
     const ClientIdentity& identityOf(const ClientRecord& client, const NodeProperties& stream);
 
     /// Whether some client's application was not to be told yet, but may be when it is asked for again.

@@ -10,7 +10,7 @@ namespace {
 /// rate.
 constexpr std::chrono::milliseconds samplingTime{2500};
 
-/// By then a graph that changes its rate has run cycles at the new one.
+/// After this time a graph that changes its rate has run cycles at the new one.
 constexpr std::chrono::milliseconds settlingTime{130};
 
 }  // namespace

@@ -20,8 +20,8 @@ namespace purlock::host_linux {
 ///
 /// The profiler collects every cycle of every graph and reports at once when it begins to, then once a
 /// second. So it is listened to for a short while only, after something has changed that may change a clock,
-/// and now and then for one report, lest a change be missed that nothing announced. An idle graph has no
-/// cycles. Owned by a session; the loop's thread.
+/// and now and then for one report, in case a change was not announced. An idle graph has no cycles. Owned by
+/// a session; the loop's thread.
 class ClockSampler {
   public:
     using Observer = std::function<void(const std::vector<GraphClock>&)>;

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/identity.h"
 #include "platform/linux/pipewire/dictionaries.h"
 #include "platform/linux/pipewire/metadata_text.h"
 #include "platform/linux/pipewire/registry_handle.h"
@@ -17,7 +18,7 @@ constexpr std::size_t longestValue = std::size_t{16} * 1024;
 
 }  // namespace
 
-/// One connection: its first echo ends the list of objects, its second what the store holds.
+/// One connection. Its first sync ends the list of objects, its second one the list of what the store holds.
 class DefaultsProbe::Question {
   public:
     Question(DefaultsProbe& probe, Core core)
@@ -25,8 +26,9 @@ class DefaultsProbe::Question {
           core_(std::move(core)),
           registry_(pw_core_get_registry(core_.get(), PW_VERSION_REGISTRY, 0)) {
         pw_core_add_listener(core_.get(), coreListener_.hook(), &coreEvents, this);
-        if (registry_)
+        if (registry_) {
             pw_registry_add_listener(registry_.get(), registryListener_.hook(), &registryEvents, this);
+        }
         pw_core_sync(core_.get(), PW_ID_CORE, 0);
     }
 
@@ -37,18 +39,20 @@ class DefaultsProbe::Question {
         store_.reset(static_cast<pw_proxy*>(
             pw_registry_bind(registry_.get(), id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, 0)));
         auto* const metadata = reinterpret_cast<pw_metadata*>(store_.get());
-        if (metadata != nullptr)
+        if (metadata != nullptr) {
             pw_metadata_add_listener(metadata, storeListener_.hook(), &storeEvents, this);
+        }
     }
 
     int told(std::uint32_t subject, const char* key, const char* value) {
-        if (subject != PW_ID_CORE || key == nullptr || std::string_view(key) != "default.audio.sink")
+        if (subject != PW_ID_CORE || key == nullptr || std::string_view(key) != "default.audio.sink") {
             return 0;
+        }
         if (value != nullptr) name_ = nameFromMetadata({value, ::strnlen(value, longestValue)});
         return 0;
     }
 
-    void echoed() {
+    void synced() {
         if (std::exchange(isListed_, true)) {
             probe_.answered(std::move(name_));
         } else if (store_) {
@@ -73,7 +77,7 @@ class DefaultsProbe::Question {
 
 const pw_core_events DefaultsProbe::Question::coreEvents = {
     .version = PW_VERSION_CORE_EVENTS,
-    .done = [](void* data, std::uint32_t, int) { static_cast<Question*>(data)->echoed(); },
+    .done = [](void* data, std::uint32_t, int) { static_cast<Question*>(data)->synced(); },
 };
 
 const pw_registry_events DefaultsProbe::Question::registryEvents = {

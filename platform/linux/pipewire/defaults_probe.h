@@ -17,8 +17,8 @@ namespace purlock::host_linux {
 /// While a program binds a store that another program keeps, the server tells the store's changes to the one
 /// that binds and to nobody else (`metadata_property` in its module-metadata), and holds back everything else
 /// from it until the keeper has answered. So a change can be missed, and asking for it may make others miss
-/// one: it is asked for only when there is reason to doubt, and where a keeper that hangs holds up nothing.
-/// Owned by the hardware layer; the loop's thread.
+/// one: the store is asked only when its default may be wrong, and on a connection that a hanging keeper may
+/// hold up. Owned by the hardware layer; the loop's thread.
 class DefaultsProbe {
   public:
     /// Called with the name of the default sink, if the store holds one.

@@ -8,10 +8,10 @@ struct spa_dict;
 
 namespace purlock::host_linux {
 
-// From the server's dictionaries of texts to records. Keys are those of pipewire/keys.h and spa/utils/keys.h.
-// Anybody who may connect to the server can write such a dictionary: texts are cut at 1024 bytes,
-// dictionaries at 1024 entries, numbers that are none are missing. Pure functions; any thread; `dictionary`
-// may be null.
+// Makes records of the server's dictionaries of texts. Keys are those of pipewire/keys.h and
+// spa/utils/keys.h. Anybody who may connect to the server can write such a dictionary: texts are cut at 1024
+// bytes, dictionaries at 1024 entries, a malformed number counts as missing. Pure functions; any thread;
+// `dictionary` may be null.
 
 NodeProperties nodeProperties(const spa_dict* dictionary);
 DeviceProperties deviceProperties(const spa_dict* dictionary);

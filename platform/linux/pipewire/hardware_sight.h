@@ -7,7 +7,7 @@
 
 namespace purlock::host_linux {
 
-/// What the kernel says of the sound hardware behind the nodes.
+/// The kernel's facts of the sound hardware behind the nodes.
 struct HardwareSight {
     std::map<PcmAddress, PcmView> pcms;
     std::map<PcmAddress, EldConnection> displays;

@@ -37,8 +37,9 @@ void HardwareWatch::follow(const AudioGraph& graph) {
         if (!hasOutput || !properties.pcm) continue;
         followed.pcms[*properties.pcm];
         if (properties.hasLibraryVolume) followed.libraryVolumes[properties.pcm->card] = 1;
-        if (isDisplayOutput(properties))
+        if (isDisplayOutput(properties)) {
             displays_[*properties.pcm] = properties.description + "\n" + properties.nick;
+        }
     }
     sight_ = std::move(followed);
     readVolumes();

@@ -35,8 +35,9 @@ void ListenerTable::notify(std::span<const Answers::Change> changes) {
             const std::size_t told = due.size();
             for (const Entry& entry : place->second) {
                 const auto isSameQueue = [&](const Entry& other) { return other.queue == entry.queue; };
-                if (std::none_of(due.begin(), due.begin() + static_cast<std::ptrdiff_t>(told), isSameQueue))
+                if (std::none_of(due.begin(), due.begin() + static_cast<std::ptrdiff_t>(told), isSameQueue)) {
                     due.push_back(entry);
+                }
             }
         }
     }

@@ -13,7 +13,7 @@
 
 namespace purlock::host_linux {
 
-/// Who wants to hear of which property. Any thread.
+/// The listeners of each property. Any thread.
 class ListenerTable {
   public:
     void add(AudioObjectID object, const PropertyAddress& address, const std::shared_ptr<SerialQueue>& queue,
@@ -23,8 +23,8 @@ class ListenerTable {
     bool remove(AudioObjectID object, const PropertyAddress& address,
                 const std::shared_ptr<SerialQueue>& queue, const ListenerBlock& block);
 
-    /// Hands the blocks of properties that changed in one moment to their queues. Who shares a queue reads
-    /// everything again when told of anything, so of a queue's listeners only those of its first changed
+    /// Hands the blocks of properties that changed in one moment to their queues. Listeners that share a
+    /// queue read everything again when one of them is told. So only the listeners of a queue's first changed
     /// property are told: a change of several properties is told once. A device's streams are the same in the
     /// output and in the global scope, so a listener hears of a change in either.
     void notify(std::span<const Answers::Change> changes);

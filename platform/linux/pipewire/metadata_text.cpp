@@ -45,8 +45,9 @@ std::vector<std::uint32_t> ratesFromMetadata(std::string_view value) {
         if (first == std::string_view::npos) break;
         value.remove_prefix(first);
         const auto length = std::min(value.find_first_of(separators), value.size());
-        if (const auto rate = rateFromMetadata(value.substr(0, length)); rate && *rate != 0)
+        if (const auto rate = rateFromMetadata(value.substr(0, length)); rate && *rate != 0) {
             rates.push_back(*rate);
+        }
         value.remove_prefix(length);
     }
     return rates;

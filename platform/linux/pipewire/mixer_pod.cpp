@@ -65,8 +65,9 @@ void take(MixerProperties& mixing, const PodView::Property& property) {
 MixerProperties mixerPropertiesFromPods(const std::vector<PodView>& values) {
     MixerProperties mixing;
     if (values.empty()) return mixing;
-    for (const PodView::Property& property : values.front().properties(SPA_TYPE_OBJECT_Props))
+    for (const PodView::Property& property : values.front().properties(SPA_TYPE_OBJECT_Props)) {
         take(mixing, property);
+    }
     mixing.hasControls = values.size() > 1;
     return mixing;
 }

@@ -8,8 +8,8 @@
 
 namespace purlock::host_linux {
 
-// What a node's parameters say of the work of its converter (spa/param/props.h, spa/param/port-config.h).
-// Pure functions; any thread; what is not told stays at its default.
+// The work of a node's converter, from its parameters (spa/param/props.h, spa/param/port-config.h). Pure
+// functions; any thread; a value that is not told stays at its default.
 
 /// All values of the `Props` parameter, in the node's order. The first is the converter's own; a filter lists
 /// its controls in another one.

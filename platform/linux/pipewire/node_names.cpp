@@ -25,8 +25,9 @@ std::string nameOf(const NodeProperties& node) {
 std::string applicationNameOf(const NodeProperties& stream, const AudioGraph& graph) {
     if (!stream.applicationName.empty()) return cut(stream.applicationName);
     const auto client = graph.clients.find(stream.client.value_or(0));
-    if (client != graph.clients.end() && !client->second.properties.applicationName.empty())
+    if (client != graph.clients.end() && !client->second.properties.applicationName.empty()) {
         return cut(client->second.properties.applicationName);
+    }
     return cut(nameOf(stream));
 }
 

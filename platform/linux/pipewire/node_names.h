@@ -6,10 +6,11 @@
 
 namespace purlock::host_linux {
 
-/// What the user reads of a device or a filter: its description, else its nick, else its name. Pure.
+/// The name of a device or a filter for the user: its description, else its nick, else its name. Pure.
 std::string nameOf(const NodeProperties& node);
 
-/// What a volume control calls the application behind a stream; of other nodes, their own name. Pure.
+/// The name that volume controls show for the application behind a stream; for other nodes, their own name.
+/// Pure.
 std::string applicationNameOf(const NodeProperties& stream, const AudioGraph& graph);
 
 }  // namespace purlock::host_linux

@@ -10,8 +10,8 @@ namespace purlock::host_linux {
 
 enum class ObjectKind { device, stream, process, hardwareOwner };
 
-/// What makes an object the same one: the connection to the server that it was seen on, and its number there,
-/// which that server does not use again.
+/// The identity of an object: the connection on which it was seen, and its serial there, which the server
+/// does not use again.
 struct ObjectKey {
     ObjectKind kind = ObjectKind::device;
     std::uint64_t connection = 0;

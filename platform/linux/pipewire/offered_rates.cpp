@@ -20,8 +20,9 @@ std::uint32_t positive(const PodView& value) {
 
 void addChoice(std::vector<RateRange>& ranges, const PodView::Choice& choice) {
     if (choice.kind == SPA_CHOICE_Range || choice.kind == SPA_CHOICE_Step) {
-        if (choice.values.size() >= 3)
+        if (choice.values.size() >= 3) {
             ranges.push_back({positive(choice.values[1]), positive(choice.values[2])});
+        }
         return;
     }
     for (const PodView& value : choice.values) {
@@ -39,8 +40,9 @@ std::vector<RateRange> offeredRatesFromPods(const std::vector<PodView>& formats)
         std::vector<RateRange> own;
         for (const PodView::Property& property : format.properties(SPA_TYPE_OBJECT_Format)) {
             const auto choice = property.value.choice();
-            if (property.key == SPA_FORMAT_mediaSubtype && !choice.values.empty())
+            if (property.key == SPA_FORMAT_mediaSubtype && !choice.values.empty()) {
                 isRaw = choice.values.front().id() == SPA_MEDIA_SUBTYPE_raw;
+            }
             if (property.key != SPA_FORMAT_AUDIO_rate) continue;
             namesRate = true;
             addChoice(own, choice);

@@ -70,8 +70,8 @@ struct PodView::Property {
     PodView value;
 };
 
-/// `kind` is one of spa_choice_type. Of a range, the values are the preferred one, the least and the
-/// greatest; of an enumeration, the preferred one and then all of them.
+/// `kind` is one of spa_choice_type. The values of a range are the preferred one, the least and the greatest;
+/// those of an enumeration are the preferred one and then all of them.
 struct PodView::Choice {
     std::uint32_t kind = 0;
     std::vector<PodView> values;

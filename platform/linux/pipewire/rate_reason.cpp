@@ -56,7 +56,7 @@ class ReasonFinder {
         return applicationNameOf(node.properties, graph_);
     }
 
-    /// What stands at the other end of a link sets its rate itself.
+    /// The node at the other end of a link sets its rate itself.
     bool isSet() const {
         const NodeProperties& properties = sink_.properties;
         return properties.setRate && !properties.hasBluezKeys && !properties.hasRaopKeys;
@@ -83,7 +83,7 @@ class ReasonFinder {
         return rate_reason::NotAllowed{std::move(allowed)};
     }
 
-    /// Of the streams that run beside this one, and of what records, the first that runs at the clock's rate.
+    /// The first that runs at the clock's rate, among recorders and the streams that run beside this one.
     const NodeRecord* holdingNode() const {
         for (const auto& [serial, node] : graph_.nodes) {
             const NodeRole role = node.properties.role;

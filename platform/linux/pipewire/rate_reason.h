@@ -17,8 +17,8 @@ struct PathRates {
 };
 
 /// Why the rate is converted on a path, as far as the graph, its settings and the formats that the device
-/// offers tell. What keeps the device from the stream's rate for good comes before what can be changed. How
-/// the server chooses a clock: pipewire.conf(5), "default.clock.allowed-rates", and pw_context_recalc_graph
+/// offers tell. A reason that nothing can change comes before one that can be changed. How the server chooses
+/// a clock: pipewire.conf(5), "default.clock.allowed-rates", and pw_context_recalc_graph
 /// (src/pipewire/context.c). Pure.
 RateConversion rateConversionOnPath(const PlayingPath& path, const PathRates& rates, const AudioGraph& graph);
 

@@ -11,8 +11,8 @@
 
 namespace purlock::host_linux {
 
-// What the mirror knows of the server's objects, as plain values. Ids are the server's, which it uses again;
-// serials it never uses twice in its life.
+// The mirror of the server's objects, as plain values. The server uses ids again; it never uses a serial
+// twice.
 
 enum class NodeRole {
     other,
@@ -57,7 +57,7 @@ struct NodeProperties {
 
 enum class NodeState { creating, suspended, idle, running, error };
 
-/// What a node's converter does to the samples besides converting them: the `Props` parameter.
+/// The `Props` parameter: what a node's converter does to the samples besides converting them.
 struct MixerProperties {
     bool isMuted = false;
     bool isSoftMuted = false;

@@ -108,7 +108,7 @@ bool Routes::isSink(std::uint64_t serial) const {
     return node != graph_.nodes.end() && takesSound(node->second.properties.role);
 }
 
-/// Hardware plays what it gets, whoever listens to its monitor.
+/// Hardware plays what it gets, also while another program listens to its monitor.
 bool Routes::handsOn(std::uint64_t sink) const {
     const NodeProperties& properties = graph_.nodes.at(sink).properties;
     return !properties.pcm && !properties.device && !sinksFrom(sink).empty();

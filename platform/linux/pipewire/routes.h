@@ -9,7 +9,7 @@
 
 namespace purlock::host_linux {
 
-/// Where sound goes in a graph: along links, and inside a group from the node that takes it to the streams
+/// The ways of sound in a graph: along links, and inside a group from the node that takes it to the streams
 /// that pass it on (a combined sink, a loopback, a filter). Borrows the graph, which must not change
 /// meanwhile. Pure.
 class Routes {

@@ -8,12 +8,12 @@
 
 namespace purlock::host_linux {
 
-/// What is known of the clock that drives one node. Reports of its cycles come up to a second late, so that
-/// those of an earlier run of the node may come in a later one, when the clock has another rate. Owned by the
-/// node; times are of the monotonic clock, in ns.
+/// The clock that drives one node, as far as it is known. Reports of its cycles come up to a second late. So
+/// a report of an earlier run of the node may come in a later one, when the clock has another rate. Owned by
+/// the node; times are of the monotonic clock, in ns.
 class SeenClock {
   public:
-    /// Hz; absent until it has been seen. That of an idle node is the last one seen.
+    /// Hz; absent until it has been seen. An idle node keeps the last rate that was seen.
     std::optional<double> rate() const { return rate_; }
 
     void changeState(NodeState state, std::int64_t now) {

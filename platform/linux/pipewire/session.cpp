@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/identity.h"
 #include "platform/linux/pipewire/dictionaries.h"
 
 namespace purlock::host_linux {
@@ -29,7 +30,7 @@ const pw_core_events Session::coreEvents = {
     .version = PW_VERSION_CORE_EVENTS,
     .done =
         [](void* data, std::uint32_t id, int sequence) {
-            if (id == PW_ID_CORE) static_cast<Session*>(data)->echoed(sequence);
+            if (id == PW_ID_CORE) static_cast<Session*>(data)->synced(sequence);
         },
     .error = [](void* data, std::uint32_t id, int, int result,
                 const char*) { static_cast<Session*>(data)->failed(id, result); },
@@ -99,36 +100,36 @@ void Session::globalRemoved(std::uint32_t id) {
 void Session::changed() {
     hasChanged_ = true;
     isUnsettled_ = true;
-    requestEcho();
+    requestSync();
 }
 
-void Session::requestEcho() {
-    if (std::exchange(isEchoDue_, true)) return;
-    ++echoesSent_;
-    echoSequence_ = pw_core_sync(core_.get(), PW_ID_CORE, 0);
+void Session::requestSync() {
+    if (std::exchange(isSyncDue_, true)) return;
+    ++syncsSent_;
+    syncSequence_ = pw_core_sync(core_.get(), PW_ID_CORE, 0);
     silence_.arm(longestSilence);
     hasChanged_ = false;
 }
 
-void Session::echoed(int sequence) {
-    if (!isEchoDue_ || sequence != echoSequence_) return;
-    isEchoDue_ = false;
+void Session::synced(int sequence) {
+    if (!isSyncDue_ || sequence != syncSequence_) return;
+    isSyncDue_ = false;
     silence_.disarm();
     hasAnswered_ = true;
     const bool wasSilent = std::exchange(isSilent_, false);
-    objects_.commit(echoesSent_);
-    // What came after the question may belong to what comes after the answer.
+    objects_.commit(syncsSent_);
+    // A change that came after the question may belong to one that comes after the answer.
     const bool isMoreToCome = hasChanged_;
-    if (isMoreToCome) requestEcho();
+    if (isMoreToCome) requestSync();
     if (std::exchange(isUnsettled_, isMoreToCome) || wasSilent) observers_.settled();
 }
 
-/// Errors of single objects are those of requests for objects that went away meanwhile. One of the connection
-/// itself may be harmless as well: a connection that still works proves it by an echo.
+/// An error of a single object comes of a request for an object that has gone meanwhile. An error of the
+/// connection may be harmless as well, so the server is asked whether the connection still works.
 void Session::failed(std::uint32_t id, int result) {
     if (id != PW_ID_CORE) return;
     if (result == -EPIPE || result == -ECONNRESET || result == -EPROTO) return observers_.lost();
-    requestEcho();
+    requestSync();
 }
 
 void Session::sawClocks(const std::vector<GraphClock>& clocks) {

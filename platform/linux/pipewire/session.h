@@ -20,9 +20,9 @@ namespace purlock::host_linux {
 /// server tells.
 ///
 /// Owned by the hardware layer, made and ended on the loop's thread, but never from within one of its
-/// observers. After changes it asks the server for an echo (a "sync") and calls `settled` when that has come:
-/// by then everything that belonged to the same changes has arrived too, and a burst of any length has cost
-/// one round trip at a time.
+/// observers. After changes it asks the server for a sync and calls `settled` when that is answered: by then
+/// everything that belongs to the same changes has arrived. However long a burst is, one sync is under way at
+/// a time.
 class Session final : private BoundObjects::Owner {
   public:
     struct Observers {
@@ -44,34 +44,34 @@ class Session final : private BoundObjects::Owner {
     /// Whether the server has answered since the connection was made, and owes no answer for too long.
     bool isResponding() const { return hasAnswered_ && !isSilent_; }
 
-    /// What the session manager's store says, asked for in another way than by listening to it.
+    /// Takes the default sink of the session manager's store, which was asked for instead of listened to.
     void setDefaultSinkName(std::optional<std::string> name);
 
     /// Has the server prove that it lives.
-    void check() { requestEcho(); }
+    void check() { requestSync(); }
 
     /// Whether the server tells the graphs' clocks.
     bool knowsClocks() const { return clocks_.isAbleTo(); }
 
-    /// Something changed that may change the graphs' clocks.
+    /// Samples for a while: a change may have moved the graphs' clocks.
     void sampleClocks() { clocks_.sample(); }
 
-    /// Whether something did all the same.
+    /// Samples once, in case a clock has changed without a sign.
     void glanceAtClocks() { clocks_.glance(); }
 
   private:
     void global(std::uint32_t id, const char* type, std::uint32_t version, const spa_dict* properties);
     void globalRemoved(std::uint32_t id);
-    void echoed(int sequence);
+    void synced(int sequence);
     void failed(std::uint32_t id, int result);
     void stayedSilent();
 
     AudioGraph& mirror() override { return graph_; }
     pw_registry* registry() override { return registry_.get(); }
     void changed() override;
-    std::uint64_t nextEcho() const override { return echoesSent_ + 1; }
+    std::uint64_t nextSync() const override { return syncsSent_ + 1; }
 
-    void requestEcho();
+    void requestSync();
     void sawClocks(const std::vector<GraphClock>& clocks);
 
     static const pw_core_events coreEvents;
@@ -86,10 +86,10 @@ class Session final : private BoundObjects::Owner {
     BoundObjects objects_;
     ClockSampler clocks_;
     LoopTimer silence_;
-    std::uint64_t echoesSent_ = 0;
-    int echoSequence_ = 0;
-    bool isEchoDue_ = false;
-    bool hasChanged_ = false;   // since the echo was asked for
+    std::uint64_t syncsSent_ = 0;
+    int syncSequence_ = 0;
+    bool isSyncDue_ = false;
+    bool hasChanged_ = false;   // since the sync was asked for
     bool isUnsettled_ = false;  // something changed, and `settled` has not been called since
     bool hasAnswered_ = false;
     bool isSilent_ = false;

@@ -1,28 +1,19 @@
 #include "platform/linux/pipewire/socket_watch.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <utility>
 
+#include "platform/linux/system/environment.h"
+
 namespace purlock::host_linux {
 
-namespace {
-
-std::string environment(const char* name) {
-    const char* const value = std::getenv(name);
-    return value == nullptr ? std::string() : std::string(value);
-}
-
-}  // namespace
-
 SocketPlace audioServerSocket() {
-    std::string remote = environment("PIPEWIRE_REMOTE");
-    if (remote.empty()) remote = PW_DEFAULT_REMOTE;
+    const std::string remote = filledVariable("PIPEWIRE_REMOTE").value_or(PW_DEFAULT_REMOTE);
     if (const auto slash = remote.rfind('/'); slash != std::string::npos && slash > 0) {
         return {remote.substr(0, slash), remote.substr(slash + 1)};
     }
     for (const char* const name : {"PIPEWIRE_RUNTIME_DIR", "XDG_RUNTIME_DIR", "USERPROFILE"}) {
-        if (std::string folder = environment(name); !folder.empty()) return {folder, remote};
+        if (const auto folder = filledVariable(name)) return {*folder, remote};
     }
     return {{}, remote};
 }

@@ -15,8 +15,8 @@ class SocketWatch {
   public:
     SocketWatch(pw_loop* loop, std::function<void()> appeared);
 
-    /// Whether appearances are being told; tries again to watch if not, or nearer to the socket. Not to be
-    /// called, like `stop`, from within `appeared`.
+    /// Whether appearances are being told. If not, or if a nearer folder exists by now, it tries again to
+    /// watch. `appeared` must call neither this nor `stop`.
     bool isWatching();
 
     void stop();

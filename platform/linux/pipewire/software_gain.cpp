@@ -13,7 +13,7 @@ bool areUnity(const std::vector<float>& factors) {
 }
 
 /// Both lists are told, but not which of them is in force. A device that sets the volume sets the second one;
-/// anybody else sets the first, and whoever sets the second by hand leaves the first alone.
+/// all others set the first. A user who sets the second by hand leaves the first as it is.
 bool followsSoftVolumes(const NodeRecord& node) {
     const MixerProperties& mixing = node.mixing;
     return node.properties.isRouted || (areUnity(mixing.channelVolumes) && !areUnity(mixing.softVolumes));

@@ -6,12 +6,12 @@
 
 namespace purlock::host_linux {
 
-/// What a node's converter multiplies the samples by.
+/// The factors by which a node's converter multiplies the samples.
 struct SoftwareGain {
     bool isMuted = false;
 
-    /// Of the channel that is changed most, as volume controls show it (the cube root of the factor); absent
-    /// when every channel stays as it is.
+    /// The volume of the channel that is changed most, as volume controls show it (the cube root of the
+    /// factor); absent when every channel stays as it is.
     std::optional<double> volume;
 };
 

@@ -128,8 +128,9 @@ std::optional<std::int32_t> chosenRate(const std::vector<PodView::Property>& pro
 }
 
 std::optional<SoundFormat> withChannels(SoundFormat format, std::optional<std::int32_t> channels) {
-    if (!channels || *channels <= 0 || static_cast<std::uint32_t>(*channels) > mostChannels)
+    if (!channels || *channels <= 0 || static_cast<std::uint32_t>(*channels) > mostChannels) {
         return std::nullopt;
+    }
     format.channels = static_cast<std::uint32_t>(*channels);
     return format;
 }
@@ -184,8 +185,9 @@ std::uint32_t formatFlags(const SoundFormat& format) {
     if (format.layout.isFloat) flags |= formatFlagIsFloat;
     if (format.layout.isSigned) flags |= formatFlagIsSignedInteger;
     if (format.layout.isBigEndian) flags |= formatFlagIsBigEndian;
-    if (format.layout.bits == format.layout.container || format.kind == SoundKind::dsd)
+    if (format.layout.bits == format.layout.container || format.kind == SoundKind::dsd) {
         flags |= formatFlagIsPacked;
+    }
     if (format.isPlanar) flags |= formatFlagIsNonInterleaved;
     return flags;
 }

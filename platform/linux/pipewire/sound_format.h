@@ -30,13 +30,12 @@ struct SoundFormat {
     bool operator==(const SoundFormat&) const = default;
 };
 
-/// A Format or EnumFormat parameter. Where it leaves a choice, the preferred value is taken; of the rates,
-/// `rate` (Hz) if it is offered. Sinks that follow the graph's clock need not name one: from PipeWire 1.4 on,
-/// combined sinks do not. Absent for video, for a mixer-side format, and for one without a known
-/// sample format.
+/// A Format or EnumFormat parameter. If it leaves a choice, the preferred value is taken, but `rate` (Hz) if
+/// that is offered. Sinks that follow the graph's clock need not name one: from PipeWire 1.4 on, combined
+/// sinks do not. Absent for video, for a mixer-side format, and for one without a known sample format.
 std::optional<SoundFormat> soundFormatFromPod(const PodView& pod, std::uint32_t rate);
 
-/// What the kernel says that the hardware runs at.
+/// The format in which the hardware runs, from the kernel.
 SoundFormat soundFormatFromHardware(const HardwareParameters& parameters);
 
 /// The places of the channels that a format's object names.
@@ -49,7 +48,7 @@ std::uint32_t keptBits(const SoundFormat& format);
 /// The format in the words of the hardware layer.
 StreamDescription streamDescription(const SoundFormat& format);
 
-/// What the mixer computes in: packed 32-bit float.
+/// The format in which the mixer computes: packed 32-bit float.
 SampleLayout mixerLayout();
 
 }  // namespace purlock::host_linux

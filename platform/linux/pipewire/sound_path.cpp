@@ -54,7 +54,7 @@ SoundFormat narrowest(const SoundPath& path, const SoundFormat& physical) {
     return found;
 }
 
-/// What stands for the lost bits has to differ from the device's own depth.
+/// The depth that stands for the lost bits has to differ from the device's own.
 SampleLayout layoutBeforeLoss(const SampleLayout& stream, const SoundFormat& narrow,
                               const SoundFormat& physical) {
     for (const SampleLayout& layout : {stream, narrow.layout}) {
@@ -75,8 +75,9 @@ PathLoss lossOnPath(const SoundPath& path, const SoundFormat& physical, double c
     if (path.size() < 2) return loss;
     loss.rate = rateBeforeConversion(path, physical.sampleRate, clock);
     const SoundFormat narrow = narrowest(path, physical);
-    if (keptBits(narrow) < keptByStream(*path.front()))
+    if (keptBits(narrow) < keptByStream(*path.front())) {
         loss.layout = layoutBeforeLoss(layoutOf(*path.front()), narrow, physical);
+    }
     return loss;
 }
 

@@ -11,11 +11,11 @@ namespace purlock::host_linux {
 /// graph's records.
 using SoundPath = std::vector<const NodeRecord*>;
 
-/// Whether a sink hands on what has been through its converter. Else it is listened to by its monitor, which
-/// gives what the sink takes in. Pure.
+/// Whether a sink hands on samples that its converter has processed. Otherwise others listen to its monitor,
+/// which gives what the sink takes in. Pure.
 bool handsOnConverted(const NodeRecord& sink, const NodeRecord& next);
 
-/// What is lost on a path by converting the samples.
+/// The loss on a path by converting the samples.
 struct PathLoss {
     std::optional<double> rate;          // Hz, on the near side of the conversion that is nearest to the end
     std::optional<SampleLayout> layout;  // what had more bits than the path keeps
@@ -23,8 +23,8 @@ struct PathLoss {
     bool isAny() const { return rate || layout; }
 };
 
-/// What is lost between a stream and the hardware at the end of its path, which runs in `physical`. `clock`
-/// is the rate of the graph. Captured samples settled the rules: 24 bits pass the mixer, widening changes
+/// The loss between a stream and the hardware at the end of its path, which runs in `physical`. `clock` is
+/// the rate of the graph. Captured samples settled the rules: 24 bits pass the mixer, widening changes
 /// nothing, and every conversion of the rate changes every sample. Pure.
 PathLoss lossOnPath(const SoundPath& path, const SoundFormat& physical, double clock);
 

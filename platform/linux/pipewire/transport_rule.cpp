@@ -86,8 +86,9 @@ std::uint32_t transportType(const NodeProperties& node, const TransportFacts& fa
         return kAudioDeviceTransportTypeBluetooth;
     }
     if (facts.feedsSeveral) return kAudioDeviceTransportTypeAggregate;
-    if (api == "alsa" || node.pcm || node.factory.starts_with("api.alsa."))
+    if (api == "alsa" || node.pcm || node.factory.starts_with("api.alsa.")) {
         return hardwareTransport(node, facts, bus);
+    }
     // A node that belongs to no device is made of software alone.
     return facts.device == nullptr ? kAudioDeviceTransportTypeVirtual : 0;
 }

@@ -6,7 +6,7 @@
 
 namespace purlock::host_linux {
 
-/// What the rule needs to know of a device besides its own properties.
+/// The facts that the rule needs besides a device's own properties.
 struct TransportFacts {
     const DeviceProperties* device = nullptr;  // null for a node that no device made
     bool feedsSeveral = false;                 // passes its sound on by more than one stream

@@ -11,6 +11,7 @@
 #include <limits>
 #include <utility>
 
+#include "platform/linux/pipewire/monotonic_time.h"
 #include "platform/linux/pipewire/transition.h"
 
 namespace purlock::host_linux {
@@ -34,10 +35,6 @@ constexpr std::chrono::nanoseconds clockSettles = 120ms;
 constexpr std::chrono::nanoseconds serverCheckUp = 2s;
 constexpr std::chrono::nanoseconds hardwareCheckUp = 300ms;
 constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
-
-std::int64_t steadyNow() {
-    return std::chrono::steady_clock::now().time_since_epoch() / 1ns;
-}
 
 std::string hostName() {
     char name[256] = {};
@@ -78,8 +75,9 @@ PipeWireHardware::Worker::Worker(RunningApplications& applications, const Places
     if (!context_) return;
     // The words of the profiler's protocol; without them its reports cannot be read, and clocks are
     // estimated.
-    if (pw_context_load_module(context_.get(), PW_EXTENSION_MODULE_PROFILER, nullptr, nullptr) == nullptr)
+    if (pw_context_load_module(context_.get(), PW_EXTENSION_MODULE_PROFILER, nullptr, nullptr) == nullptr) {
         std::cerr << "PipeWire's profiler module cannot be loaded; clock rates are estimated.\n";
+    }
     hardware_ = std::make_unique<HardwareWatch>(loop_, SoundCards(places.processFileSystem),
                                                 places.soundDevices, [this] { publish(); });
     socket_ = std::make_unique<SocketWatch>(loop_, [this] { serverAppeared(); });
@@ -93,13 +91,15 @@ PipeWireHardware::Worker::Worker(RunningApplications& applications, const Places
     sessionEnds_ = std::make_unique<LoopEvent>(loop_, [this] { endSession(); });
     checkUp_ = std::make_unique<LoopEvent>(loop_, [this] { checkUp(); });
     reconnect_->arm(0ms);
-    if (pw_thread_loop_start(thread_.get()) != 0)
+    if (pw_thread_loop_start(thread_.get()) != 0) {
         std::cerr << "The system gives no thread for the audio server; there will be no devices.\n";
+    }
 }
 
 PipeWireHardware::Worker::~Worker() {
     if (thread_) pw_thread_loop_stop(thread_.get());
-    // From here on this thread owns what the loop's did; the members end in the reverse of their order.
+    // The loop's thread has ended, so this thread owns its objects now. The members end in the reverse of
+    // their order.
 }
 
 void PipeWireHardware::Worker::connect() {
@@ -152,8 +152,8 @@ void PipeWireHardware::Worker::settled() {
 
 /// The server tells one change in many steps, a few milliseconds apart; they are told on as one.
 void PipeWireHardware::Worker::publishWhenQuiet() {
-    if (!unpublishedSince_) unpublishedSince_ = steadyNow();
-    if (quiet_->isAble() && steadyNow() - *unpublishedSince_ < longestBurst / 1ns) {
+    if (!unpublishedSince_) unpublishedSince_ = monotonicNow();
+    if (quiet_->isAble() && monotonicNow() - *unpublishedSince_ < longestBurst / 1ns) {
         quiet_->arm(quietTime);
     } else {
         publishIfSettled();
@@ -161,8 +161,8 @@ void PipeWireHardware::Worker::publishWhenQuiet() {
 }
 
 void PipeWireHardware::Worker::publishIfSettled() {
-    const bool isPatient =
-        unpublishedSince_ && steadyNow() - *unpublishedSince_ < longestTransition / 1ns && quiet_->isAble();
+    const bool isPatient = unpublishedSince_ &&
+                           monotonicNow() - *unpublishedSince_ < longestTransition / 1ns && quiet_->isAble();
     if (isPatient && session_ &&
         isInTransition(session_->graph(), session_->knowsClocks(), clockChangedAt_ + clockSettles / 1ns)) {
         quiet_->arm(quietTime);
@@ -175,7 +175,7 @@ void PipeWireHardware::Worker::sampleClocksIfChanged() {
     std::string influences = clockInfluences(session_->graph());
     if (influences == clockInfluences_) return;
     clockInfluences_ = std::move(influences);
-    clockChangedAt_ = steadyNow();
+    clockChangedAt_ = monotonicNow();
     glances_.begin();
     if (isAnyRunning(session_->graph())) session_->sampleClocks();
 }
@@ -229,14 +229,14 @@ void PipeWireHardware::Worker::planCheckUp() {
     if (!plays && !isTaken) {
         nextCheckUp_ = never;
     } else if (nextCheckUp_ == never) {
-        nextCheckUp_ = steadyNow() + (isTaken ? hardwareCheckUp : serverCheckUp) / 1ns;
+        nextCheckUp_ = monotonicNow() + (isTaken ? hardwareCheckUp : serverCheckUp) / 1ns;
     }
 }
 
 void PipeWireHardware::Worker::noticeRead() {
     std::int64_t due = nextCheckUp_.load(std::memory_order_relaxed);
     if (due == never) return;
-    if (steadyNow() < due) return;
+    if (monotonicNow() < due) return;
     // One of the readers asks; the others find that it has been done.
     if (nextCheckUp_.compare_exchange_strong(due, never)) checkUp_->signal();
 }

@@ -21,8 +21,8 @@
 
 namespace purlock::host_linux {
 
-/// What happens on the loop's thread: connecting, losing the server, and a new picture after every change.
-/// Only `answers`, `listeners` and `noticeRead` are for other threads.
+/// The work on the loop's thread: connecting, losing the server, and a new picture after every change. Only
+/// `answers`, `listeners` and `noticeRead` are for other threads.
 class PipeWireHardware::Worker {
   public:
     Worker(RunningApplications& applications, const Places& places);

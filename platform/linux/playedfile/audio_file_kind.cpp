@@ -25,8 +25,9 @@ AudioFileKind oggKind(std::string_view start) {
     if (standsAt(start, packet, "OpusHead")) return AudioFileKind::opus;
     if (standsAt(start, packet,
                  "\x7f"
-                 "FLAC"))
+                 "FLAC")) {
         return AudioFileKind::oggFlac;
+    }
     if (standsAt(start, packet, "Speex   ")) return AudioFileKind::speex;
     return AudioFileKind::unknown;
 }
@@ -64,8 +65,9 @@ constexpr std::array signatures = {
 AudioFileKind audioFileKindOf(std::string_view start) {
     if (start.starts_with("OggS")) return oggKind(start);
     if (start.starts_with("RIFF") && standsAt(start, 8, "WAVE")) return AudioFileKind::wav;
-    if (start.starts_with("FORM") && (standsAt(start, 8, "AIFF") || standsAt(start, 8, "AIFC")))
+    if (start.starts_with("FORM") && (standsAt(start, 8, "AIFF") || standsAt(start, 8, "AIFC"))) {
         return AudioFileKind::aiff;
+    }
     for (const Signature& signature : signatures) {
         if (standsAt(start, signature.place, signature.word)) return signature.kind;
     }

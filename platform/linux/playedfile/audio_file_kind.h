@@ -26,7 +26,8 @@ enum class AudioFileKind {
     asf,
 };
 
-/// The kind by the file's first bytes, whatever its name says: 512 of them tell all kinds. Pure; any thread.
+/// The kind by the file's first bytes; its name does not count. 512 bytes are enough for all kinds. Pure; any
+/// thread.
 AudioFileKind audioFileKindOf(std::string_view start);
 
 /// The length of the ID3v2 tag at the file's start, header and footer included (id3v2.4.0-structure, 3.1); 0

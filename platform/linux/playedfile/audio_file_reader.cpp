@@ -40,7 +40,7 @@ using Style = TagLib::AudioProperties::ReadStyle;
 constexpr std::size_t bytesThatTell = 512;
 constexpr int maximumLeadingTags = 4;
 
-// What no file has; more is a mistake of the file or of its reader.
+// Limits that no real file exceeds; larger values are a mistake of the file or of its reader.
 constexpr int smallestRate = 1000;
 constexpr int largestRate = 100'000'000;
 constexpr int largestBitDepth = 64;
@@ -51,14 +51,15 @@ std::string_view viewOf(const TagLib::ByteVector& bytes) {
     return {bytes.data(), bytes.size()};
 }
 
-/// What every reader tells. A file without a rate was not understood.
+/// The properties that every reader tells. A file without a rate was not understood.
 std::optional<PlayedFile> basics(const TagLib::AudioProperties* properties, std::string codec,
                                  bool isLossless) {
     if (properties == nullptr) return std::nullopt;
     const int rate = properties->sampleRate();
     const int channels = properties->channels();
-    if (rate < smallestRate || rate > largestRate || channels < 1 || channels > largestChannelCount)
+    if (rate < smallestRate || rate > largestRate || channels < 1 || channels > largestChannelCount) {
         return std::nullopt;
+    }
     PlayedFile file;
     file.codec = std::move(codec);
     file.sampleRate = rate;
@@ -145,8 +146,9 @@ std::optional<PlayedFile> readAsf(BoundedStream& stream) {
     const TagLib::ASF::File file(&stream, true, Style::Average);
     const auto* properties = file.audioProperties();
     if (properties == nullptr) return std::nullopt;
-    if (properties->codec() == TagLib::ASF::Properties::WMA9Lossless)
+    if (properties->codec() == TagLib::ASF::Properties::WMA9Lossless) {
         return withDepth(properties, "WMA Lossless", true);
+    }
     return basics(properties, "WMA", false);
 }
 

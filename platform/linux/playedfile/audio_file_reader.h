@@ -17,9 +17,9 @@ struct AudioReading {
     bool isCutShort = false;  // a limit ended it; some memory is lost then
 };
 
-/// What an open regular file of `size` bytes says of its audio, whatever its name; absent when it is of no
-/// kind that the tag library knows, or not whole. Takes as long as the file's disk, within the limits; on a
-/// thread that may wait.
+/// Reads the audio properties of an open regular file of `size` bytes. Its name does not count. Absent when
+/// the tag library does not know its kind, or when it is not whole. Takes as long as the file's disk, within
+/// the limits; on a thread that may wait.
 ///
 /// Lossless: FLAC (also in Ogg), WAV and AIFF with PCM, ALAC, WavPack, Monkey's Audio, True Audio, lossless
 /// WMA; DSF and DSDIFF from TagLib 2 on. Lossy: MP3, AAC in MP4, Vorbis, Opus, Speex, Musepack, WMA, WavPack

@@ -17,8 +17,9 @@ BoundedStream::BoundedStream(int descriptor, std::uint64_t start, std::uint64_t 
       deadline_(std::chrono::steady_clock::now() + limits.time) {}
 
 void BoundedStream::count(std::size_t bytes) {
-    if (left_.reads == 0 || left_.totalBytes < bytes || std::chrono::steady_clock::now() > deadline_)
+    if (left_.reads == 0 || left_.totalBytes < bytes || std::chrono::steady_clock::now() > deadline_) {
         throw AudioReadEnded{};
+    }
     --left_.reads;
     left_.totalBytes -= bytes;
 }

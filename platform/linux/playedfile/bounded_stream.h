@@ -22,8 +22,8 @@ struct AudioReadLimits {
 /// way to be stopped. It loses some memory then, so that files which do this must not be read without end.
 struct AudioReadEnded {};
 
-/// A file for the tag library to read, from `start` on, within bounds; nothing is ever written. The
-/// descriptor stays its owner's. On one thread.
+/// The tag library's access to a file, from `start` on: reads are bounded, and nothing is ever written. The
+/// owner of the descriptor keeps it. On one thread.
 class BoundedStream final : public TagLib::IOStream {
   public:
 #if TAGLIB_MAJOR_VERSION >= 2

@@ -8,7 +8,7 @@ namespace purlock::host_linux {
 
 namespace {
 
-/// With each "%xy" as the byte it stands for; absent where a percent sign stands for none.
+/// Replaces each "%xy" by its byte; absent when a percent sign is followed by something else.
 std::optional<std::string> percentDecoded(std::string_view text) {
     std::string plain;
     plain.reserve(text.size());
@@ -20,8 +20,9 @@ std::optional<std::string> percentDecoded(std::string_view text) {
         }
         unsigned value = 0;
         const char* const digits = text.data() + 1;
-        if (text.size() < 3 || std::from_chars(digits, digits + 2, value, 16).ptr != digits + 2)
+        if (text.size() < 3 || std::from_chars(digits, digits + 2, value, 16).ptr != digits + 2) {
             return std::nullopt;
+        }
         plain += static_cast<char>(value);
         text.remove_prefix(3);
     }

@@ -14,7 +14,7 @@ namespace purlock::host_linux {
 
 namespace {
 
-/// What tells a file from what was at its place before.
+/// Tells a file from another one that was at its place before.
 struct FileKey {
     std::uint64_t device = 0;
     std::uint64_t number = 0;
@@ -36,8 +36,9 @@ std::optional<OpenFile> openFile(const std::string& path) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
     OpenFile file{FileDescriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)), {}};
-    if (!file.descriptor || fstat(file.descriptor.get(), &status) != 0 || !S_ISREG(status.st_mode))
+    if (!file.descriptor || fstat(file.descriptor.get(), &status) != 0 || !S_ISREG(status.st_mode)) {
         return std::nullopt;
+    }
     file.key = {status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
     return file;
 }

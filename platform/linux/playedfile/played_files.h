@@ -26,8 +26,8 @@ class PlayedFiles {
 
     explicit PlayedFiles(std::shared_ptr<SerialQueue> queue);
 
-    /// Reads the file at an absolute path. What is asked for while an earlier question still waits takes that
-    /// one's place: only the last track counts, and `onFound` of the others never runs.
+    /// Reads the file at an absolute path. A new question replaces an earlier one that still waits: only the
+    /// last track counts, and `onFound` of the others never runs.
     void read(std::string path, Found onFound);
 
   private:

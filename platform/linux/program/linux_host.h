@@ -33,7 +33,7 @@
 
 namespace purlock::host_linux {
 
-/// What the prompt leads to on Linux: accessibility is switched on for the session, without a question.
+/// On Linux the prompt switches accessibility on for the session, without a question.
 class EnableAccessibility final : public AccessibilityPrompt {
   public:
     explicit EnableAccessibility(AtSpiTree& tree) : tree_(tree) {}
@@ -61,7 +61,7 @@ class LinuxHost {
     /// Says how the shared services are made; before the shell.
     void provideSharedServices();
 
-    /// What the shell asks of this host.
+    /// The seams of the shell, answered by this host.
     AppDelegateSeams seams();
 
     /// Has `onActivate` run on the main thread whenever the program is started once more.

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 
+#include "base/identity.h"
 #include "platform/linux/activation/instance_activation.h"
 #include "platform/linux/dbus/bus_address.h"
 #include "platform/linux/dbus/bus_silence.h"
@@ -30,7 +31,7 @@ std::filesystem::path lockFile() {
 
 constexpr std::chrono::seconds longestActivation{1};
 
-/// What a second start does: opens the first one's panel, or closes it.
+/// A second start opens the panel of the first one, or closes it.
 int activateTheOther() {
     const std::string bus = sessionBusAddress();
     const bool activated = activateRunningInstance(bus, longestActivation);
@@ -73,7 +74,7 @@ int main(int argc, char** argv) {
     const std::string sessionBus = sessionBusAddress();
     keepToolkitFromSilentBus(sessionBus);
     QApplication::setApplicationName("Purlock");
-    QApplication::setDesktopFileName("org.purlock.Purlock");
+    QApplication::setDesktopFileName(applicationIdentifier);
     QApplication::setQuitOnLastWindowClosed(false);
     const auto application = startToolkit(argc, argv);
     applyDarkLook();

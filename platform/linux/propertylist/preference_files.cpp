@@ -16,7 +16,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// What tells a file from what was at its place before; all zero when there is none.
+/// Tells a file from another one that was at its place before; all zero when there is none.
 using FileKey = std::array<std::int64_t, 5>;
 
 FileKey keyOf(const std::string& path) {

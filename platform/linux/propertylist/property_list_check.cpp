@@ -147,7 +147,7 @@ class BinaryWalk {
         return bytes_ <= limits_.bytes;
     }
 
-    /// Of an integer of 16 bytes the reader takes the lower eight, so the upper ones must say nothing.
+    /// The reader takes the lower eight bytes of an integer of 16, so the upper ones must say nothing.
     bool isSmallEnough(const Object& object) const {
         return object.count < 16 || bigEndian(data_, object.content, 8) == 0;
     }
@@ -187,7 +187,7 @@ class BinaryWalk {
     std::size_t bytes_ = 0;
 };
 
-/// What replacing the entities of `text` costs at most: each moves all that follows it.
+/// The highest cost of replacing the entities of `text`: each replacement moves all that follows it.
 std::size_t entityWork(std::string_view text) {
     return static_cast<std::size_t>(std::ranges::count(text, '&')) * text.size();
 }
@@ -203,8 +203,9 @@ bool isSafeXmlPropertyList(std::string_view data, const PropertyListLimits& limi
     if (std::cmp_greater(std::ranges::count(data, '<'), limits.values)) return false;
     if (data.find('\0') != data.npos) return false;  // ends a text early
     // A comment or a CDATA section does not end a text, and may hold what looks like a tag.
-    if (data.find("<!--") != data.npos || data.find("<![") != data.npos)
+    if (data.find("<!--") != data.npos || data.find("<![") != data.npos) {
         return entityWork(data) <= limits.entityWork;
+    }
     std::size_t work = 0;
     while (!data.empty()) {
         const std::string_view text = data.substr(0, data.find('<'));

@@ -5,12 +5,12 @@
 
 namespace purlock::host_linux {
 
-// libplist trusts a property list further than a stranger's file deserves. Of version 2.2 these were seen: a
-// binary list of 100,000 arrays in one another, and an XML list of 300,000, overflow the stack; 24 binary
+// libplist trusts a property list further than a stranger's file deserves. Version 2.2 has these faults. A
+// binary list of 100,000 nested arrays overflows the stack, and so does an XML list of 300,000. 24 binary
 // arrays, each of which names the next one twice, take minutes and all memory, since a value is copied at
-// each mention; a binary key with a zero character stops the process; the time for an XML text grows with the
-// square of its entities, to minutes for 4 MB. The checks below keep such lists from it. Both are pure
-// functions, in time linear in the limits; any thread.
+// each mention. A binary key with a zero character stops the process. The time for an XML text grows with the
+// square of its entities, to minutes for 4 MB. The checks below keep such lists away from the library. Both
+// are pure functions, in time linear in the limits; any thread.
 
 struct PropertyListLimits {
     std::size_t values = 20'000;  // of any type, each counted as often as it is mentioned; XML: of tags
@@ -23,7 +23,7 @@ struct PropertyListLimits {
 /// limits. The layout is the one that CoreFoundation's CFBinaryPList.c describes.
 bool isSafeBinaryPropertyList(std::string_view data, const PropertyListLimits& limits = {});
 
-/// Whether the text, which may be any, costs a reader of XML lists no more than the limits say.
+/// Whether a reader of XML lists can read the text within the limits. The text may be anything.
 bool isSafeXmlPropertyList(std::string_view data, const PropertyListLimits& limits = {});
 
 }  // namespace purlock::host_linux

@@ -15,7 +15,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-/// What is in the way of a write to the settings file.
+/// The obstacle to a write to the settings file.
 enum class Obstacle {
     none,
     malformed,   // not ours to read, but to be kept

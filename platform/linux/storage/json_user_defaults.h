@@ -30,7 +30,7 @@ class JsonUserDefaults final : public UserDefaults {
     void setBool(bool value, std::string_view key) override;
     void removeObjectForKey(std::string_view key) override;
 
-    /// A settings file of ours is below a kilobyte; whatever is larger than this is something else.
+    /// Our settings file is smaller than a kilobyte; a file larger than this is something else.
     static constexpr std::size_t largestFile = 1 << 20;
 
   private:

@@ -4,7 +4,7 @@
 #include <unistd.h>
 
 #include <array>
-#include <cstdlib>
+#include <string>
 
 namespace purlock::host_linux {
 
@@ -35,11 +35,6 @@ std::optional<fs::path> userDirectory(const Environment& environment, const char
 }
 
 }  // namespace
-
-std::optional<std::string> processEnvironment(const char* name) {
-    const char* const value = std::getenv(name);
-    return value != nullptr ? std::optional<std::string>(value) : std::nullopt;
-}
 
 std::optional<fs::path> homeDirectory(const Environment& environment) {
     if (auto home = absolute(environment("HOME"))) return home;

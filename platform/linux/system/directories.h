@@ -1,17 +1,11 @@
 #pragma once
 
 #include <filesystem>
-#include <functional>
 #include <optional>
-#include <string>
+
+#include "platform/linux/system/environment.h"
 
 namespace purlock::host_linux {
-
-/// Looks up an environment variable; absent when it is not set.
-using Environment = std::function<std::optional<std::string>(const char* name)>;
-
-/// The process's own environment.
-std::optional<std::string> processEnvironment(const char* name);
 
 // The user's folders by the XDG Base Directory Specification: the variable when it holds an absolute path,
 // else the default below the home folder (HOME, else the user database). Absent when there is no home folder

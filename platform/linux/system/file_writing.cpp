@@ -53,7 +53,7 @@ bool moveOver(const std::string& from, const std::string& to) {
     return ::rename(from.c_str(), to.c_str()) == 0;
 }
 
-/// Only with a regular file, for a folder would change its name. Not every file system can.
+/// Only for a regular file: a folder would change its name. Some file systems cannot exchange files.
 bool exchange(const std::string& from, const std::string& to) {
     struct stat target {};
     if (::lstat(to.c_str(), &target) != 0 || !S_ISREG(target.st_mode)) return false;

@@ -11,7 +11,7 @@ namespace purlock::host_linux {
 /// was done.
 bool replaceFile(const std::filesystem::path& file, std::string_view text);
 
-/// As `replaceFile`, for a file that is rewritten all the time. A file system that guards a replaced file
+/// Like `replaceFile`, for a file that is rewritten all the time. A file system that guards a replaced file
 /// against a power cut (ext4) starts writing it to the disk at each renaming and has the caller wait for
 /// that; exchanging the two files spares it. After a power cut the file may be empty.
 bool replaceTransientFile(const std::filesystem::path& file, std::string_view text);

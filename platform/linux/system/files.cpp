@@ -18,8 +18,8 @@ namespace purlock::host_linux {
 
 namespace {
 
-// Not to wait for the writer of a pipe, nor to become the master of a terminal, that stands in a file's
-// place.
+// A pipe or a terminal may stand in a file's place: so the open neither waits for a writer nor takes the
+// terminal over.
 constexpr int readFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 
 struct FolderCloser {

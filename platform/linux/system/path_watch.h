@@ -9,13 +9,12 @@ namespace purlock::host_linux {
 /// Tells when something appears at a path, without looking there meanwhile: the nearest folder on the way to
 /// it that exists is watched (inotify) for the next step.
 ///
-/// Owned by whoever waits for a server's socket, and used on its thread only, which waits for `descriptor` to
-/// become readable and then calls `takeEvents`.
+/// Its owner waits for a server's socket and uses it on one thread, which waits for `descriptor` to become
+/// readable and then calls `takeEvents`.
 class PathWatch {
   public:
-    /// Whether an appearance will be told from now on; called again, it goes on to a nearer folder that
-    /// exists by now. False, and nothing is told, for a path that is not absolute and where a folder cannot
-    /// be watched.
+    /// Starts watching, or goes on to a nearer folder that exists by now. False, and nothing is told, if the
+    /// path is not absolute or a folder cannot be watched.
     bool begin(const std::filesystem::path& path);
 
     void end();

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "base/text.h"
+
 namespace purlock::host_linux {
 
 namespace {
@@ -23,39 +25,31 @@ ColorScheme schemeOf(const BusValue& value) {
 }  // namespace
 
 ColorSchemeWatch::ColorSchemeWatch(BusConnection& connection, Callback onScheme)
-    : connection_(connection),
-      onScheme_(std::move(onScheme)),
-      alive_(std::make_shared<ColorSchemeWatch*>(this)) {
-    portal_ = std::make_unique<BusNameWatch>(connection_, portalName,
-                                             [this](const std::string& owner) { portalChanged(owner); });
-}
+    : onScheme_(std::move(onScheme)),
+      portal_(connection, portalName, [this](const std::string& owner) { portalChanged(owner); }) {}
 
 /// A portal that has gone leaves the scheme as it was: the desktop looks as before.
 void ColorSchemeWatch::portalChanged(const std::string& owner) {
-    changes_.reset();
     if (owner.empty()) return;
-    changes_ =
-        connection_.addMatch("type='signal',sender='" + owner + "',path='" + portalPath + "',interface='" +
-                                 settingsInterface + "',member='SettingChanged',arg0='" + appearance + "'",
-                             [this](const BusIncoming& signal) {
-                                 BusReader reader = signal.reader();
-                                 const auto space = reader.nextText();
-                                 const auto name = reader.nextText();
-                                 const auto value = reader.next();
-                                 if (space == appearance && name == key && value) take(*value);
-                             });
+    portal_.listen(joined({"path='", portalPath, "',interface='", settingsInterface,
+                           "',member='SettingChanged',arg0='", appearance, "'"}),
+                   [this](const BusIncoming& signal) {
+                       BusReader reader = signal.reader();
+                       const auto space = reader.nextText();
+                       const auto name = reader.nextText();
+                       const auto value = reader.next();
+                       if (space == appearance && name == key && value) take(*value);
+                   });
     ask();
 }
 
 void ColorSchemeWatch::ask() {
-    auto call = connection_.newCall({portalName, portalPath, settingsInterface, "Read"});
+    auto call = portal_.newCall(portalPath, settingsInterface, "Read");
     call.append(appearance).append(key);
-    const std::weak_ptr<ColorSchemeWatch*> alive = alive_;
-    static_cast<void>(connection_.call(call, timeLimit, [alive](const BusIncoming& reply) {
-        const auto watch = alive.lock();
+    portal_.call(call, timeLimit, [this](const BusIncoming& reply) {
         const auto value = reply.isError() ? std::nullopt : reply.reader().next();
-        if (watch && value) (*watch)->take(*value);
-    }));
+        if (value) take(*value);
+    });
 }
 
 void ColorSchemeWatch::take(const BusValue& value) {

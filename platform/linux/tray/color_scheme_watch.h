@@ -1,14 +1,13 @@
 #pragma once
 
 #include <functional>
-#include <memory>
+#include <string>
 
-#include "platform/linux/dbus/bus_connection.h"
-#include "platform/linux/dbus/bus_name_watch.h"
+#include "platform/linux/dbus/bus_service.h"
 
 namespace purlock::host_linux {
 
-/// What the user has chosen for the desktop as a whole.
+/// The user's choice for the whole desktop.
 enum class ColorScheme { unknown, dark, light };
 
 /// Follows the desktop's colour scheme, as the settings portal tells it (org.freedesktop.appearance); without
@@ -27,12 +26,9 @@ class ColorSchemeWatch {
     void ask();
     void take(const BusValue& value);
 
-    BusConnection& connection_;
     const Callback onScheme_;
     ColorScheme scheme_ = ColorScheme::unknown;
-    BusSlot changes_;
-    std::unique_ptr<BusNameWatch> portal_;
-    std::shared_ptr<ColorSchemeWatch*> alive_;  // empties for a reply that comes after the watch was dropped
+    BusService portal_;
 };
 
 }  // namespace purlock::host_linux

@@ -20,7 +20,7 @@ struct NotifierPixmap {
 /// Pure; any thread. Nothing at all of a null image.
 NotifierPixmap notifierPixmap(const QImage& image);
 
-/// What a tray shows of the item.
+/// The parts of the item that a tray shows.
 struct NotifierLook {
     std::vector<NotifierPixmap> icon;  // the same in several sizes; empty: nothing to be seen
     std::string iconName;              // of an icon theme's own drawing of it; may be empty

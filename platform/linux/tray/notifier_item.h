@@ -2,15 +2,13 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <string>
 
 #include "platform/linux/dbus/bus_connection.h"
-#include "platform/linux/dbus/bus_name_watch.h"
+#include "platform/linux/dbus/bus_object.h"
+#include "platform/linux/dbus/bus_service.h"
 #include "platform/linux/tray/notifier_data.h"
 #include "platform/linux/tray/notifier_menu.h"
-
-struct sd_bus_message;
 
 namespace purlock::host_linux {
 
@@ -29,7 +27,7 @@ struct NotifierEvents {
 };
 
 /// The status notifier item (org.kde.StatusNotifierItem) of this program on a connection: the object itself,
-/// and its registration with whatever watcher is there, comes or comes back.
+/// and its registration with each watcher that is there, comes or comes back.
 ///
 /// A watcher without a tray behind it has the item registered too, but does not count as hosting it. Made
 /// when the connection is there and dropped when it is lost; events and calls on the bus thread.
@@ -43,17 +41,14 @@ class NotifierItem {
     void setLook(NotifierLook look);
 
   private:
-    struct Object;
-
-    void exportObject();
+    BusInterface interface() const;
+    void appendToolTip(BusWriter& writer) const;
     void chosen(std::size_t entry) const;
     void watcherChanged(const std::string& owner);
-    void listenToHosts(const std::string& owner);
+    void listenToHosts();
     void registerItem();
     void askForHost();
     void setHosted(bool hosted);
-    void tell(const char* signal);
-    void tellStatus();
 
     BusConnection& connection_;
     const NotifierEvents events_;
@@ -61,11 +56,8 @@ class NotifierItem {
     bool known_ = false;
     bool hosted_ = false;
     const NotifierMenu menu_;
-    BusSlot object_;
-    BusSlot hostCame_;
-    BusSlot hostWent_;
-    std::unique_ptr<BusNameWatch> watcher_;
-    std::shared_ptr<NotifierItem*> alive_;  // empties for a reply that comes after the item was dropped
+    const BusObject object_;
+    BusService watcher_;
 };
 
 }  // namespace purlock::host_linux

@@ -85,8 +85,9 @@ std::string statusIconName(const SymbolImage& image) {
         const QString file =
             QStringLiteral("icons/hicolor/symbolic/apps/") + QLatin1StringView(name) + ".svg";
         const bool isThis = symbol == image.name;
-        if (isThis && !QStandardPaths::locate(QStandardPaths::GenericDataLocation, file).isEmpty())
+        if (isThis && !QStandardPaths::locate(QStandardPaths::GenericDataLocation, file).isEmpty()) {
             return name;
+        }
     }
     return {};
 }

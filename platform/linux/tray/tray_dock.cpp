@@ -67,7 +67,7 @@ std::optional<Rect> TrayDock::frame() {
     return frame;
 }
 
-/// Events also arrive while a reply is waited for; whoever waits calls this afterwards.
+/// Events also arrive while a function waits for a reply; that function calls this afterwards.
 void TrayDock::readEvents() {
     while (const auto event = server_->nextEvent()) {
         switch (event->response_type & 0x7FU) {
@@ -139,7 +139,7 @@ void TrayDock::resized(int width, int height) {
     repaint();
 }
 
-/// Into the tray that is there now, whichever it was in before.
+/// Moves the icon into the tray that is there now.
 void TrayDock::findTray() {
     undock();
     if (!shown_ || !server_->findTray()) return;

@@ -33,7 +33,7 @@ struct TrayDockEvents {
 /// A small window in the X server's system tray, for desktops without status notifier items.
 ///
 /// It stands in the tray that is there, and in the next one when that has gone. It has a connection of its
-/// own to the server of $DISPLAY, so that it works whatever the toolkit draws on, and never sees the
+/// own to the server of $DISPLAY, so that it works independent of the toolkit's platform, and never sees the
 /// toolkit's events; without a server it does nothing. Main thread.
 class TrayDock {
   public:
@@ -42,7 +42,7 @@ class TrayDock {
     TrayDock(const TrayDock&) = delete;
     TrayDock& operator=(const TrayDock&) = delete;
 
-    /// From now on the icon is in the tray, or never again until the next call. At first it is not.
+    /// Whether the icon is to be in the tray from now on. At first it is not.
     void setShown(bool shown);
 
     /// Asks `paint` again.

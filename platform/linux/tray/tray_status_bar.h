@@ -19,10 +19,10 @@ struct IconWhereabouts {
     std::function<IconAt(double x, double y)> iconAt;
 };
 
-/// The desktop's tray: a status notifier item where somebody shows those, else a window in the X server's
-/// system tray, and each time the one or the other comes, goes or comes back, the icon moves there.
+/// The desktop's tray. The icon is a status notifier item if a tray shows those, else a window in the X
+/// server's system tray. It moves each time one of them comes, goes or comes back.
 ///
-/// Where both are, the notifier item wins. Where neither is, the item waits for one; its frame is all zero
+/// If both are there, the notifier item wins. If neither is, the item waits for one; its frame is all zero
 /// meanwhile. Owned by the host; ends after the items, before the bus thread. Main thread.
 class TrayStatusBar final : public StatusBar {
   public:

@@ -35,8 +35,8 @@ class TrayStatusItem final : public StatusItem, private StatusButton {
     void setAction(std::function<void()> onClick) override;
     void setToolTip(const std::string& text) override;
 
-    /// In the X server's tray, where the icon is. As a notifier item: a small square around the last click,
-    /// since no tray tells where it shows its items.
+    /// The place of the icon in the X server's tray. For a notifier item, a small square around the last
+    /// click: no tray tells where it shows its items.
     Rect windowFrame() const override;
 
     TrayBusEvents busEvents();
@@ -50,7 +50,7 @@ class TrayStatusItem final : public StatusItem, private StatusButton {
     IconAt iconAt(double x, double y) const;
     void publishLook();
 
-    /// What the bus thread shares with this. `item` is for the main thread alone.
+    /// Shared with the bus thread. `item` is for the main thread alone.
     struct Link {
         TrayStatusItem* item = nullptr;
         std::atomic<bool> clickUnderWay = false;  // more clicks than the main thread takes are one

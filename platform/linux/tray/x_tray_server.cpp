@@ -96,7 +96,8 @@ XOwned<xcb_get_property_reply_t> XTrayServer::trayProperty(Atom name, xcb_atom_t
     return whole ? std::move(reply) : nullptr;
 }
 
-/// That of a tray which blends its icons, if the server has it in that depth; else that of the tray's window.
+/// The visual of a tray that blends its icons, if the server has one of that depth; else the visual of the
+/// tray's window.
 XTrayServer::Look XTrayServer::askedLook() {
     const auto property = trayProperty(visual, XCB_ATOM_VISUALID, 1);
     if (!property) return {};
@@ -217,7 +218,7 @@ std::optional<QColor> XTrayServer::background() {
     if (!frame || frame->width < 1 || screen_->root_depth < 24) return std::nullopt;
     const auto x = static_cast<std::int16_t>(frame->x);
     const auto y = static_cast<std::int16_t>(frame->y);
-    // Of the whole screen: a tray that blends its icons paints what is below them elsewhere.
+    // Reads the whole screen: a tray that blends its icons paints their ground elsewhere.
     const XOwned<xcb_get_image_reply_t> image(xcb_get_image_reply(
         connection_, xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, root(), x, y, 1, 1, 0x00FFFFFF),
         nullptr));

@@ -13,7 +13,7 @@
 
 namespace purlock::host_linux {
 
-/// What xcb hands out to be freed.
+/// A pointer from xcb that is to be freed.
 struct FreeDeleter {
     void operator()(void* memory) const;
 };
@@ -27,7 +27,7 @@ using XOwned = std::unique_ptr<T, FreeDeleter>;
 /// meanwhile, has no effect: its end comes as an event too.
 class XTrayServer {
   public:
-    /// To the server of $DISPLAY.
+    /// Connects to the server of $DISPLAY.
     XTrayServer();
     ~XTrayServer();
     XTrayServer(const XTrayServer&) = delete;
@@ -46,7 +46,7 @@ class XTrayServer {
     /// Whether a message on the root window announces a new tray.
     bool announcesTray(const xcb_client_message_event_t& message) const;
 
-    /// Looks who the tray is and listens to its end. Whether there is one.
+    /// Finds the tray and listens to its end. False when there is none.
     bool findTray();
 
     /// Makes the window and asks the tray to take it.
@@ -57,8 +57,8 @@ class XTrayServer {
     /// The colour that the tray asks for.
     std::optional<QColor> foreground();
 
-    /// What the tray shows below the corners of the window, where the icon is clear; absent when the server
-    /// does not say.
+    /// The colour of the tray below the corners of the window, where the icon is clear; absent when the
+    /// server does not tell it.
     std::optional<QColor> background();
 
     /// In pixels of the screen, y downwards.

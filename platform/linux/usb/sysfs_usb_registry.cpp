@@ -52,8 +52,9 @@ std::vector<std::string> soundInterfaces(const std::vector<std::string>& entries
     std::vector<std::string> found;
     for (const std::string& entry : entries) {
         const bool isInterface = entry.find(':') != std::string::npos;
-        if (isInterface && readAttribute(joined({folder, "/", entry}), "bInterfaceClass") == "01")
+        if (isInterface && readAttribute(joined({folder, "/", entry}), "bInterfaceClass") == "01") {
             found.push_back(entry);
+        }
     }
     return found;
 }
@@ -76,8 +77,9 @@ std::optional<std::vector<UsbDevice>> SysfsUsbRegistry::devices() {
     std::vector<UsbDevice> devices;
     for (const std::string& name : names) {
         const std::string device = joined({folder_, "/", name});
-        if (!isHub(device))
+        if (!isHub(device)) {
             devices.push_back({readAttribute(device, "manufacturer"), readAttribute(device, "product")});
+        }
     }
     return devices;
 }

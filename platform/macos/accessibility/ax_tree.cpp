@@ -25,8 +25,9 @@ class AXElement final : public AccessibilityElement {
 
     std::optional<AttributeValue> copyAttributeValue(std::string_view attribute) override {
         if (const auto known = answers_.find(attribute); known != answers_.end()) return known->second;
-        if (!element_ || patience_->questions == 0 || patience_->now() >= patience_->walkEnds)
+        if (!element_ || patience_->questions == 0 || patience_->now() >= patience_->walkEnds) {
             return std::nullopt;
+        }
         return answers_.emplace(attribute, valueOf(ask(attribute))).first->second;
     }
 

@@ -103,8 +103,9 @@ class DrawnOverlay final : public DrawnContent {
     void show(const View& next) override {
         children_ = successors(children_, next.children, onAction_);
         for (const auto& child : children_) {
-            if (child->view().superview == nil)
+            if (child->view().superview == nil) {
                 centre(child->view(), child == children_.front() && !next.frame);
+            }
         }
     }
 

@@ -176,11 +176,12 @@ class DrawnShape final : public DrawnContent {
             setFixedSize(view, space->width, space->height);
         } else if (const auto* const bar = std::get_if<Bar>(&content)) {
             // A bar of no height of its own is as high as its row: the row sees to that.
-            if (bar->height)
+            if (bar->height) {
                 setFixedSize(view, bar->width, *bar->height);
-            else
+            } else {
                 [NSLayoutConstraint
                     activateConstraints:@[ [view.widthAnchor constraintEqualToConstant:bar->width] ]];
+            }
         } else {
             [view setContentHuggingPriority:yielding forOrientation:NSLayoutConstraintOrientationHorizontal];
         }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/overloaded.h"
 #include "core/verdict.h"
 #include "platform/macos/appkit/colors.h"
 #include "platform/macos/appkit/drawn_content.h"

@@ -62,8 +62,9 @@ Cancellable GlobalEventMonitor::addGlobalMonitor(Mask mask, std::function<void()
 void SharedWorkspace::openURL(const std::filesystem::path& file) {
     NSURL* const url = [NSURL fileURLWithPath:makeNSString(file.native())];
     // A Mac on which nobody has chosen a program for such files has none: then the Finder shows the file.
-    if (![NSWorkspace.sharedWorkspace openURL:url])
+    if (![NSWorkspace.sharedWorkspace openURL:url]) {
         [NSWorkspace.sharedWorkspace activateFileViewerSelectingURLs:@[ url ]];
+    }
 }
 
 void SystemAccessibilityPrompt::request() {

@@ -43,8 +43,9 @@ std::optional<PropertyListDictionary> PropertyListFile::dictionaryWithContentsOf
         PropertyListDictionary dictionary;
         for (id key in contents) {
             if (![key isKindOfClass:[NSString class]]) continue;
-            if (auto name = textOf(key))
+            if (auto name = textOf(key)) {
                 dictionary.emplace(std::move(*name), valueOf([contents objectForKey:key]));
+            }
         }
         return dictionary;
     }

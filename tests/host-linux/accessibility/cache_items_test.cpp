@@ -188,8 +188,9 @@ INSTANTIATE_TEST_SUITE_P(Rows, CachedTrees, ::testing::ValuesIn(treeRows),
 
 TEST(CachedTree, KeepsItsBounds) {
     std::vector<CacheItem> items{item(root, "", 0, "app")};
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 100; ++i) {
         items.push_back(item("/" + std::to_string(i), root, i, std::string(10, 'x')));
+    }
     items[1].name = std::string(11, 'x');
     const SnapshotLimits limits{.elements = 50, .textBytes = 10, .totalTextBytes = 33};
     const auto tree = buildTree(items, limits);

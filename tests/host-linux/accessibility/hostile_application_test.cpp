@@ -21,8 +21,8 @@
 namespace purlock::host_linux {
 namespace {
 
-using test::BusService;
 using test::FakeAccessibilityBus;
+using test::TestService;
 using test::waitUntil;
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
@@ -93,7 +93,7 @@ class Walks {
 /// An application that answers GetItems as the test says, and nothing else.
 FakeAccessibilityBus::Application answeringItems(FakeAccessibilityBus::Fill fill) {
     return [fill = std::move(fill)](sd_bus_message* call) {
-        return is(call, "GetItems") ? BusService::reply(call, fill) : false;
+        return is(call, "GetItems") ? TestService::reply(call, fill) : false;
     };
 }
 
@@ -247,22 +247,22 @@ TEST_F(HostileApplication, CyclesAndEndlessTreesEnd) {
         ++calls;
         const std::string path = sd_bus_message_get_path(call);
         if (is(call, "GetChildren")) {
-            return BusService::reply(call, [&](sd_bus_message* answer) {
+            return TestService::reply(call, [&](sd_bus_message* answer) {
                 sd_bus_message_append(answer, "a(so)", 4, name(), path.c_str(), name(),
                                       "/org/a11y/atspi/accessible/root", name(), (path + "/a").c_str(),
                                       ":9.9", "/other");
             });
         }
         if (is(call, "GetState")) {
-            return BusService::reply(
+            return TestService::reply(
                 call, [](sd_bus_message* answer) { sd_bus_message_append(answer, "au", 2, 1U << 30U, 0U); });
         }
         if (is(call, "GetRole")) {
-            return BusService::reply(call,
-                                     [](sd_bus_message* answer) { sd_bus_message_append(answer, "u", 29U); });
+            return TestService::reply(
+                call, [](sd_bus_message* answer) { sd_bus_message_append(answer, "u", 29U); });
         }
         if (is(call, "Get")) {
-            return BusService::reply(call, [&](sd_bus_message* answer) {
+            return TestService::reply(call, [&](sd_bus_message* answer) {
                 const bool isDeepest = path == "/org/a11y/atspi/accessible/root/a/a/a/a/a/a/a/a/a/a/a/a";
                 sd_bus_message_append(answer, "v", "s", isDeepest ? "Hi-Res" : "element");
             });
@@ -317,17 +317,17 @@ class Storm {
     bool answer(sd_bus_message* call) {
         if (is(call, "GetItems")) return answerItems(call);
         if (is(call, "GetChildren")) {
-            return BusService::reply(call, [&](sd_bus_message* answer) {
+            return TestService::reply(call, [&](sd_bus_message* answer) {
                 const std::string path = sd_bus_message_get_path(call);
                 sd_bus_message_append(answer, "a(so)", 2, name(), path.c_str(), name(),
                                       (path + "/a").c_str());
             });
         }
         if (is(call, "Get")) {
-            return BusService::reply(
+            return TestService::reply(
                 call, [](sd_bus_message* answer) { sd_bus_message_append(answer, "v", "i", 7); });
         }
-        return BusService::reply(call, [](sd_bus_message*) {});
+        return TestService::reply(call, [](sd_bus_message*) {});
     }
 
     void end() { isOver_ = true; }
@@ -342,7 +342,7 @@ class Storm {
         const int kind = isOver_ ? kinds : calls_++ % kinds;
         if (kind == 0) return true;   // silence
         if (kind == 1) return false;  // no such method
-        return BusService::reply(call, [&](sd_bus_message* answer) { fill(answer, kind); });
+        return TestService::reply(call, [&](sd_bus_message* answer) { fill(answer, kind); });
     }
 
     void fill(sd_bus_message* answer, int kind) const {
@@ -401,8 +401,7 @@ TEST_F(HostileApplication, AStormStallsNobodyAndLeavesMemoryAsItWas) {
     EXPECT_TRUE(waitUntil([&] { return inUse() - before < 1024; })) << inUse() - before << " KiB";
     malloc_trim(0);
     std::printf(
-        "hostile for %ld s: %d answers, longest walk %.2f ms, at most %.2f ms of processor time, resident "
-        "%ld MiB, kept %ld KiB\n",
+        "hostile for %ld s: %d answers, longest walk %.2f ms, at most %.2f ms of processor time, resident %ld MiB, kept %ld KiB\n",
         static_cast<long>(stormTime().count()), storm.answers(), walks.longestMilliseconds(),
         walks.mostProcessorMilliseconds(), residentMegabytes(), inUse() - before);
     EXPECT_LT(walks.mostProcessorMilliseconds(), longestWalkInStorm);

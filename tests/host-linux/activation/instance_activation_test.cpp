@@ -9,9 +9,9 @@
 #include <string>
 #include <thread>
 
-#include "tests/support/bus_service.h"
 #include "tests/support/manual_run_loop.h"
 #include "tests/support/private_bus.h"
+#include "tests/support/test_service.h"
 
 namespace purlock::host_linux {
 namespace {
@@ -23,7 +23,7 @@ class InstanceActivationTest : public testing::Test {
     void SetUp() override { ASSERT_TRUE(busAnswers()); }
 
     bool busAnswers() {
-        const test::BusService caller(bus.address(), "", [](sd_bus_message*) { return false; });
+        const test::TestService caller(bus.address(), "", [](sd_bus_message*) { return false; });
         return test::waitUntil([&] { return caller.ready(); });
     }
     void startInstance() {
@@ -147,7 +147,7 @@ TEST_F(InstanceActivationTest, EveryCallOfTheDesktopActivates) {
     startInstance();
     ASSERT_TRUE(activate());
     ASSERT_TRUE(reaches(1));
-    test::BusService desktop(bus.address(), "", [](sd_bus_message*) { return false; });
+    test::TestService desktop(bus.address(), "", [](sd_bus_message*) { return false; });
     ASSERT_TRUE(test::waitUntil([&] { return desktop.ready(); }));
     const auto call = [&](const char* method, const std::function<void(sd_bus_message*)>& fill) {
         int result = -1;

@@ -270,8 +270,9 @@ TEST_F(DesktopApplicationsTest, AnEntryThatNoMenuShowsNamesNoProgram) {
 
 TEST_F(DesktopApplicationsTest, FoldersThatLeadToThemselvesAreReadOnce) {
     addDesktopFile("usr/applications/player.desktop", "Player", "player");
-    for (int i = 0; i < 12; ++i)
+    for (int i = 0; i < 12; ++i) {
         std::filesystem::create_symlink(".", machine_.path() / "usr/applications" / std::to_string(i));
+    }
     add({.pid = 10, .program = "/usr/bin/player"});
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(of(10), application(10, "player", "Player"));
@@ -375,8 +376,9 @@ TEST_F(DesktopApplicationsTest, InstancesComeInTheOrderOfTheirStartEachOnce) {
 TEST_F(DesktopApplicationsTest, AQuestionForInstancesLooksAtNoOtherProcess) {
     addDesktopFile("usr/applications/player.desktop", "Player", "player");
     constexpr int processes = 3000;
-    for (int pid = 1000; pid < 1000 + processes; ++pid)
+    for (int pid = 1000; pid < 1000 + processes; ++pid) {
         std::filesystem::create_directories(machine_.path() / "proc" / std::to_string(pid));
+    }
     add({.pid = 10, .program = "/usr/bin/player"});
     const auto ask = [&] { return applications().runningApplicationsWithBundleIdentifier("player"); };
     const auto start = std::chrono::steady_clock::now();
@@ -414,8 +416,9 @@ TEST(DesktopApplicationsOfThisMachine, NoDesktopFileNamesAnInterpreter) {
         for (const auto& file : std::filesystem::directory_iterator(folder, error)) {
             const std::string path = file.path().string();
             const std::string name = file.path().filename().string();
-            if (!name.starts_with("python3") && name != "bash" && name != "sh" && !name.starts_with("perl"))
+            if (!name.starts_with("python3") && name != "bash" && name != "sh" && !name.starts_with("perl")) {
                 continue;
+            }
             ++interpreters;
             EXPECT_EQ(index.idOfExecutable(path), std::nullopt) << path;
             EXPECT_EQ(index.idOfExecutable(name), std::nullopt) << name;

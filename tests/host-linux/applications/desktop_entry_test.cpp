@@ -55,8 +55,7 @@ TEST_P(DesktopEntryNames, AreInTheReadersLanguage) {
 }
 
 constexpr const char* names =
-    "Name=Music\nName[de]=Musik\nName[de_AT]=Musi\nName[sr]=Музика\nName[sr@latin]=Muzika\nGenericName="
-    "Player\n";
+    "Name=Music\nName[de]=Musik\nName[de_AT]=Musi\nName[sr]=Музика\nName[sr@latin]=Muzika\nGenericName=Player\n";
 
 const NameRow nameRows[] = {
     {"WithoutALocale", names, "C", "Music"},
@@ -113,8 +112,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, ExecutableOfCommand, ::testing::ValuesIn(commandR
 
 TEST(DesktopEntry, ReadsItsSwitchesAndPrograms) {
     const DesktopEntry entry = parseDesktopEntry(
-        "# a comment\n[Desktop "
-        "Entry]\nType=Application\nNoDisplay=true\nHidden=true\nTryExec=/usr/bin/xterm\n"
+        "# a comment\n[Desktop Entry]\nType=Application\nNoDisplay=true\nHidden=true\nTryExec=/usr/bin/xterm\n"
         "Exec=xterm -ls\nCategories=System;TerminalEmulator;\n",
         {});
     EXPECT_EQ(entry, (DesktopEntry{std::nullopt, {"/usr/bin/xterm", "xterm"}, true, true, true, true}));

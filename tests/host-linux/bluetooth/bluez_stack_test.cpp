@@ -7,14 +7,14 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/bus_service.h"
 #include "tests/support/private_bus.h"
+#include "tests/support/test_service.h"
 
 namespace purlock::host_linux {
 namespace {
 
-using test::BusService;
 using test::PrivateBus;
+using test::TestService;
 using test::waitUntil;
 using namespace std::chrono_literals;
 using Devices = std::vector<PairedBluetoothDevice>;
@@ -66,7 +66,7 @@ class FakeBlueZ {
             0) {
             return false;
         }
-        return BusService::reply(call, [this](sd_bus_message* answer) {
+        return TestService::reply(call, [this](sd_bus_message* answer) {
             sd_bus_message_open_container(answer, 'a', "{oa{sa{sv}}}");
             sd_bus_message_open_container(answer, 'e', "oa{sa{sv}}");
             sd_bus_message_append(answer, "o", path);
@@ -83,7 +83,7 @@ class FakeBlueZ {
     }
 
     std::atomic<bool> connected_ = true;
-    BusService service_;
+    TestService service_;
 };
 
 class BlueZStackTest : public ::testing::Test {
@@ -149,7 +149,7 @@ TEST_F(BlueZStackTest, AnImpostorsSignalsChangeNothing) {
     BlueZStack stack(thread_, bus.address());
     FakeBlueZ daemon(bus.address());
     ASSERT_TRUE(answers(stack, headphones(true)));
-    BusService impostor(bus.address(), "", [](sd_bus_message*) { return false; });
+    TestService impostor(bus.address(), "", [](sd_bus_message*) { return false; });
     ASSERT_TRUE(waitUntil([&] { return impostor.ready(); }));
     // A signal that is sent to one peer alone reaches it whatever its rules say of the sender's name.
     for (const char* peer : {":1.0", ":1.1", ":1.2"}) {

@@ -13,8 +13,10 @@
 #include <vector>
 
 #include "platform/linux/dbus/bus_address.h"
-#include "platform/linux/dbus/bus_name_watch.h"
+#include "platform/linux/dbus/bus_calls.h"
+#include "platform/linux/dbus/bus_service.h"
 #include "tests/support/private_bus.h"
+#include "tests/support/test_service.h"
 
 namespace purlock::host_linux {
 namespace {
@@ -38,25 +40,30 @@ class BusConnectionTest : public ::testing::Test {
                     std::chrono::milliseconds limit = 5s) {
         auto answer = std::make_shared<std::string>();
         auto done = std::make_shared<std::atomic<bool>>(false);
-        connection.post([=](BusConnection& bus) {
+        connection.post([=, this](BusConnection& bus) {
             auto call = bus.newCall(
                 {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", member});
             if (argument != nullptr) call.append(argument);
-            const bool sent = bus.call(call, limit, [=](const BusIncoming& reply) {
+            question_ = bus.call(call, limit, [=](const BusIncoming& reply) {
                 *answer =
                     reply.isError() ? std::string(reply.errorName()) : reply.reader().nextText().value_or("");
                 *done = true;
             });
-            if (!sent) *answer = "not sent";
-            if (!sent) *done = true;
+            if (!question_) *answer = "not sent";
+            if (!question_) *done = true;
         });
         EXPECT_TRUE(waitUntil([&] { return done->load(); }));
         return *answer;
     }
 
+    void TearDown() override {
+        thread_.runAndWait([this] { question_.reset(); });
+    }
+
     BusThread thread_;
     std::atomic<int> connected_ = 0;
     std::atomic<int> lost_ = 0;
+    BusSlot question_;  // on the bus thread
 };
 
 TEST_F(BusConnectionTest, ConnectsAndCalls) {
@@ -176,8 +183,9 @@ TEST_F(BusConnectionTest, ACallUnderWayFailsWhenTheBusDies) {
     std::atomic<bool> isUnderWay = false;
     connection->post([&](BusConnection& link) {
         const auto call = link.newCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"});
-        EXPECT_TRUE(link.call(
-            call, 60s, [&](const BusIncoming& reply) { failedBeforeLoss = reply.isError() && lost_ == 0; }));
+        question_ = link.call(
+            call, 60s, [&](const BusIncoming& reply) { failedBeforeLoss = reply.isError() && lost_ == 0; });
+        EXPECT_TRUE(question_);
         isUnderWay = true;
     });
     ASSERT_TRUE(waitUntil([&] { return isUnderWay.load(); }));
@@ -204,10 +212,12 @@ TEST_F(BusConnectionTest, CallsBeyondTheBoundAreRefused) {
     std::atomic<int> sent = 0;
     std::atomic<int> replies = 0;
     std::atomic<bool> done = false;
+    std::optional<BusCalls> calls;
     connection->post([&](BusConnection& link) {
+        calls.emplace(link);
         for (std::size_t i = 0; i < BusConnection::maximumPendingCalls + 10; ++i) {
             const auto call = link.newCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"});
-            if (link.call(call, 60s, [&](const BusIncoming&) { ++replies; })) ++sent;
+            if (calls->send(call, 60s, [&](const BusIncoming&) { ++replies; })) ++sent;
         }
         done = true;
     });
@@ -215,6 +225,76 @@ TEST_F(BusConnectionTest, CallsBeyondTheBoundAreRefused) {
     EXPECT_EQ(sent, static_cast<int>(BusConnection::maximumPendingCalls));
     EXPECT_TRUE(waitUntil([&] { return replies == sent; }));
     EXPECT_EQ(ask(*connection, "GetNameOwner", "org.freedesktop.DBus"), "org.freedesktop.DBus");
+    thread_.runAndWait([&] {
+        EXPECT_EQ(calls->underWay(), 0U);
+        calls.reset();
+    });
+}
+
+/// A dropped call is not answered any more, does not count against the bound, and leaves the others alone.
+TEST_F(BusConnectionTest, DroppingACallEndsIt) {
+    PrivateBus bus;
+    const auto connection = connect(bus.address());
+    ASSERT_TRUE(waitUntil([&] { return connected_ == 1; }));
+    std::atomic<int> endedReplies = 0;
+    std::atomic<int> sent = 0;
+    std::atomic<bool> done = false;
+    connection->post([&](BusConnection& link) {
+        const auto newCall = [&] {
+            return link.newCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"});
+        };
+        const auto count = [&](const BusIncoming&) { ++endedReplies; };
+        BusCalls calls(link);
+        for (std::size_t i = 0; i < BusConnection::maximumPendingCalls; ++i) {
+            if (calls.send(newCall(), 60s, count)) ++sent;
+        }
+        calls.clear();
+        if (BusSlot call = link.call(newCall(), 60s, count)) ++sent;
+        done = true;
+    });
+    ASSERT_TRUE(waitUntil([&] { return done.load(); }));
+    EXPECT_EQ(sent, static_cast<int>(BusConnection::maximumPendingCalls) + 1);
+    EXPECT_EQ(ask(*connection, "GetNameOwner", "org.freedesktop.DBus"), "org.freedesktop.DBus");
+    EXPECT_EQ(endedReplies, 0);
+}
+
+TEST_F(BusConnectionTest, AReplyMayDropItsOwnCallAndAllOthers) {
+    PrivateBus bus;
+    const auto connection = connect(bus.address());
+    ASSERT_TRUE(waitUntil([&] { return connected_ == 1; }));
+    std::optional<BusCalls> calls;
+    std::atomic<int> replies = 0;
+    connection->post([&](BusConnection& link) {
+        calls.emplace(link);
+        for (int i = 0; i < 10; ++i) {
+            const auto call = link.newCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"});
+            const auto guard = std::make_shared<int>(i);
+            EXPECT_TRUE(calls->send(call, 60s, [&, guard](const BusIncoming&) {
+                calls.reset();
+                if (*guard == 0) ++replies;  // what the callback holds is still there
+            }));
+        }
+    });
+    EXPECT_EQ(ask(*connection, "GetNameOwner", "org.freedesktop.DBus"), "org.freedesktop.DBus");
+    EXPECT_EQ(replies, 1);
+}
+
+/// A slot may be kept for longer than the connection.
+TEST_F(BusConnectionTest, ACallThatIsKeptAfterTheConnectionDoesNotRun) {
+    PrivateBus bus;
+    auto connection = connect(bus.address());
+    ASSERT_TRUE(waitUntil([&] { return connected_ == 1; }));
+    std::atomic<bool> replied = false;
+    bus.pause();
+    connection->post([&](BusConnection& link) {
+        const auto call = link.newCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"});
+        question_ = link.call(call, 60s, [&](const BusIncoming&) { replied = true; });
+        EXPECT_TRUE(question_);
+    });
+    connection.reset();
+    bus.resume();
+    thread_.runAndWait([&] { question_.reset(); });
+    EXPECT_FALSE(replied);
 }
 
 TEST_F(BusConnectionTest, ACallbackMayDropTheConnection) {
@@ -227,10 +307,10 @@ TEST_F(BusConnectionTest, ACallbackMayDropTheConnection) {
             BusConnectionEvents{[&] {
                                     const auto call = connection->newCall(
                                         {"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"});
-                                    EXPECT_TRUE(connection->call(call, 5s, [&](const auto&) {
+                                    question_ = connection->call(call, 5s, [&](const auto&) {
                                         connection.reset();
                                         dropped = true;
-                                    }));
+                                    });
                                 },
                                 {}});
     });
@@ -244,10 +324,10 @@ TEST_F(BusConnectionTest, FollowsTheOwnerOfAName) {
     const auto owning = connect(bus.address());
     ASSERT_TRUE(waitUntil([&] { return connected_ == 2; }));
     std::vector<std::string> owners;
-    std::unique_ptr<BusNameWatch> watch;
+    std::unique_ptr<BusService> watch;
     watching->post([&](BusConnection& link) {
-        watch = std::make_unique<BusNameWatch>(link, "org.purlock.Test",
-                                               [&](const std::string& owner) { owners.push_back(owner); });
+        watch = std::make_unique<BusService>(link, "org.purlock.Test",
+                                             [&](const std::string& owner) { owners.push_back(owner); });
     });
     const auto history = [&] {
         std::vector<std::string> copy;
@@ -271,6 +351,63 @@ TEST_F(BusConnectionTest, FollowsTheOwnerOfAName) {
     EXPECT_EQ(history()[1].substr(0, 1), ":");
     EXPECT_EQ(history()[2], "");
     thread_.runAndWait([&] { watch.reset(); });
+}
+
+/// Also the signals and replies of a former owner, and of another one in the queue for the name, are no
+/// longer or not yet the service's.
+TEST_F(BusConnectionTest, ListensToTheOwnerOfANameAlone) {
+    PrivateBus bus;
+    constexpr const char* name = "org.purlock.Test";
+    const auto silent = [](sd_bus_message*) { return true; };
+    std::optional<test::TestService> first(std::in_place, bus.address(), name, silent);
+    ASSERT_TRUE(waitUntil([&] { return first->ready(); }));
+    test::TestService second(bus.address(), name, silent);
+    ASSERT_TRUE(waitUntil([&] { return second.ready(); }));
+    const std::vector<std::string> both{first->uniqueName(), second.uniqueName()};
+
+    const auto connection = connect(bus.address());
+    ASSERT_TRUE(waitUntil([&] { return connected_ == 1; }));
+    std::vector<std::string> owners;
+    std::vector<std::string> senders;
+    int replies = 0;
+    std::optional<BusService> service;
+    connection->post([&](BusConnection& link) {
+        service.emplace(link, name, [&](const std::string& owner) {
+            service->listen("member='Changed'",
+                            [&](const BusIncoming& signal) { senders.emplace_back(signal.sender()); });
+            service->call(service->newCall("/", "org.purlock.Test", "Ask"), 60s,
+                          [&](const BusIncoming&) { ++replies; });
+            owners.push_back(owner);
+        });
+    });
+    const auto copyOf = [&](const auto& list) {
+        std::vector<std::string> copy;
+        thread_.runAndWait([&] { copy = list; });
+        return copy;
+    };
+    const auto emit = [](test::TestService& from) {
+        from.emit("/", "org.purlock.Test", "Changed", [](auto*) {});
+    };
+    ASSERT_TRUE(waitUntil([&] { return copyOf(owners).size() == 1; }));
+    emit(second);
+    emit(*first);
+    ASSERT_TRUE(waitUntil([&] { return !copyOf(senders).empty(); }));
+    first->run([&](sd_bus* link) { sd_bus_release_name(link, name); });
+    ASSERT_TRUE(waitUntil([&] { return copyOf(owners).size() == 2; }));
+    emit(*first);
+    first.reset();  // which the bus tells callers that still wait
+    ASSERT_TRUE(waitUntil([&] {
+        return ask(*connection, "GetNameOwner", both[0].c_str()) ==
+               "org.freedesktop.DBus.Error.NameHasNoOwner";
+    }));
+    emit(second);
+    ASSERT_TRUE(waitUntil([&] { return copyOf(senders).size() >= 2; }));
+    EXPECT_EQ(copyOf(owners), both);
+    EXPECT_EQ(copyOf(senders), both);
+    thread_.runAndWait([&] {
+        EXPECT_EQ(replies, 0);
+        service.reset();
+    });
 }
 
 TEST_F(BusConnectionTest, AnIdleConnectionWakesNobody) {

@@ -23,8 +23,9 @@ struct Fixture {
 
     void show(int devices) {
         std::vector<MenuEntry> entries;
-        for (int i = 1; i <= devices; ++i)
+        for (int i = 1; i <= devices; ++i) {
             entries.emplace_back(MenuItem{"Device " + std::to_string(i), PinDevice{}, i == devices});
+        }
         View content = column(14, {container(Menu{std::move(entries)}, {line("Desk", {12}, white())})});
         View panel = container(Scroll{}, {std::move(content)});
         panel.frame = Size{360, 600};

@@ -78,9 +78,10 @@ TEST(PanelEdge, AShadowFadesOutwardsWithinItsRoom) {
         before = qAlpha(pixel);
     }
     EXPECT_GT(before, 60) << "next to the panel";
-    for (const QPoint& outermost :
-         {QPoint(middle, 0), QPoint(middle, image.height() - 1), QPoint(0, image.height() / 2), QPoint(0, 0)})
+    for (const QPoint& outermost : {QPoint(middle, 0), QPoint(middle, image.height() - 1),
+                                    QPoint(0, image.height() / 2), QPoint(0, 0)}) {
         EXPECT_LT(qAlpha(image.pixel(outermost)), 4);
+    }
     EXPECT_LT(qAlpha(image.pixel(middle, shadowRoom - 1)), before) << "the light comes from above";
     EXPECT_EQ(qAlpha(image.pixel(middle, image.height() / 2)), 255);
 }

@@ -100,8 +100,7 @@ TEST(ViewTree, WhatIsInsertedLeavesTheOthersInPlace) {
     EXPECT_EQ(quit, f.named("Quit"));
     const int banner =
         f.named(
-             "Enable Accessibility for full source detection, Lets Purlock read the quality badge in "
-             "Tidal / Apple Music")
+             "Enable Accessibility for full source detection, Lets Purlock read the quality badge in Tidal / Apple Music")
             ->mapTo(&f.surface, QPoint())
             .y();
     EXPECT_GT(banner, f.named("Purlock")->mapTo(&f.surface, QPoint()).y());

@@ -95,9 +95,7 @@ TEST(HostilePlayers, HarmNothingAndDelayNobody) {
     const long kept = allocatedKiB() - usedBefore;
     const double longestTurn = std::chrono::duration<double, std::milli>(session.longestTurn()).count();
     std::printf(
-        "hostile for %s s: memory in use grew by %ld KiB, resident by %ld KiB, peak %ld KiB, longest turn of "
-        "the main loop %.2f ms, "
-        "%d fetches, %d publications\n",
+        "hostile for %s s: memory in use grew by %ld KiB, resident by %ld KiB, peak %ld KiB, longest turn of the main loop %.2f ms, %d fetches, %d publications\n",
         seconds.c_str(), kept, grown, residentKiB("VmHWM"), longestTurn, fetches, session.publications());
     EXPECT_GT(session.publications(), fetches);
     if (isSanitized) return;

@@ -100,9 +100,10 @@ TEST(MprisPlayers, APlayerAmongManyNamesIsSeenAndStaysSeenWhenTheyLeave) {
     PrivateBus bus;
     NowPlayingSession session(bus.address());
     std::vector<std::unique_ptr<ScriptedPlayer>> crowd;
-    for (int i = 0; i < 70; ++i)
+    for (int i = 0; i < 70; ++i) {
         crowd.push_back(
             std::make_unique<ScriptedPlayer>(bus.address(), std::vector{"crowd" + std::to_string(i)}));
+    }
     ScriptedPlayer player(bus.address(), {"player"});
     player.tellTrack(song);
     player.tellStatus("Playing");

@@ -75,7 +75,10 @@ ScriptedPlayer::ScriptedPlayer(const std::string& address, std::vector<std::stri
 }
 
 ScriptedPlayer::~ScriptedPlayer() {
-    thread_.runAndWait([this] { object_.reset(); });
+    thread_.runAndWait([this] {
+        object_.reset();
+        naming_.clear();
+    });
 }
 
 void ScriptedPlayer::becomeConnected(host_linux::BusConnection& bus) {
@@ -88,11 +91,12 @@ void ScriptedPlayer::becomeConnected(host_linux::BusConnection& bus) {
         this);
     object_ = host_linux::BusSlot(slot);
     namesOwned_ = 0;
+    naming_.clear();
     for (const std::string& name : names_) {
         auto call = bus.newCall(
             {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName"});
         call.append("org.mpris.MediaPlayer2." + name).append(std::uint32_t{4});
-        static_cast<void>(
+        naming_.push_back(
             bus.call(call, std::chrono::seconds(5), [this](const host_linux::BusIncoming& reply) {
                 if (!reply.isError()) ++namesOwned_;
             }));

@@ -83,6 +83,7 @@ class ScriptedPlayer {
     host_linux::BusThread thread_;
     host_linux::BusConnection* bus_ = nullptr;  // on the thread, as is object_
     host_linux::BusSlot object_;
+    std::vector<host_linux::BusSlot> naming_;
     std::unique_ptr<host_linux::OnBusThread<host_linux::BusConnection>> connection_;
 };
 

@@ -99,8 +99,9 @@ std::optional<StreamDescription> AudioObserver::format(AudioObjectID device, std
     if (streams.empty()) return std::nullopt;
     StreamDescription format;
     std::uint32_t size = sizeof format;
-    if (hardware_.getPropertyData(streams.front(), global(selector), size, &format) != noErr)
+    if (hardware_.getPropertyData(streams.front(), global(selector), size, &format) != noErr) {
         return std::nullopt;
+    }
     return format;
 }
 
@@ -146,8 +147,9 @@ StreamDescription dumpedFormat(const nlohmann::json& node) {
     }
     if (format.contains("rate")) description.sampleRate = plain(format["rate"]).get<double>();
     description.channelsPerFrame = plain(format["channels"]).get<std::uint32_t>();
-    if ((description.formatFlags & planarFlag) == 0)
+    if ((description.formatFlags & planarFlag) == 0) {
         description.bytesPerFrame *= description.channelsPerFrame;
+    }
     description.framesPerPacket = 1;
     description.bytesPerPacket = description.bytesPerFrame;
     return description;
@@ -166,8 +168,9 @@ std::string differencesFromDump(const AudioObserver& observer, const nlohmann::j
     const auto description = node.value("/info/props/node.description"_json_pointer, name);
     if (shown != description) differences += "name " + shown + ", dumped " + description + "\n";
     const bool runs = node.value("/info/state"_json_pointer, "") == "running";
-    if (observer.isRunning(device) != runs)
+    if (observer.isRunning(device) != runs) {
         differences += runs ? "runs only in the dump\n" : "runs only as read\n";
+    }
     const auto physical =
         observer.format(device, kAudioStreamPropertyPhysicalFormat).value_or(StreamDescription{});
     StreamDescription dumped = dumpedFormat(node);

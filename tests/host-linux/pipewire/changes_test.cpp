@@ -88,8 +88,9 @@ TEST_F(Changes, ADefaultThatChangesWhileProgramsConnectIsSeenInTheEnd) {
     ASSERT_TRUE(waitUntil([&] { return !observer().processes().empty(); }));
     for (int round = 0; round < rounds; ++round) {
         const std::string name = round % 2 == 0 ? "first" : "second";
-        for (const char* each : connecting)
+        for (const char* each : connecting) {
             session.spawn(each, {"sh", "-c", "while pw-metadata 0 default.audio.sink; do :; done"});
+        }
         ASSERT_TRUE(session.setDefaultSink(name));
         const auto isNamed = [&] { return observer().defaultOutput() == observer().deviceByUID(name); };
         waitUntil(isNamed, 200ms);

@@ -68,8 +68,9 @@ class ClockSamplerTest : public testing::Test {
 
     static void found(void* data, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
                       const spa_dict*) {
-        if (std::string_view(type) == PW_TYPE_INTERFACE_Profiler)
+        if (std::string_view(type) == PW_TYPE_INTERFACE_Profiler) {
             static_cast<ClockSamplerTest*>(data)->sampler->setProfiler(id);
+        }
     }
     static constexpr pw_registry_events events = {.version = PW_VERSION_REGISTRY_EVENTS, .global = found};
 

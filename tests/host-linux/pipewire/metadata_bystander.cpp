@@ -85,8 +85,9 @@ void tick(void* data, std::uint64_t) {
     constexpr int silence = 2000;
     auto& test = *static_cast<Test*>(data);
     if (test.writer.metadata == nullptr || test.listener.metadata == nullptr) return;
-    if (test.ticks++ == 0)
+    if (test.ticks++ == 0) {
         pw_metadata_add_listener(test.listener.metadata, &test.listener.metadataHook, &metadataEvents, &test);
+    }
     if (test.ticks < beforeWriting) return;
     if (test.written == test.count) {
         if (++test.silent > silence) pw_main_loop_quit(test.loop);

@@ -67,8 +67,9 @@ TEST_F(HostileFiles, EmptyZeroRandomAndSparseFilesSayNothing) {
     folder_.write("random.flac", bytes);
     folder_.write("sparse.flac", "fLaC");
     std::filesystem::resize_file(path("sparse.flac"), std::uintmax_t{1} << 40U);
-    for (const char* name : {"empty.flac", "zero.flac", "random.flac", "sparse.flac"})
+    for (const char* name : {"empty.flac", "zero.flac", "random.flac", "sparse.flac"}) {
         EXPECT_EQ(readInTime(name), std::nullopt) << name;
+    }
 }
 
 /// A file cut anywhere, with each signature over what is another kind's, and with any byte of its head

@@ -183,14 +183,16 @@ class PlayerTable : public SessionTest, public testing::WithParamInterface<Playe
 
     void prepare() {
         const PreparedFile& prepared = GetParam().prepared;
-        if (prepared.name != nullptr)
+        if (prepared.name != nullptr) {
             writeFile(desktop.parts().folder() + "/" + prepared.name, prepared.content);
+        }
     }
 
     Command withFile(Command command) const {
         for (std::string& word : command) {
-            if (const auto place = word.find("FILE"); place != std::string::npos)
+            if (const auto place = word.find("FILE"); place != std::string::npos) {
                 word.replace(place, 4, file_);
+            }
             if (word.starts_with("FOLDER")) word.replace(0, 6, std::filesystem::path(file_).parent_path());
         }
         return command;
@@ -225,8 +227,9 @@ class PlayerTable : public SessionTest, public testing::WithParamInterface<Playe
         if (command.front() != "vlc" || getuid() != 0) return;
         std::ifstream in(GetParam().program, std::ios::binary);
         std::string bytes(std::istreambuf_iterator<char>(in), {});
-        for (auto at = bytes.find("geteuid"); at != bytes.npos; at = bytes.find("geteuid", at))
+        for (auto at = bytes.find("geteuid"); at != bytes.npos; at = bytes.find("geteuid", at)) {
             bytes.replace(at, 7, "getppid");
+        }
         command.front() = desktop.parts().folder() + "/vlc";
         writeFile(command.front(), bytes);
         std::filesystem::permissions(command.front(), std::filesystem::perms::owner_all);

@@ -111,8 +111,9 @@ class SmallDisk : public DiskTrouble {
   protected:
     void SetUp() override {
         fs::create_directories(program.folder());
-        if (::mount("tmpfs", program.folder().c_str(), "tmpfs", 0, "size=64k") != 0)
+        if (::mount("tmpfs", program.folder().c_str(), "tmpfs", 0, "size=64k") != 0) {
             GTEST_SKIP() << "mounting is not permitted here";
+        }
         isMounted_ = true;
         DiskTrouble::SetUp();
     }

@@ -153,8 +153,7 @@ INSTANTIATE_TEST_SUITE_P(
             "Both",
             {"DISPLAY=:987", "WAYLAND_DISPLAY=/nonexistent/wayland"},
             "purlock: the display :987 of $DISPLAY does not answer, or is not yours.\n"
-            "purlock: the display /nonexistent/wayland of $WAYLAND_DISPLAY does not answer, or is not "
-            "yours.\n"}),
+            "purlock: the display /nonexistent/wayland of $WAYLAND_DISPLAY does not answer, or is not yours.\n"}),
     [](const auto& each) { return std::string(each.param.name); });
 
 TEST_F(Lifecycle, WithoutARuntimeFolderItRunsOnceAllTheSame) {

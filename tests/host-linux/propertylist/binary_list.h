@@ -46,8 +46,9 @@ class BinaryList {
 
     static std::string bigEndian(std::uint64_t value, int size) {
         std::string bytes;
-        for (int shift = 8 * (size - 1); shift >= 0; shift -= 8)
+        for (int shift = 8 * (size - 1); shift >= 0; shift -= 8) {
             bytes += static_cast<char>(value >> shift & 0xFF);
+        }
         return bytes;
     }
 

@@ -99,9 +99,10 @@ Sound noise(SampleFormat format, int channels, std::size_t frames, std::uint32_t
         const auto value = static_cast<std::int32_t>(random());
         const std::int32_t quieter = value - value / 8;
         sample = static_cast<std::int32_t>(static_cast<std::uint32_t>(quieter >> unused) << unused);
-        if (format == SampleFormat::f32)
+        if (format == SampleFormat::f32) {
             sample =
                 decoded(std::bit_cast<std::array<unsigned char, 4>>(encoded(sample, format)).data(), format);
+        }
     }
     return sound;
 }

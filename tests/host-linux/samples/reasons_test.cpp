@@ -162,8 +162,9 @@ TEST_F(Reasons, PipeWireMayNotSwitchUntilAFileSaysSo) {
     session.process("judged").kill();
     device.reset();
     hardware.reset();
-    for (const char* const daemon : {"pipewire-pulse", "wireplumber", "pipewire"})
+    for (const char* const daemon : {"pipewire-pulse", "wireplumber", "pipewire"}) {
         session.process(daemon).kill();
+    }
     writeFile(std::filesystem::path(session.folder()) / "config" / name, line + "\n");
     ASSERT_TRUE(session.startAudio()) << session.logs();
     hardware = std::make_unique<host_linux::PipeWireHardware>(applications);

@@ -57,8 +57,9 @@ std::string describe(const Situation& situation) {
 
 bool Finding::agrees(const Situation& situation) const {
     if (!situation.plays) return verdict == "idle" && alterations == "[]";
-    if (situation.playsElsewhere)
+    if (situation.playsElsewhere) {
         return verdict == "altered" && alterations.find("elsewhere") != std::string::npos;
+    }
     if (outcome == Outcome::equal) return saysEqual(verdict);
     return outcome != Outcome::unclear && saysChanged(verdict);
 }

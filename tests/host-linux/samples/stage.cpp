@@ -289,8 +289,9 @@ Outcome Stage::outcomeAt(CapturedSink& device, const Stream& stream, const Sound
     Outcome outcome = compare(played, arrived, placesIn(stream.channels, device.shape().channels), tolerance);
     // Some players send one channel to the centre where there is one.
     constexpr int centre = 2;
-    if (outcome == Outcome::changed && stream.channels == 1 && device.shape().channels >= 6)
+    if (outcome == Outcome::changed && stream.channels == 1 && device.shape().channels >= 6) {
         outcome = compare(played, arrived, {{centre}}, tolerance);
+    }
     return outcome;
 }
 
@@ -354,8 +355,9 @@ Finding Stage::play(const Situation& situation) {
     other->clear();
     if (situation.plays) {
         startStream(stream, situation.playsElsewhere ? "other" : "");
-        if (!awaitSound(situation.playsElsewhere ? *other : *device, situation.isDeviceMuted))
+        if (!awaitSound(situation.playsElsewhere ? *other : *device, situation.isDeviceMuted)) {
             finding.trouble = "no sound";
+        }
         if (stream.volume != 1 || stream.isMuted) {
             setVolume("judged", stream.volume, stream.isMuted);
             ::poll(nullptr, 0, 300);

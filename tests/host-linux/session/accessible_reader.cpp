@@ -69,8 +69,9 @@ std::vector<Object> childrenOf(sd_bus* bus, const Object& object) {
 std::uint32_t statesOf(sd_bus* bus, const Object& object) {
     const Message answer = ask(bus, object, accessible, "GetState");
     std::uint32_t first = 0;
-    if (answer && sd_bus_message_enter_container(answer.get(), 'a', "u") > 0)
+    if (answer && sd_bus_message_enter_container(answer.get(), 'a', "u") > 0) {
         sd_bus_message_read(answer.get(), "u", &first);
+    }
     return first;
 }
 

@@ -48,8 +48,9 @@ TEST_F(CopyButton, IsTheSecondControlForTheKeyboard) {
 TEST_F(CopyButton, NoWordOfAnotherSystemIsOnTheScreen) {
     ASSERT_NO_FATAL_FAILURE(openPanelWithFinding());
     for (const std::string& text : texts()) {
-        for (const char* const word : {"macOS", "CoreAudio", "Audio MIDI", "MacBook", "AirPods"})
+        for (const char* const word : {"macOS", "CoreAudio", "Audio MIDI", "MacBook", "AirPods"}) {
             EXPECT_EQ(text.find(word), std::string::npos) << text;
+        }
     }
 }
 

@@ -12,8 +12,8 @@
 #include <string>
 
 #include "tests/host-linux/nowplaying/scripted_player.h"
-#include "tests/support/bus_service.h"
 #include "tests/support/fake_accessibility_bus.h"
+#include "tests/support/test_service.h"
 
 namespace purlock::test {
 namespace {
@@ -62,15 +62,15 @@ class LargeWindow {
         if (is(call, "GetItems")) return isListed_ && list(call);
         if (is(call, "GetChildren")) return nameChildren(call);
         if (is(call, "GetState")) {
-            return BusService::reply(
+            return TestService::reply(
                 call, [](sd_bus_message* reply) { sd_bus_message_append(reply, "au", 2, 1U << 30U, 0U); });
         }
         if (is(call, "GetRole")) {
-            return BusService::reply(call,
-                                     [](sd_bus_message* reply) { sd_bus_message_append(reply, "u", 29U); });
+            return TestService::reply(call,
+                                      [](sd_bus_message* reply) { sd_bus_message_append(reply, "u", 29U); });
         }
         if (is(call, "Get")) {
-            return BusService::reply(
+            return TestService::reply(
                 call, [](sd_bus_message* reply) { sd_bus_message_append(reply, "v", "s", usualName); });
         }
         return false;
@@ -83,10 +83,11 @@ class LargeWindow {
 
     bool list(sd_bus_message* call) const {
         tellOfReading();
-        return BusService::reply(call, [this](sd_bus_message* reply) {
+        return TestService::reply(call, [this](sd_bus_message* reply) {
             sd_bus_message_open_container(reply, 'a', "((so)(so)(so)iiassusau)");
-            for (int i = 0; i < elements_; ++i)
+            for (int i = 0; i < elements_; ++i) {
                 appendCacheItem(reply, name_.c_str(), i, i == 0 ? -1 : (i - 1) / 10, i % 10, usualName);
+            }
             sd_bus_message_close_container(reply);
         });
     }
@@ -94,7 +95,7 @@ class LargeWindow {
     bool nameChildren(sd_bus_message* call) const {
         const bool isRoot = std::string(sd_bus_message_get_path(call)) == root;
         if (isRoot) tellOfReading();
-        return BusService::reply(call, [&](sd_bus_message* reply) {
+        return TestService::reply(call, [&](sd_bus_message* reply) {
             sd_bus_message_open_container(reply, 'a', "(so)");
             for (int i = 1; isRoot && i < elements_; ++i) {
                 const std::string path = "/org/a11y/atspi/accessible/" + std::to_string(i);
@@ -107,7 +108,7 @@ class LargeWindow {
     const int elements_;
     const bool isListed_;
     std::string name_;
-    BusService service_;
+    TestService service_;
 };
 
 int run(int elements, bool isListed) {

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/bus_service.h"
 #include "tests/support/private_bus.h"
+#include "tests/support/test_service.h"
 #include "tests/support/wait_until.h"
 
 namespace purlock::host_linux {
@@ -28,7 +28,7 @@ class Portal {
     Portal(const std::string& address, Fill answer)
         : service_(address, "org.freedesktop.portal.Desktop", [answer](sd_bus_message* call) {
               return sd_bus_message_is_method_call(call, settings, "Read") > 0 &&
-                     test::BusService::reply(call, answer);
+                     test::TestService::reply(call, answer);
           }) {}
 
     bool ready() const { return service_.ready(); }
@@ -36,7 +36,7 @@ class Portal {
     void change(const Fill& body) { service_.emit(portalPath, settings, "SettingChanged", body); }
 
   private:
-    test::BusService service_;
+    test::TestService service_;
 };
 
 /// As portals answer: the number in a variant in a variant.

@@ -124,7 +124,7 @@ class NotifierItemTest : public TrayTest {
     }
 
     std::optional<NotifierWatcher> watcher;
-    BusService reader{bus.address(), "", [](sd_bus_message*) { return false; }};
+    TestService reader{bus.address(), "", [](sd_bus_message*) { return false; }};
 
   private:
     static int count(sd_bus_message* signal, void* self, sd_bus_error*) {

@@ -91,7 +91,7 @@ class NotifierMenuTest : public TrayTest {
     }
 
     std::optional<NotifierWatcher> watcher;
-    BusService reader{bus.address(), "", [](sd_bus_message*) { return false; }};
+    TestService reader{bus.address(), "", [](sd_bus_message*) { return false; }};
 };
 
 struct LayoutCase {

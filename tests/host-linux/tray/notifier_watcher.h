@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tests/support/bus_service.h"
+#include "tests/support/test_service.h"
 
 namespace purlock::test {
 
@@ -48,10 +48,10 @@ class NotifierWatcher {
             const char* name = "";
             sd_bus_message_read(call, "s", &name);
             items_.emplace_back(name);
-            return BusService::reply(call, [](sd_bus_message*) {});
+            return TestService::reply(call, [](sd_bus_message*) {});
         }
         if (sd_bus_message_is_method_call(call, "org.freedesktop.DBus.Properties", "Get") > 0) {
-            return BusService::reply(call, [this](sd_bus_message* answer) {
+            return TestService::reply(call, [this](sd_bus_message* answer) {
                 sd_bus_message_append(answer, "v", "b", host_ == Host::present ? 1 : 0);
             });
         }
@@ -61,7 +61,7 @@ class NotifierWatcher {
     mutable std::mutex mutex_;
     Host host_;
     std::vector<std::string> items_;
-    BusService service_;
+    TestService service_;
 };
 
 }  // namespace purlock::test

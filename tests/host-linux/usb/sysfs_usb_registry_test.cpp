@@ -84,8 +84,9 @@ class SysfsUsbRegistryMachines : public ::testing::TestWithParam<Row> {};
 TEST_P(SysfsUsbRegistryMachines, ListsTheirDevices) {
     const test::TemporaryFolder folder;
     for (const Entry& entry : GetParam().machine) {
-        for (const auto& [attribute, text] : entry.attributes)
+        for (const auto& [attribute, text] : entry.attributes) {
             folder.write(entry.name + "/" + attribute, text);
+        }
     }
     EXPECT_EQ(SysfsUsbRegistry(folder.path().string()).devices(), GetParam().expected);
 }

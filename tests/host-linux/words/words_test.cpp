@@ -192,8 +192,9 @@ TEST(PanelStates, OfMacOSAreWhatThisWouldFind) {
     for (const test::PanelState& state : test::panelStates()) {
         for (const std::string& text : test::textsOf(state.view)) all += text + "\n";
     }
-    for (const char* const word : {"macOS", "CoreAudio", "Audio MIDI"})
+    for (const char* const word : {"macOS", "CoreAudio", "Audio MIDI"}) {
         EXPECT_TRUE(contains(all, word)) << word;
+    }
 }
 
 // What the texts read like.
@@ -209,21 +210,22 @@ TEST(RateFinding, SaysTheReasonAndTheFix) {
     const auto finding = rateFindingFor({44100, 48000, rate_reason::NotAllowed{{48000, 96000}}}, 48000);
     EXPECT_EQ(finding.title, "PipeWire is resampling");
     EXPECT_EQ(finding.cause,
-              "The app sends 44.1 kHz, the device runs at 48.0 kHz. PipeWire converts between them. PipeWire "
-              "may not switch to 44.1 kHz.");
+              "The app sends 44.1 kHz, the device runs at 48.0 kHz. PipeWire converts between them. "
+              "PipeWire may not switch to 44.1 kHz.");
     const std::string command = "pw-metadata -n settings 0 clock.allowed-rates '[ 44100 48000 96000 ]'";
     EXPECT_EQ(finding.command, command);
-    EXPECT_EQ(finding.fix, "Run this in a terminal: " + command +
-                               " — then start the track again. To make it last, put this line into the file "
-                               "~/.config/pipewire/pipewire.conf.d/rates.conf: context.properties = { "
-                               "default.clock.allowed-rates = [ 44100 48000 96000 ] }");
+    EXPECT_EQ(
+        finding.fix,
+        "Run this in a terminal: " + command +
+            " — then start the track again. "
+            "To make it last, put this line into the file ~/.config/pipewire/pipewire.conf.d/rates.conf: context.properties = { default.clock.allowed-rates = [ 44100 48000 96000 ] }");
 }
 
 TEST(RateFinding, SaysWhatIsConvertedTwice) {
     const auto finding = rateFindingFor({44100, 48000, rate_reason::HeldByStream{"Browser"}}, 44100.5);
     EXPECT_EQ(finding.cause,
-              "The app sends 44.1 kHz, PipeWire mixes at 48.0 kHz, the device runs at 44.1 kHz. The rate is "
-              "converted twice. Browser keeps PipeWire at 48.0 kHz.");
+              "The app sends 44.1 kHz, PipeWire mixes at 48.0 kHz, the device runs at 44.1 kHz. "
+              "The rate is converted twice. Browser keeps PipeWire at 48.0 kHz.");
     EXPECT_EQ(finding.fix, "Stop Browser. Then start the track again.");
     EXPECT_EQ(finding.command, std::nullopt);
 }
@@ -264,8 +266,8 @@ TEST(Bluetooth, NamesTheCodecWhereItIsKnown) {
     EXPECT_EQ(report.stages.back().bitrate, std::nullopt);
     ASSERT_EQ(report.diagnostics.size(), 1U);
     EXPECT_EQ(report.diagnostics[0].cause,
-              "Your output is Bluetooth. Its link carries the sound in aptX HD, which is lossy. Whatever the "
-              "app sends, it does not arrive unchanged.");
+              "Your output is Bluetooth. Its link carries the sound in aptX HD, which is lossy. "
+              "Whatever the app sends, it does not arrive unchanged.");
 }
 
 }  // namespace

@@ -18,22 +18,25 @@ namespace purlock::test {
 /// `onCall` runs on the service's thread for each method call that nothing else answers, and returns whether
 /// it has dealt with it; to deal with a call without an answer is to be silent. Dropping the service is its
 /// sudden death.
-class BusService {
+class TestService {
   public:
     using CallHandler = std::function<bool(sd_bus_message* call)>;
 
-    BusService(const std::string& address, std::string name, CallHandler onCall)
+    TestService(const std::string& address, std::string name, CallHandler onCall)
         : onCall_(std::move(onCall)), name_(std::move(name)) {
         thread_.runAndWait([&] {
             connection_ = std::make_unique<host_linux::BusConnection>(
                 thread_, address, host_linux::BusConnectionEvents{[this] { serve(); }, {}});
         });
     }
-    ~BusService() {
-        thread_.runAndWait([this] { connection_.reset(); });
+    ~TestService() {
+        thread_.runAndWait([this] {
+            naming_.reset();
+            connection_.reset();
+        });
     }
-    BusService(const BusService&) = delete;
-    BusService& operator=(const BusService&) = delete;
+    TestService(const TestService&) = delete;
+    TestService& operator=(const TestService&) = delete;
 
     /// Whether the service is on the bus, with its name if it wants one.
     bool ready() const { return ready_; }
@@ -74,7 +77,7 @@ class BusService {
 
   private:
     void serve() {
-        sd_bus_add_filter(connection_->handle(), nullptr, &BusService::onMessage, this);
+        sd_bus_add_filter(connection_->handle(), nullptr, &TestService::onMessage, this);
         if (name_.empty()) {
             ready_ = true;
             return;
@@ -82,15 +85,15 @@ class BusService {
         auto call = connection_->newCall(
             {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName"});
         call.append(name_).append(std::uint32_t{0});
-        static_cast<void>(
+        naming_ =
             connection_->call(call, std::chrono::seconds(5),
-                              [this](const host_linux::BusIncoming& answer) { ready_ = !answer.isError(); }));
+                              [this](const host_linux::BusIncoming& answer) { ready_ = !answer.isError(); });
     }
 
     static int onMessage(sd_bus_message* message, void* self, sd_bus_error*) {
         std::uint8_t type = 0;
         if (sd_bus_message_get_type(message, &type) < 0 || type != SD_BUS_MESSAGE_METHOD_CALL) return 0;
-        return static_cast<BusService*>(self)->onCall_(message) ? 1 : 0;
+        return static_cast<TestService*>(self)->onCall_(message) ? 1 : 0;
     }
 
     const CallHandler onCall_;
@@ -98,6 +101,7 @@ class BusService {
     std::atomic<bool> ready_ = false;
     host_linux::BusThread thread_;
     std::unique_ptr<host_linux::BusConnection> connection_;
+    host_linux::BusSlot naming_;
 };
 
 }  // namespace purlock::test
