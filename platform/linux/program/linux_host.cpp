@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iostream>
 #include <string>
 #include <utility>
 
@@ -53,6 +54,9 @@ LinuxHost::LinuxHost(std::string sessionBus)
       applications_(foreignFiles_.makeSerialQueue(queueLabel(".purlock.applications"))),
       hardware_(applications_.searchingAtOnce()),
       statusBar_(mainLoop_, busThread_, sessionBus_, [this] { return panels_.bringToFront(); }) {
+    if (busThread_.isLifeless()) {
+        std::cerr << "The system gives no thread for D-Bus; players, badges and Bluetooth are not seen.\n";
+    }
     followPlayers();
 }
 
