@@ -20,6 +20,7 @@ namespace {
 
 // As many as there are queues whose work may hang: the log's and the snapshot's disk.
 constexpr std::size_t workerThreads = 2;
+constexpr std::chrono::seconds longestWrite{2};  // at the end of the program
 
 // As many as there are queues for files of other programs: preferences, played files, applications. The disk
 // of any may hang without end, and the program ends all the same.
@@ -77,10 +78,10 @@ bool LinuxHost::soundRuns() {
                                &ProcessAudio::RawProcess::isRunningOutput);
 }
 
-LinuxHost::~LinuxHost() {
-    // A refresh that is under way on a queue still asks the services.
-    queues_.finish();
+bool LinuxHost::finish() {
+    const bool isWritten = queues_.finishWithin(longestWrite);
     foreignFiles_.finishWithin(longestFarewell);
+    return isWritten;
 }
 
 void LinuxHost::provideSharedServices() {
