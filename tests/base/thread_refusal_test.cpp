@@ -37,6 +37,7 @@ constexpr int always = 1'000'000;
 TEST(ThreadRefusal, WorkWaitsForTheNextWorkThatGetsAThread) {
     Machine machine;
     std::vector<std::string> ran;
+    std::promise<void> done;
     {
         WorkerPool pool(2, {}, machine.starter());
         const auto first = pool.makeSerialQueue("first");
@@ -46,7 +47,6 @@ TEST(ThreadRefusal, WorkWaitsForTheNextWorkThatGetsAThread) {
         first->async([&] { ran.emplace_back("2 of first"); });
         second->async([&] { ran.emplace_back("1 of second"); });
         EXPECT_TRUE(ran.empty());
-        std::promise<void> done;
         second->async([&] { done.set_value(); });
         done.get_future().wait();
     }
@@ -57,18 +57,18 @@ TEST(ThreadRefusal, WorkWaitsForTheNextWorkThatGetsAThread) {
 
 TEST(ThreadRefusal, ARunningThreadTakesTheWork) {
     Machine machine;
+    std::promise<void> release;
+    std::promise<std::thread::id> busyOn;
+    std::promise<std::thread::id> otherOn;
     WorkerPool pool(2, {}, machine.starter());
     const auto busy = pool.makeSerialQueue("busy");
     const auto other = pool.makeSerialQueue("other");
-    std::promise<void> release;
-    std::promise<std::thread::id> busyOn;
     busy->async([&] {
         busyOn.set_value(std::this_thread::get_id());
         release.get_future().wait();
     });
     const auto thread = busyOn.get_future().get();
     machine.refusals = always;
-    std::promise<std::thread::id> otherOn;
     other->async([&] { otherOn.set_value(std::this_thread::get_id()); });
     release.set_value();
     EXPECT_EQ(otherOn.get_future().get(), thread);

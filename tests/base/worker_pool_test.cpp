@@ -199,11 +199,11 @@ TEST(WorkerPool, ValuesReachTheMainThreadWhileHandlesAreDroppedElsewhere) {
 
 TEST(WorkerPool, AQueueWithMuchWorkLetsTheOthersHaveTheirTurn) {
     std::string order;
+    std::promise<void> release;
     {
         WorkerPool pool(1);
         const auto busy = pool.makeSerialQueue("busy");
         const auto other = pool.makeSerialQueue("other");
-        std::promise<void> release;
         busy->async([&] { release.get_future().wait(); });
         for (int i = 0; i < 3; ++i) busy->async([&] { order += 'a'; });
         other->async([&] { order += 'b'; });
