@@ -65,6 +65,21 @@ TEST(Text, CaseTablesAreSortedAndStayOutsideAscii) {
     }
 }
 
+/// Of Unicode 14: Changes_When_Lowercased and Changes_When_Uppercased, each code point by itself.
+TEST(Text, NoCodePointOfTheCaseTablesIsMissing) {
+    std::size_t lowered = 0;
+    std::size_t raised = 0;
+    for (char32_t c = 0; c < 0x110000; ++c) {
+        if (c >= 0xD800 && c <= 0xDFFF) continue;
+        std::string text;
+        appendCodePoint(text, c);
+        lowered += lowercased(text) != text ? 1U : 0U;
+        raised += uppercased(text) != text ? 1U : 0U;
+    }
+    EXPECT_EQ(lowered, 1433U);
+    EXPECT_EQ(raised, 1525U);
+}
+
 /// The C library's own tables as a second opinion, code point by code point. They may be of another version
 /// of Unicode, so a code point that has no case here may have one there; a mapping that we have must agree.
 TEST(Text, CaseAgreesWithTheCLibrary) {
