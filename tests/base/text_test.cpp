@@ -109,6 +109,32 @@ TEST(Text, CaseAgreesWithTheCLibrary) {
     std::setlocale(LC_CTYPE, "C");
 }
 
+TEST(Text, FirstCharacters) {
+    struct Row {
+        const char* name;
+        std::string_view text;
+        std::size_t bytes;
+        std::string_view first;
+    };
+    const std::string_view longer = "a\xC3\xA9";
+    const Row rows[] = {
+        {"shorter", "abc", 4, "abc"},
+        {"as long", "abc", 3, "abc"},
+        {"as long, though its last character goes on behind it", longer.substr(0, 2), 2, "a\xC3"},
+        {"longer", "abcd", 3, "abc"},
+        {"nothing", "abc", 0, ""},
+        {"between two characters", "\xC3\xA9\xC3\xA9", 2, "\xC3\xA9"},
+        {"within a character of two bytes", "a\xC3\xA9z", 2, "a"},
+        {"within one of four", "a\xF0\x9F\x8E\xB5z", 4, "a"},
+        {"within the only one", "\xF0\x9F\x8E\xB5", 3, ""},
+        {"no UTF-8 at all", "\x80\x80\x80\x80\x80\x80\x80\x80", 6, "\x80\x80\x80\x80\x80\x80"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(firstCharacters(row.text, row.bytes), row.first);
+    }
+}
+
 TEST(Text, Contains) {
     struct Row {
         const char* name;
