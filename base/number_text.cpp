@@ -17,6 +17,7 @@ namespace {
 // decimals.
 using NumberBuffer = std::array<char, 352>;
 
+/// As "%.*f" prints it, in every locale. The buffer has room for at most 40 decimals.
 std::string_view fixedInto(NumberBuffer& buffer, double value, int decimals) {
     // A NaN's sign bit means nothing; printed, it would look as if it did.
     if (std::isnan(value)) return "nan";
@@ -26,11 +27,6 @@ std::string_view fixedInto(NumberBuffer& buffer, double value, int decimals) {
 }
 
 }  // namespace
-
-std::string fixedText(double value, int decimals) {
-    NumberBuffer buffer;
-    return std::string(fixedInto(buffer, value, decimals));
-}
 
 std::int64_t truncatedInteger(double value) {
     // Both bounds are exact doubles; the upper one, 2^63, is the first that no longer fits.

@@ -7,10 +7,6 @@ namespace purlock {
 
 // Numbers as texts, the same in every locale. Pure functions; any thread.
 
-/// `value` with exactly `decimals` digits after the point, as "%.*f" prints it ("inf" and "nan" for what has
-/// none).
-std::string fixedText(double value, int decimals);
-
 /// `value` truncated toward zero. Stops the process when it is not finite or does not fit 64 bits.
 std::int64_t truncatedInteger(double value);
 
@@ -18,11 +14,12 @@ std::int64_t truncatedInteger(double value);
 /// "44100.0".
 std::string shortestText(double value);
 
-/// A sample rate in Hz: "44.1 kHz" from 1000 up, below that "999 Hz", truncated; stops the process on a rate
-/// there that `truncatedInteger` cannot take.
+/// A sample rate in Hz, as "%.1f" prints its thousands: "44.1 kHz" from 1000 up, below that "999 Hz",
+/// truncated; stops the process on a rate there that `truncatedInteger` cannot take.
 std::string rateText(double hertz);
 
-/// A bit rate in bit/s: "1.41 Mbps" from 1,000,000 up, below that "128 kbps".
+/// A bit rate in bit/s, as "%.2f" and "%.0f" print it: "1.41 Mbps" from 1,000,000 up, below that "128 kbps".
+/// Also of what is no number: "inf Mbps", "nan kbps".
 std::string bitRateText(double bitsPerSecond);
 
 }  // namespace purlock

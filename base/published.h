@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/cancellable.h"
+#include "base/scope_exit.h"
 
 namespace purlock {
 
@@ -17,9 +18,10 @@ namespace purlock {
 ///
 /// Belongs to one thread (in this program the main thread), which alone sets, reads and subscribes; only the
 /// handles that `subscribe` returns may be dropped elsewhere. During a delivery an observer may set the value
-/// again, subscribe, drop any handle (its own too) or destroy the publisher: each remaining subscriber still
-/// sees every value once, in the order in which they were set. An owner that hands out a const reference lets
-/// others watch and read only.
+/// again, subscribe, drop any handle that it has (its own, too) or destroy the publisher: each remaining
+/// subscriber still sees every value once, in the order in which they were set. An exception that an observer
+/// throws leaves `set` or `subscribe`; the other subscribers see the value before the next one. An owner that
+/// hands out a const reference lets others watch and read only.
 template <typename T>
 class Published {
   public:
@@ -48,11 +50,7 @@ class Published {
         const auto state = state_;
         auto subscriber = std::make_shared<Subscriber>(Subscriber{std::move(observer), state->version});
         state->subscribers.push_back(subscriber);
-        // The hand-out is a delivery like any other, so that a value set from within it comes after it.
-        const bool nested = std::exchange(state->delivering, true);
-        const auto current = state->current;
-        subscriber->observer(*current);
-        state->delivering = nested;
+        handOut(*state, *subscriber);
         deliverPending(state);
         return Cancellable(std::move(subscriber));
     }
@@ -76,16 +74,24 @@ class Published {
         bool ended = false;
     };
 
+    /// A delivery like any other, so that a value set from within it comes after it.
+    static void handOut(State& state, const Subscriber& subscriber) {
+        const bool nested = std::exchange(state.delivering, true);
+        const ScopeExit end([&] { state.delivering = nested; });
+        const auto current = state.current;
+        subscriber.observer(*current);
+    }
+
     static void deliverPending(const std::shared_ptr<State>& state) {
         if (state->delivering) return;
         state->delivering = true;
+        const ScopeExit end([&] { state->delivering = false; });
         while (!state->ended && !state->pending.empty()) {
-            const Change change = std::move(state->pending.front());
-            state->pending.pop_front();
+            const Change change = state->pending.front();
             deliver(*state, change);
+            state->pending.pop_front();  // not before everyone has seen it
         }
         std::erase_if(state->subscribers, [](const auto& subscriber) { return subscriber.expired(); });
-        state->delivering = false;
     }
 
     static void deliver(State& state, const Change& change) {
@@ -115,21 +121,23 @@ class Signal {
     Signal(Signal&&) = delete;
     Signal& operator=(Signal&&) = delete;
 
-    void fire() const {
+    /// For its owner. One that subscribes meanwhile waits for the next event.
+    void fire() {
         const auto state = state_;
-        const std::size_t count =
-            state->observers.size();  // one that subscribes meanwhile waits for the next event
+        const std::size_t count = state->observers.size();
         ++state->depth;
+        const ScopeExit end([&] {
+            --state->depth;
+            forgetDropped(*state);
+        });
         for (std::size_t i = 0; i < count && !state->ended; ++i) {
             if (const auto observer = state->observers[i].lock()) (*observer)();
-        }
-        if (--state->depth == 0) {
-            std::erase_if(state->observers, [](const auto& observer) { return observer.expired(); });
         }
     }
 
     Cancellable subscribe(Observer observer) const {
         auto kept = std::make_shared<Observer>(std::move(observer));
+        forgetDropped(*state_);
         state_->observers.push_back(kept);
         return Cancellable(std::move(kept));
     }
@@ -140,6 +148,13 @@ class Signal {
         int depth = 0;
         bool ended = false;
     };
+
+    /// Not while an event goes through the list.
+    static void forgetDropped(State& state) {
+        if (state.depth > 0) return;
+        std::erase_if(state.observers, [](const auto& observer) { return observer.expired(); });
+    }
+
     std::shared_ptr<State> state_ = std::make_shared<State>();
 };
 

@@ -1,6 +1,10 @@
 #include "base/worker_pool.h"
 
+#include <condition_variable>
+#include <deque>
+#include <mutex>
 #include <utility>
+#include <vector>
 
 namespace purlock {
 
@@ -13,8 +17,10 @@ struct WorkerPool::Tasks {
 
 class WorkerPool::Workers : public std::enable_shared_from_this<Workers> {
   public:
-    Workers(std::size_t maximumThreads, std::function<void()> onThreadStart)
-        : maximumThreads_(maximumThreads), onThreadStart_(std::move(onThreadStart)) {}
+    Workers(std::size_t maximumThreads, std::function<void()> onThreadStart, ThreadStarter starter)
+        : maximumThreads_(maximumThreads),
+          onThreadStart_(std::move(onThreadStart)),
+          starter_(std::move(starter)) {}
 
     void add(const std::shared_ptr<Tasks>& tasks, SerialQueue::Task task) {
         Worker* idle = nullptr;
@@ -22,10 +28,13 @@ class WorkerPool::Workers : public std::enable_shared_from_this<Workers> {
             const std::lock_guard lock(mutex_);
             if (stopped_) return;
             tasks->waiting.push_back(std::move(task));
-            if (std::exchange(tasks->scheduled, true)) return;
-            ready_.push_back(tasks);
+            if (!std::exchange(tasks->scheduled, true)) {
+                ready_.push_back(tasks);
+            } else if (!lacksThread_) {
+                return;
+            }
             if (idle_.empty()) {
-                if (workers_.size() < maximumThreads_) start();
+                start();
                 return;
             }
             // The one that has worked last: its stack is still in the processor's caches.
@@ -42,9 +51,9 @@ class WorkerPool::Workers : public std::enable_shared_from_this<Workers> {
         for (std::size_t joined = 0;; ++joined) {
             std::thread thread;
             {
-                const std::lock_guard lock(mutex_);
+                std::unique_lock lock(mutex_);
                 if (joined == workers_.size()) {
-                    stopped_ = true;
+                    stop(lock);
                     return;
                 }
                 thread = std::move(workers_[joined].thread);  // already joined if this is not the first time
@@ -61,10 +70,10 @@ class WorkerPool::Workers : public std::enable_shared_from_this<Workers> {
             finish();
             return true;
         }
-        stopped_ = true;
         for (Worker& worker : workers_) {
             if (worker.thread.joinable()) worker.thread.detach();
         }
+        stop(lock);
         return false;
     }
 
@@ -78,16 +87,36 @@ class WorkerPool::Workers : public std::enable_shared_from_this<Workers> {
     void beginToFinish() {
         const std::lock_guard lock(mutex_);
         finishing_ = true;
+        if (lacksThread_) start();
         for (Worker* idle : std::exchange(idle_, {})) {
             idle->isWoken = true;
             idle->wake.notify_one();
         }
     }
 
+    /// Nothing runs any more but what runs now. Closures end without the mutex: they may hand in work.
+    void stop(std::unique_lock<std::mutex>& lock) {
+        stopped_ = true;
+        std::vector<SerialQueue::Task> dropped;
+        for (const auto& tasks : std::exchange(ready_, {})) take(*tasks, dropped);
+        lock.unlock();
+    }
+
+    static void take(Tasks& tasks, std::vector<SerialQueue::Task>& dropped) {
+        for (auto& task : std::exchange(tasks.waiting, {})) dropped.push_back(std::move(task));
+    }
+
     /// A thread keeps the workers: it may be left to itself.
     void start() {
+        if (workers_.size() == maximumThreads_) return;
         Worker& worker = workers_.emplace_back();
-        worker.thread = std::thread([self = shared_from_this(), &worker] { self->run(worker); });
+        auto thread = starter_([self = shared_from_this(), &worker] { self->run(worker); });
+        lacksThread_ = !thread;
+        if (thread) {
+            worker.thread = std::move(*thread);
+        } else {
+            workers_.pop_back();
+        }
     }
 
     void run(Worker& self) {
@@ -95,6 +124,7 @@ class WorkerPool::Workers : public std::enable_shared_from_this<Workers> {
         std::unique_lock lock(mutex_);
         for (;;) {
             while (!ready_.empty()) runOne(lock);
+            lacksThread_ = false;
             if (finishing_) {
                 ++ended_;
                 threadEnded_.notify_all();
@@ -115,7 +145,13 @@ class WorkerPool::Workers : public std::enable_shared_from_this<Workers> {
         task();
         task = nullptr;  // what the closure owned ends here, outside the lock
         lock.lock();
-        if (tasks->waiting.empty()) {
+        if (stopped_) {
+            std::vector<SerialQueue::Task> dropped;
+            take(*tasks, dropped);
+            lock.unlock();
+            dropped.clear();
+            lock.lock();
+        } else if (tasks->waiting.empty()) {
             tasks->scheduled = false;
         } else {
             ready_.push_back(tasks);
@@ -124,12 +160,14 @@ class WorkerPool::Workers : public std::enable_shared_from_this<Workers> {
 
     const std::size_t maximumThreads_;
     const std::function<void()> onThreadStart_;
+    const ThreadStarter starter_;
     std::mutex mutex_;
     std::deque<std::shared_ptr<Tasks>> ready_;
     std::deque<Worker> workers_;
     std::vector<Worker*> idle_;  // the last to become so at the end
     std::condition_variable threadEnded_;
     std::size_t ended_ = 0;
+    bool lacksThread_ = false;  // work is ready for which a thread was refused
     bool finishing_ = false;
     bool stopped_ = false;
 };
@@ -148,8 +186,8 @@ class WorkerPool::Queue final : public SerialQueue {
     const std::shared_ptr<Tasks> tasks_ = std::make_shared<Tasks>();
 };
 
-WorkerPool::WorkerPool(std::size_t maximumThreads, std::function<void()> onThreadStart)
-    : workers_(std::make_shared<Workers>(maximumThreads, std::move(onThreadStart))) {}
+WorkerPool::WorkerPool(std::size_t maximumThreads, std::function<void()> onThreadStart, ThreadStarter starter)
+    : workers_(std::make_shared<Workers>(maximumThreads, std::move(onThreadStart), std::move(starter))) {}
 
 WorkerPool::~WorkerPool() {
     finish();

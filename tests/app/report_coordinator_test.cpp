@@ -35,7 +35,8 @@ struct Fixture : test::MonitorFixture {
 
     Fixture() {
         loader.provide(framework);
-        applications.setRunning({{100, "com.tidal.desktop", "Tidal"}, {200, "com.qobuz.player", "Qobuz"}});
+        applications.setRunning(
+            {{100, "com.tidal.desktop", "Tidal"}, {200, "com.qobuz.player", "Qobuz"}, {300, "", "Nameless"}});
         nowPlaying = std::make_shared<NowPlayingMonitor>(
             NowPlayingSeams{loop, queues, operatingSystem, applications, loader, center});
     }
@@ -178,6 +179,21 @@ TEST(ReportCoordinator, ObserversHearBeforeTheChange) {
         << "once for what plays, once for the report, once for the tick";
 }
 
+TEST(ReportCoordinator, ObserversHearBeforeWhatPlaysChanges) {
+    Fixture f;
+    f.makeCoordinator();
+    f.start();
+    f.pass(1s);
+    std::vector<std::string> titlesSeen;
+    const Cancellable watching = f.coordinator->objectWillChange().subscribe([&] {
+        const auto& info = f.coordinator->nowPlaying();
+        titlesSeen.push_back(info ? info->title.value_or("untitled") : "nothing");
+    });
+    f.setPlaying("Song", 100);
+    f.setPlaying("Next", 100);
+    EXPECT_EQ(titlesSeen, (std::vector<std::string>{"nothing", "Song"}));
+}
+
 struct SourceRow {
     const char* name;
     std::optional<std::int32_t>
@@ -194,6 +210,7 @@ TEST(ReportCoordinator, WhoseClaimIsMade) {
         {"the process", {}, "com.qobuz.player", "Qobuz", "Qobuz"},
         {"the now-playing one wins", 100, "com.qobuz.player", "Tidal", "Qobuz"},
         {"unknown now-playing application: the process", 0, "com.qobuz.player", "Qobuz", "Qobuz"},
+        {"an empty identifier counts as one", 300, "com.qobuz.player", "Nameless", "Qobuz"},
         {"neither has an identifier", 0, "", "(no source identified)", "Qobuz"},
         {"a process that no table knows", {}, "org.player", "(no source identified)", "Qobuz"},
     };

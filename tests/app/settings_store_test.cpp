@@ -154,6 +154,20 @@ TEST(SettingsStore, AValueAssignedByAnObserverIsTheOneThatIsKept) {
     EXPECT_EQ(f.events.back(), "callback 'new' after 2");
 }
 
+TEST(SettingsStore, ASwitchThatAnObserverSetsBackIsStoredAsItIs) {
+    Fixture f;
+    const Cancellable logStays = f.store.logEnabled().subscribe([&](bool on) {
+        if (!on) f.store.setLogEnabled(true);
+    });
+    const Cancellable pinStays = f.store.panelPinned().subscribe([&](bool on) {
+        if (on) f.store.setPanelPinned(false);
+    });
+    f.store.setLogEnabled(false);
+    f.store.setPanelPinned(true);
+    EXPECT_EQ(f.defaults->values, (Values{{"logEnabled", true}, {"panelPinned", false}}));
+    EXPECT_EQ(f.events.back(), "callback pin off after 4");
+}
+
 TEST(SettingsStore, TheKeysAreTheStoresOwn) {
     EXPECT_STREQ(SettingsStore::pinnedKey, "pinnedDeviceUID");
     EXPECT_STREQ(SettingsStore::logEnabledKey, "logEnabled");

@@ -135,6 +135,18 @@ TEST(AudioMonitorDeviceList, Rows) {
                                      4000);
          },
          Devices{deskEntry, cansEntry}},
+        {"the largest size that is believed",
+         [](auto& f) {
+             f.hardware.lieAboutSize(kAudioObjectSystemObject, kAudioHardwarePropertyDevices, globalScope,
+                                     4 * 65536);
+         },
+         Devices{deskEntry, cansEntry}},
+        {"one device more",
+         [](auto& f) {
+             f.hardware.lieAboutSize(kAudioObjectSystemObject, kAudioHardwarePropertyDevices, globalScope,
+                                     4 * 65537);
+         },
+         std::nullopt},
         {"a size beyond all reason",
          [](auto& f) {
              f.hardware.lieAboutSize(kAudioObjectSystemObject, kAudioHardwarePropertyDevices, globalScope,
@@ -173,6 +185,8 @@ TEST_F(AudioMonitorDevices, AListThatCannotBeReadLeavesTheOldOne) {
     settle();
     EXPECT_EQ(lists.size(), 1U);
     EXPECT_EQ(monitor->findDeviceByUID("cans-1"), 60U);
+    settings->setPinnedDeviceUID("cans-1");
+    EXPECT_EQ(refreshed()->uid, "cans-1") << "also for the choice of the device";
 }
 
 TEST_F(AudioMonitorDevices, AnEqualListIsPublishedAgain) {

@@ -140,6 +140,32 @@ TEST(Published, AReplacedHandleEndsTheOldSubscription) {
     EXPECT_EQ(second, (Values{1, 2}));
 }
 
+struct Refusal {};
+
+TEST(Published, AnObserverThatThrowsKeepsNothingFromTheOthers) {
+    Published<int> number(0);
+    Values early;
+    Values late;
+    const Cancellable first = number.subscribe([&](int value) { early.push_back(value); });
+    const Cancellable throwing = number.subscribe([](int value) {
+        if (value == 1) throw Refusal();
+    });
+    const Cancellable last = number.subscribe([&](int value) { late.push_back(value); });
+    EXPECT_THROW(number.set(1), Refusal);
+    number.set(2);
+    EXPECT_EQ(early, (Values{0, 1, 2}));
+    EXPECT_EQ(late, (Values{0, 1, 2})) << "what it had not seen it sees first";
+}
+
+TEST(Published, AnObserverThatThrowsAtOnceIsNoSubscriber) {
+    Published<int> number(0);
+    Values seen;
+    const Cancellable kept = number.subscribe([&](int value) { seen.push_back(value); });
+    EXPECT_THROW(static_cast<void>(number.subscribe([](int) { throw Refusal(); })), Refusal);
+    number.set(1);
+    EXPECT_EQ(seen, (Values{0, 1}));
+}
+
 TEST(Signal, TellsEverySubscriberOfEveryEvent) {
     Signal signal;
     int count = 0;
@@ -174,6 +200,27 @@ TEST(Signal, AnObserverMayDestroyTheSignal) {
     const Cancellable second = signal->subscribe([] { FAIL() << "its signal is gone"; });
     signal->fire();
     EXPECT_EQ(signal, nullptr);
+}
+
+template <typename S>
+concept MayFire = requires(S& signal) {
+    signal.fire();
+};
+
+TEST(Signal, WhoOnlyWatchesCannotFire) {
+    static_assert(MayFire<Signal>);
+    static_assert(!MayFire<const Signal>);
+}
+
+TEST(Signal, AnObserverThatThrowsKeepsNoLaterEventFromTheOthers) {
+    Signal signal;
+    int count = 0;
+    Cancellable throwing = signal.subscribe([] { throw Refusal(); });
+    const Cancellable kept = signal.subscribe([&] { ++count; });
+    EXPECT_THROW(signal.fire(), Refusal);
+    throwing.cancel();
+    signal.fire();
+    EXPECT_EQ(count, 1);
 }
 
 }  // namespace

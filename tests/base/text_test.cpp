@@ -65,6 +65,21 @@ TEST(Text, CaseTablesAreSortedAndStayOutsideAscii) {
     }
 }
 
+/// Of Unicode 14: Changes_When_Lowercased and Changes_When_Uppercased, each code point by itself.
+TEST(Text, NoCodePointOfTheCaseTablesIsMissing) {
+    std::size_t lowered = 0;
+    std::size_t raised = 0;
+    for (char32_t c = 0; c < 0x110000; ++c) {
+        if (c >= 0xD800 && c <= 0xDFFF) continue;
+        std::string text;
+        appendCodePoint(text, c);
+        lowered += lowercased(text) != text ? 1U : 0U;
+        raised += uppercased(text) != text ? 1U : 0U;
+    }
+    EXPECT_EQ(lowered, 1433U);
+    EXPECT_EQ(raised, 1525U);
+}
+
 /// The C library's own tables as a second opinion, code point by code point. They may be of another version
 /// of Unicode, so a code point that has no case here may have one there; a mapping that we have must agree.
 TEST(Text, CaseAgreesWithTheCLibrary) {
@@ -92,6 +107,32 @@ TEST(Text, CaseAgreesWithTheCLibrary) {
     EXPECT_GE(mapped, 2800U);
     EXPECT_LE(missing, 60U);
     std::setlocale(LC_CTYPE, "C");
+}
+
+TEST(Text, FirstCharacters) {
+    struct Row {
+        const char* name;
+        std::string_view text;
+        std::size_t bytes;
+        std::string_view first;
+    };
+    const std::string_view longer = "a\xC3\xA9";
+    const Row rows[] = {
+        {"shorter", "abc", 4, "abc"},
+        {"as long", "abc", 3, "abc"},
+        {"as long, though its last character goes on behind it", longer.substr(0, 2), 2, "a\xC3"},
+        {"longer", "abcd", 3, "abc"},
+        {"nothing", "abc", 0, ""},
+        {"between two characters", "\xC3\xA9\xC3\xA9", 2, "\xC3\xA9"},
+        {"within a character of two bytes", "a\xC3\xA9z", 2, "a"},
+        {"within one of four", "a\xF0\x9F\x8E\xB5z", 4, "a"},
+        {"within the only one", "\xF0\x9F\x8E\xB5", 3, ""},
+        {"no UTF-8 at all", "\x80\x80\x80\x80\x80\x80\x80\x80", 6, "\x80\x80\x80\x80\x80\x80"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_EQ(firstCharacters(row.text, row.bytes), row.first);
+    }
 }
 
 TEST(Text, Contains) {

@@ -197,6 +197,58 @@ TEST(WorkerPool, ValuesReachTheMainThreadWhileHandlesAreDroppedElsewhere) {
     EXPECT_GE(delivered, 500U);
 }
 
+TEST(WorkerPool, AQueueWithMuchWorkLetsTheOthersHaveTheirTurn) {
+    std::string order;
+    std::promise<void> release;
+    {
+        WorkerPool pool(1);
+        const auto busy = pool.makeSerialQueue("busy");
+        const auto other = pool.makeSerialQueue("other");
+        busy->async([&] { release.get_future().wait(); });
+        for (int i = 0; i < 3; ++i) busy->async([&] { order += 'a'; });
+        other->async([&] { order += 'b'; });
+        release.set_value();
+    }
+    EXPECT_EQ(order, "baaa");
+}
+
+/// Hands in work when it is destroyed.
+struct LastWish {
+    std::shared_ptr<SerialQueue> queue;
+    std::function<void()> work;
+    ~LastWish() {
+        if (queue) queue->async(std::move(work));
+    }
+};
+
+TEST(WorkerPool, AClosureMayHandInWorkWhenItEnds) {
+    std::promise<void> done;
+    WorkerPool pool(1);
+    const auto queue = pool.makeSerialQueue("q");
+    auto wish = std::make_shared<LastWish>();
+    wish->queue = queue;
+    wish->work = [&done] { done.set_value(); };
+    queue->async([kept = std::move(wish)] {});
+    EXPECT_EQ(done.get_future().wait_for(std::chrono::seconds(10)), std::future_status::ready);
+}
+
+TEST(WorkerPool, WorkThatComesAfterTheLastThreadsEndIsDroppedAndEnds) {
+    std::function<void()> afterTheLast;
+    WorkerPool pool(1, {}, [&afterTheLast](std::function<void()> body) {
+        return startThread([&afterTheLast, body = std::move(body)] {
+            body();
+            afterTheLast();
+        });
+    });
+    auto queue = pool.makeSerialQueue("q");
+    auto witness = std::make_shared<int>(0);
+    afterTheLast = [&] { queue->async([witness, queue] { FAIL() << "no thread is left"; }); };
+    queue->async([] {});
+    pool.finish();
+    EXPECT_EQ(witness.use_count(), 1);
+    EXPECT_EQ(queue.use_count(), 1) << "a queue that its own work keeps would never end";
+}
+
 TEST(WorkerPool, WorkThatHangsIsLeftToItself) {
     struct Gate {
         std::mutex mutex;
@@ -210,6 +262,8 @@ TEST(WorkerPool, WorkThatHangsIsLeftToItself) {
         (*gate).*flag = true;
         gate->opens.notify_all();
     };
+    std::promise<void> dropped;
+    std::shared_ptr<void> witness(nullptr, [&](void*) { dropped.set_value(); });
     {
         WorkerPool pool(2);
         const auto hanging = pool.makeSerialQueue("hanging");
@@ -221,6 +275,7 @@ TEST(WorkerPool, WorkThatHangsIsLeftToItself) {
             lock.unlock();
             change(&Gate::isPassed);
         });
+        hanging->async([kept = std::move(witness)] { FAIL() << "what it needs may have ended"; });
         queue->async([&ran] { ran = true; });
         EXPECT_FALSE(pool.finishWithin(std::chrono::milliseconds(50)));
         EXPECT_TRUE(ran);
@@ -228,6 +283,8 @@ TEST(WorkerPool, WorkThatHangsIsLeftToItself) {
     change(&Gate::isOpen);
     std::unique_lock lock(gate->mutex);
     EXPECT_TRUE(gate->opens.wait_for(lock, std::chrono::seconds(10), [&] { return gate->isPassed; }));
+    lock.unlock();
+    dropped.get_future().wait();
 }
 
 TEST(WorkerPool, WorkThatEndsInTimeIsWaitedFor) {

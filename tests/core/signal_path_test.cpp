@@ -259,12 +259,16 @@ struct NameRow {
 TEST(Evaluate, DeviceName) {
     const USBDeviceInfo named{"Maker", "Converter", "USB Audio", {}};
     const USBDeviceInfo nameless{"Maker", {}, "USB Audio", {}};
+    const USBDeviceInfo emptyName{"Maker", "", "USB Audio", {}};
     const BluetoothDeviceInfo cans{"Cans", {}, {}};
+    const BluetoothDeviceInfo unnamed{"", {}, {}};
     const NameRow rows[] = {
         {"USB with a product name", DeviceTransport::usb, named, {}, "Converter"},
+        {"USB with an empty one, which is one", DeviceTransport::usb, emptyName, {}, ""},
         {"USB without one", DeviceTransport::usb, nameless, {}, "Desk"},
         {"USB without information", DeviceTransport::usb, {}, {}, "Desk"},
         {"Bluetooth with information", DeviceTransport::bluetooth, {}, cans, "Cans"},
+        {"Bluetooth with an empty name, which is one", DeviceTransport::bluetooth, {}, unnamed, ""},
         {"Bluetooth without", DeviceTransport::bluetooth, {}, {}, "Desk"},
         {"USB information elsewhere", DeviceTransport::hdmi, named, {}, "Desk"},
         {"Bluetooth information elsewhere", DeviceTransport::builtIn, {}, cans, "Desk"},

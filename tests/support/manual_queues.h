@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -14,9 +15,16 @@ namespace purlock::test {
 /// A serial queue that runs its work when the test says so, on the test's thread.
 class ManualSerialQueue final : public SerialQueue {
   public:
-    explicit ManualSerialQueue(std::string label) : label_(std::move(label)) {}
+    using OnAsync = std::function<void(const std::string& label)>;
 
-    void async(Task task) override { tasks_.push_back(std::move(task)); }
+    /// `onAsync` is told of each piece of work when it is handed in.
+    explicit ManualSerialQueue(std::string label, OnAsync onAsync = {})
+        : label_(std::move(label)), onAsync_(std::move(onAsync)) {}
+
+    void async(Task task) override {
+        if (onAsync_) onAsync_(label_);
+        tasks_.push_back(std::move(task));
+    }
     const std::string& label() const override { return label_; }
 
     /// Forgets what is queued.
@@ -39,6 +47,7 @@ class ManualSerialQueue final : public SerialQueue {
 
   private:
     const std::string label_;
+    const OnAsync onAsync_;
     std::deque<Task> tasks_;
 };
 
@@ -50,8 +59,13 @@ class ManualQueues final : public SerialQueueFactory {
         for (const auto& queue : made_) queue->drop();
     }
 
+    /// Told of each piece of work that comes to any of the queues, in order.
+    ManualSerialQueue::OnAsync onAsync;
+
     std::shared_ptr<SerialQueue> makeSerialQueue(std::string label) override {
-        made_.push_back(std::make_shared<ManualSerialQueue>(std::move(label)));
+        made_.push_back(std::make_shared<ManualSerialQueue>(std::move(label), [this](const auto& handedTo) {
+            if (onAsync) onAsync(handedTo);
+        }));
         return made_.back();
     }
 

@@ -40,6 +40,28 @@ TEST(AppDelegate, TheLaunchStartsBothMonitorsAndWritesTheFirstState) {
     EXPECT_EQ(f.shell->coordinator()->report().stages.size(), 5U);
 }
 
+TEST(AppDelegate, TheAudioMonitorStartsFirst) {
+    Fixture f;
+    f.noteWork();
+    f.shell->applicationDidFinishLaunching();
+    auto history = f.desktop.takeHistory();
+    history.erase(history.begin(), std::ranges::find(history, "panel") + 1);
+    EXPECT_EQ(history, (Lines{"to audiomonitor", "to audiomonitor", "to nowplaying"}))
+        << "the pin and the first state, then what plays";
+}
+
+TEST(AppDelegate, AStateReachesTheIconThenTheSnapshotThenTheLog) {
+    Fixture f;
+    f.launch();
+    f.desktop.takeHistory();
+    f.setDefault(60);
+    f.noteWork();
+    f.shell->monitor()->refreshState();
+    f.settle();
+    EXPECT_EQ(f.desktop.takeHistory(), (Lines{"to audiomonitor", "image circle", "tooltip Purlock — Idle",
+                                              "to snapshot", "to logger"}));
+}
+
 TEST(AppDelegate, TheCoordinatorIsMadeOnce) {
     Fixture f;
     f.launch();
@@ -65,9 +87,7 @@ TEST(AppDelegate, TheSafetyNetRefreshesEveryEightTenthsOfASecond) {
     f.pass(8s);
     EXPECT_EQ(f.snapshotsWritten(), before + 11) << "equal states are written again";
     EXPECT_EQ(std::ranges::count(f.log(), '\n'), 1) << "and logged once";
-    EXPECT_EQ(std::ranges::count(f.framework->calls(),
-                                 "getInfo on " + std::string(applicationIdentifier) + ".purlock.nowplaying"),
-              12);
+    EXPECT_EQ(f.questionsToFramework(), 12U);
 }
 
 TEST(AppDelegate, AChangeThatNobodyNotifiedIsFoundByTheSafetyNet) {
@@ -222,9 +242,11 @@ TEST(AppDelegate, AClickOpensThePanelUnderTheItemOnFreshData) {
     f.launch();
     f.desktop.takeHistory();
     f.setDefault(60);
+    const auto questions = f.questionsToFramework();
     f.desktop.clickStatusItem();
     EXPECT_EQ(f.desktop.takeHistory(), (Lines{"origin 332,276", "activate", "front", "monitor 10"}));
     f.settle();
+    EXPECT_EQ(f.questionsToFramework(), questions + 1) << "and so was what plays";
     EXPECT_TRUE(has(f.snapshot(), "\"name\" : \"Cans\"")) << "the device was read again at once";
 }
 
@@ -304,6 +326,18 @@ TEST(AppDelegate, APanelThatTheDesktopHasHiddenKeepsItsMonitorUntilTheNextClick)
     f.pass(1s);
     EXPECT_TRUE(f.desktop.monitorInstalled());
     f.desktop.clickOutside();
+    EXPECT_FALSE(f.desktop.monitorInstalled());
+}
+
+TEST(AppDelegate, OpeningAPinnedPanelRemovesTheMonitorOfOneThatTheDesktopHadHidden) {
+    Fixture f;
+    f.launch();
+    f.desktop.clickStatusItem();
+    f.desktop.panelVisible = false;
+    f.shell->settings()->setPanelPinned(true);
+    EXPECT_TRUE(f.desktop.monitorInstalled());
+    f.desktop.clickStatusItem();
+    EXPECT_TRUE(f.desktop.panelVisible);
     EXPECT_FALSE(f.desktop.monitorInstalled());
 }
 

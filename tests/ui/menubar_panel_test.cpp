@@ -77,6 +77,16 @@ TEST(MenubarPanel, TheHeader) {
     EXPECT_EQ(test::contentOf<Text>(header.children[4]), (Text{"v1.1", {11}, white(0.5), Lines::one}));
 }
 
+TEST(MenubarPanel, AListOfDevicesThatComesAloneShowsInTheMenu) {
+    Fixture f;
+    f.open();
+    const auto before = f.menu().entries.size();
+    f.setDevices({50});
+    f.shell->monitor()->refreshDevices();
+    f.settle();
+    EXPECT_EQ(f.menu().entries.size(), before - 1);
+}
+
 TEST(MenubarPanel, ThePinButtonShowsAndTogglesTheSetting) {
     Fixture f;
     f.open();

@@ -62,6 +62,19 @@ struct ShellFixture : MonitorFixture {
         settle();
     }
 
+    /// From now on the desktop's history tells of work for the queues, too: "to logger".
+    void noteWork() {
+        queues.onAsync = [this](const std::string& label) {
+            desktop.history.push_back("to " + label.substr(label.rfind('.') + 1));
+        };
+    }
+
+    /// How often the now-playing framework was asked what plays.
+    std::size_t questionsToFramework() const {
+        return static_cast<std::size_t>(std::ranges::count_if(
+            framework->calls(), [](const std::string& call) { return call.starts_with("getInfo "); }));
+    }
+
     /// Lets time pass with the queues running.
     void pass(std::chrono::milliseconds duration) {
         for (const auto end = loop.now() + duration; loop.now() < end;) {

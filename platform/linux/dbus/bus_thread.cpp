@@ -7,18 +7,21 @@
 #include <systemd/sd-event.h>
 
 #include <condition_variable>
+#include <optional>
+
+#include "base/thread_start.h"
 
 namespace purlock::host_linux {
 
 namespace {
 
 /// Signals are for the main thread; a thread inherits the mask of the one that starts it.
-std::thread startWithoutSignals(std::function<void()> body) {
+std::optional<std::thread> startWithoutSignals(std::function<void()> body) {
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &before);
-    std::thread thread(std::move(body));
+    auto thread = startThread(std::move(body));
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
     return thread;
 }
@@ -37,14 +40,9 @@ BusThread::BusThread() {
     sd_event* event = nullptr;
     if (sd_event_new(&event) < 0) return;
     event_.reset(event);
-    if (!openWakeUp()) {
-        event_.reset();
-        return;
-    }
-    thread_ = startWithoutSignals([this] {
-        pthread_setname_np(pthread_self(), "purlock-bus");
-        sd_event_loop(event_.get());
-    });
+    if (openWakeUp() && startLoop()) return;
+    wakeUpSource_.reset();
+    event_.reset();
 }
 
 BusThread::~BusThread() {
@@ -52,6 +50,16 @@ BusThread::~BusThread() {
     post([this] { sd_event_exit(event_.get(), 0); });
     thread_.join();
     runPosted();  // what was posted while the loop ended
+}
+
+bool BusThread::startLoop() {
+    auto thread = startWithoutSignals([this] {
+        pthread_setname_np(pthread_self(), "purlock-bus");
+        sd_event_loop(event_.get());
+    });
+    if (!thread) return false;
+    thread_ = std::move(*thread);
+    return true;
 }
 
 bool BusThread::openWakeUp() {

@@ -20,8 +20,8 @@ namespace purlock::host_linux {
 /// for a bus.
 ///
 /// Owned by the host; everything that lives on the thread (connections, timers) ends before it. While nothing
-/// arrives the thread sleeps without a wake-up. When the system refuses the loop's descriptors, it stays
-/// lifeless: posted work is dropped and no bus is ever connected.
+/// arrives the thread sleeps without a wake-up. When the system refuses the loop's descriptors or the thread,
+/// it stays lifeless: posted work is dropped and no bus is ever connected.
 class BusThread {
   public:
     using Task = std::function<void()>;
@@ -44,6 +44,9 @@ class BusThread {
 
     bool isCurrent() const;
 
+    /// The same for its whole life.
+    bool isLifeless() const { return event_ == nullptr; }
+
     /// The loop; null when lifeless. On the thread only.
     sd_event* event() const { return event_.get(); }
 
@@ -58,6 +61,7 @@ class BusThread {
     friend class BusInput;
 
     bool openWakeUp();
+    bool startLoop();
     void runPosted();
     static int onWakeUp(sd_event_source* source, int descriptor, unsigned events, void* self);
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iostream>
 #include <string>
 #include <utility>
 
@@ -19,6 +20,7 @@ namespace {
 
 // As many as there are queues whose work may hang: the log's and the snapshot's disk.
 constexpr std::size_t workerThreads = 2;
+constexpr std::chrono::seconds longestWrite{2};  // at the end of the program
 
 // As many as there are queues for files of other programs: preferences, played files, applications. The disk
 // of any may hang without end, and the program ends all the same.
@@ -53,6 +55,9 @@ LinuxHost::LinuxHost(std::string sessionBus)
       applications_(foreignFiles_.makeSerialQueue(queueLabel(".purlock.applications"))),
       hardware_(applications_.searchingAtOnce()),
       statusBar_(mainLoop_, busThread_, sessionBus_, [this] { return panels_.bringToFront(); }) {
+    if (busThread_.isLifeless()) {
+        std::cerr << "The system gives no thread for D-Bus; players, badges and Bluetooth are not seen.\n";
+    }
     followPlayers();
 }
 
@@ -73,10 +78,10 @@ bool LinuxHost::soundRuns() {
                                &ProcessAudio::RawProcess::isRunningOutput);
 }
 
-LinuxHost::~LinuxHost() {
-    // A refresh that is under way on a queue still asks the services.
-    queues_.finish();
+bool LinuxHost::finish() {
+    const bool isWritten = queues_.finishWithin(longestWrite);
     foreignFiles_.finishWithin(longestFarewell);
+    return isWritten;
 }
 
 void LinuxHost::provideSharedServices() {

@@ -52,8 +52,8 @@ class LinuxHost {
     /// `sessionBus` is the bus's address.
     explicit LinuxHost(std::string sessionBus);
 
-    /// Lets the queues finish what they have, then ends the services.
-    ~LinuxHost();
+    /// Ends the services, after `finish`.
+    ~LinuxHost() = default;
 
     LinuxHost(const LinuxHost&) = delete;
     LinuxHost& operator=(const LinuxHost&) = delete;
@@ -66,6 +66,10 @@ class LinuxHost {
 
     /// Has `onActivate` run on the main thread whenever the program is started once more.
     void listenToStarts(std::function<void()> onActivate);
+
+    /// Lets the queues finish what they have, once the shell has ended. False when the disk of the program's
+    /// own files hangs: that work still uses this object, so the process has to end and not this.
+    [[nodiscard]] bool finish();
 
   private:
     void followPlayers();

@@ -4,7 +4,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "base/identity.h"
 #include "platform/linux/activation/instance_activation.h"
@@ -52,23 +54,33 @@ void keepToolkitFromSilentBus(const std::string& sessionBus) {
     }
 }
 
-int run(const std::string& sessionBus) {
-    const QuitSignals quitSignals([] { QCoreApplication::quit(); });
+/// Ends the process without ending what work on a hanging disk still uses.
+[[noreturn]] void leaveAtOnce(InstanceLock& lock, int status) {
+    lock.release();
+    std::_Exit(status);
+}
+
+int run(const std::string& sessionBus, InstanceLock& lock) {
+    std::optional<QuitSignals> quitSignals(std::in_place, [] { QCoreApplication::quit(); });
     LinuxHost host(sessionBus);
     host.provideSharedServices();
-    const auto shell = std::make_shared<AppDelegate>(host.seams());
+    auto shell = std::make_shared<AppDelegate>(host.seams());
     shell->applicationDidFinishLaunching();
     host.listenToStarts([weak = std::weak_ptr(shell)] {
         if (const auto running = weak.lock()) running->togglePanel();
     });
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    quitSignals.reset();  // nobody listens any more, and the end may take a while
+    shell.reset();
+    if (!host.finish()) leaveAtOnce(lock, status);
+    return status;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     keepFreeMemorySmall();
-    const InstanceLock lock(lockFile());
+    InstanceLock lock(lockFile());
     if (lock.outcome() == InstanceLock::Outcome::heldByAnother) return activateTheOther();
     quietenToolkit();
     const std::string sessionBus = sessionBusAddress();
@@ -78,5 +90,5 @@ int main(int argc, char** argv) {
     QApplication::setQuitOnLastWindowClosed(false);
     const auto application = startToolkit(argc, argv);
     applyDarkLook();
-    return run(sessionBus);
+    return run(sessionBus, lock);
 }

@@ -8,7 +8,8 @@
 
 namespace purlock::host_linux {
 
-/// Turns SIGTERM, SIGINT and SIGHUP into a call on the main thread. One for the process, on the main thread.
+/// Turns SIGTERM, SIGINT and SIGHUP into a call on the main thread. One for the process, on the main thread,
+/// and no longer than the run loop runs: without it they would have no effect.
 class QuitSignals {
   public:
     explicit QuitSignals(std::function<void()> onQuit);

@@ -17,4 +17,9 @@ InstanceLock::InstanceLock(const std::filesystem::path& file)
     }
 }
 
+void InstanceLock::release() {
+    if (outcome_ == Outcome::taken) ::flock(file_.get(), LOCK_UN);
+    outcome_ = Outcome::unavailable;
+}
+
 }  // namespace purlock::host_linux

@@ -22,6 +22,9 @@ class InstanceLock {
 
     Outcome outcome() const { return outcome_; }
 
+    /// Lets another instance start while this process is still ending: a disk that hangs may hold it up.
+    void release();
+
   private:
     FileDescriptor file_;
     Outcome outcome_ = Outcome::unavailable;

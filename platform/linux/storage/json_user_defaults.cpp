@@ -27,6 +27,12 @@ Json parsed(const std::string& text) {
     return Json::parse(text, nullptr, allowExceptions);
 }
 
+/// Where nobody can say, as in a folder that may not be searched, it counts as there.
+bool mayExist(const std::filesystem::path& file) {
+    std::error_code unknown;
+    return std::filesystem::exists(file, unknown) || unknown;
+}
+
 }  // namespace
 
 struct JsonUserDefaults::Contents {
@@ -108,7 +114,7 @@ bool JsonUserDefaults::makeRoom() {
         backup += ".malformed";
         std::error_code failed;
         std::filesystem::rename(file_, backup, failed);
-        if (failed && std::filesystem::exists(file_)) return false;
+        if (failed && mayExist(file_)) return false;
         contents_->obstacle = Obstacle::none;
     }
     return true;

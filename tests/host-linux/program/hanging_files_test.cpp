@@ -1,7 +1,10 @@
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <memory>
+#include <string>
 
 #include "tests/host-linux/program/program_test.h"
 #include "tests/support/hanging_mount.h"
@@ -83,6 +86,66 @@ TEST_F(HangingFiles, APlayedFileStopsNobody) {
     program.start();
     ASSERT_TRUE(program.awaitVerdict("bitPerfect"));
     expectLife();
+}
+
+/// The disk of the program's own files hangs in mid-run.
+class HangingDisk : public HangingFiles {
+  protected:
+    void SetUp() override {
+        HangingFiles::SetUp();
+        if (IsSkipped()) return;
+        program.start();
+        ASSERT_TRUE(program.awaitVerdict("idle"));
+        mount_ = std::make_unique<HangingMount>(program.folder());
+        ASSERT_TRUE(mount_->isThere());
+        ASSERT_TRUE(waitUntil([&] { return mount_->takesRequest(); })) << "the snapshot is written";
+    }
+
+    /// What is printed of a failure lies on that disk.
+    void TearDown() override {
+        mount_.reset();
+        HangingFiles::TearDown();
+    }
+
+    /// A line of /proc's file on the program's main thread, without its name.
+    std::string processLine(const std::string& name) {
+        std::ifstream status("/proc/" + std::to_string(program.process().pid()) + "/status");
+        for (std::string line; std::getline(status, line);) {
+            if (line.starts_with(name + ":\t")) return line.substr(name.size() + 2);
+        }
+        return {};
+    }
+
+    /// A thread that the disk holds keeps the process in the table, though all else of it has ended.
+    bool hasEnded() { return processLine("State").starts_with("Z"); }
+
+    bool hearsSignal(int number) {
+        return (std::stoull(processLine("SigCgt"), nullptr, 16) >> (number - 1) & 1) != 0;
+    }
+};
+
+TEST_F(HangingDisk, ItEndsAllTheSame) {
+    ASSERT_TRUE(hearsSignal(SIGTERM));
+    program.process().signal(SIGTERM);
+    ASSERT_TRUE(waitUntil([&] { return hasEnded(); }));
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        EXPECT_FALSE(hearsSignal(signal)) << strsignal(signal) << " would have had no effect";
+    }
+    mount_.reset();
+    EXPECT_EQ(program.process().waitForExit(10s), 0);
+    EXPECT_EQ(program.console(), "");
+}
+
+TEST_F(HangingDisk, ItsEndHoldsUpNoSecondStart) {
+    program.process().signal(SIGTERM);
+    ASSERT_TRUE(waitUntil([&] { return hasEnded(); }));
+    const std::string elsewhere = session.folder() + "/elsewhere";
+    session.spawn("second", {"env", "XDG_DATA_HOME=" + elsewhere, PURLOCK_PROGRAM});
+    EXPECT_TRUE(waitUntil([&] { return std::filesystem::exists(elsewhere + "/Purlock/state.json"); }))
+        << test::contentsOf(session.folder() + "/log-second");
+    session.process("second").signal(SIGTERM);
+    EXPECT_EQ(session.process("second").waitForExit(10s), 0);
+    EXPECT_TRUE(program.isRunning()) << "the system still waits for the first one's disk";
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include <unistd.h>
+
 #include <csignal>
 #include <filesystem>
 #include <string>
@@ -165,19 +166,51 @@ TEST_F(Lifecycle, WithoutARuntimeFolderItRunsOnceAllTheSame) {
     EXPECT_EQ(program.console(), "");
 }
 
-TEST_F(Lifecycle, WithoutAnyFolderForDataItStopsAndSaysWhy) {
-    if (::geteuid() != 0) GTEST_SKIP() << "only root can become a user without a home";
-    // The program may stand where only root can go.
-    const test::TemporaryFolder open;
-    const auto copy = open.path() / "purlock";
-    fs::copy_file(PURLOCK_PROGRAM, copy);
-    fs::permissions(open.path(), fs::perms(0755));
-    fs::permissions(copy, fs::perms(0755));
+/// The program for another user, in a folder that anybody may use; it may stand where only root can go.
+class AsAnotherUser : public Lifecycle {
+  protected:
+    void SetUp() override {
+        if (::geteuid() != 0) GTEST_SKIP() << "only root can become another user";
+        fs::permissions(open_.path(), fs::perms(0777));
+        fs::copy_file(PURLOCK_PROGRAM, copy());
+        fs::permissions(copy(), fs::perms(0755));
+    }
+
+    fs::path copy() const { return open_.path() / "purlock"; }
+    fs::path stateFile() const { return open_.path() / "data/Purlock/state.json"; }
+
+    const test::TemporaryFolder open_;
+};
+
+TEST_F(AsAnotherUser, WithoutAnyFolderForDataItStopsAndSaysWhy) {
     const auto result = session.run({"setpriv", "--reuid=54321", "--clear-groups", "env", "-u", "HOME", "-u",
-                                     "XDG_DATA_HOME", "-u", "XDG_RUNTIME_DIR", copy.string()});
+                                     "XDG_DATA_HOME", "-u", "XDG_RUNTIME_DIR", copy().string()});
     EXPECT_EQ(result.exitStatus, -SIGABRT);
     EXPECT_EQ(result.output,
               "purlock: there is no folder for application data: the home folder is not known\n");
+}
+
+TEST_F(AsAnotherUser, WithoutThreadsItRunsAndWritesOnceThereAreSome) {
+    // A user of the test's own: the limit counts all threads of a user.
+    const auto number = static_cast<uid_t>(1'000'000 + ::getpid());
+    const std::string user = "--reuid=" + std::to_string(number);
+    const std::string folder = open_.path().string();
+    fs::permissions(open_.path(), fs::perms(0700));
+    ASSERT_EQ(::chown(folder.c_str(), number, 0), 0);
+    session.setVariable("ASAN_OPTIONS", "detect_leaks=0");  // the search for leaks is a thread, too
+    session.spawn("purlock", {"prlimit", "--nproc=1:64", "setpriv", user, "--clear-groups", "env",
+                              "HOME=" + folder, "XDG_DATA_HOME=" + folder + "/data",
+                              "XDG_CONFIG_HOME=" + folder, "XDG_RUNTIME_DIR=" + folder, copy().string()});
+    ASSERT_TRUE(waitUntil([&] { return !program.console().empty(); }));
+    EXPECT_FALSE(waitUntil([&] { return !program.isRunning() || fs::exists(stateFile()); }, 1700ms))
+        << "it neither ends nor finds a thread to write with";
+    const std::string process = std::to_string(program.process().pid());
+    session.run({"setpriv", user, "--clear-groups", "prlimit", "--pid", process, "--nproc=64:64"});
+    EXPECT_TRUE(waitUntil([&] { return fs::exists(stateFile()); }));
+    program.process().signal(SIGTERM);
+    EXPECT_EQ(program.process().waitForExit(5s), 0);
+    EXPECT_EQ(program.console(),
+              "The system gives no thread for D-Bus; players, badges and Bluetooth are not seen.\n");
 }
 
 }  // namespace

@@ -46,6 +46,17 @@ TEST(InstanceLock, AKilledHolderLetsGo) {
     close(ready[1]);
 }
 
+TEST(InstanceLock, AReleasedOneIsForTheNext) {
+    const test::TemporaryFolder folder;
+    const auto file = folder.path() / "purlock.lock";
+    InstanceLock first(file);
+    InstanceLock second(file);
+    second.release();
+    EXPECT_EQ(InstanceLock(file).outcome(), Outcome::heldByAnother) << "only its holder can";
+    first.release();
+    EXPECT_EQ(InstanceLock(file).outcome(), Outcome::taken);
+}
+
 TEST(InstanceLock, WithoutAFolderItIsUnavailable) {
     const test::TemporaryFolder folder;
     EXPECT_EQ(InstanceLock(folder.path() / "missing" / "purlock.lock").outcome(), Outcome::unavailable);

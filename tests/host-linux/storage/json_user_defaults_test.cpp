@@ -123,6 +123,24 @@ TEST_F(JsonUserDefaultsTest, WhatIsNoRegularFileReadsAsNoSettingsAndIsLeftAlone)
     EXPECT_TRUE(fs::is_fifo(file_));
 }
 
+TEST_F(JsonUserDefaultsTest, AMalformedFileThatCannotBeLookedForIsNotReplaced) {
+    writeFile(file_, "precious");
+    JsonUserDefaults defaults(file_);
+    const fs::path home = file_.parent_path();
+    const fs::path elsewhere = folder_.path() / "elsewhere";
+    fs::rename(home, elsewhere);
+    fs::create_directory_symlink(home, home);  // nobody finds the end of that
+    defaults.setBool(true, "logEnabled");
+    EXPECT_EQ(defaults.objectForKey("logEnabled"), DefaultsValue(true));
+    EXPECT_EQ(contentsOf(elsewhere / file_.filename()), "precious");
+
+    fs::remove(home);
+    fs::rename(elsewhere, home);
+    defaults.setBool(false, "logEnabled");
+    EXPECT_EQ(contentsOf(backup_), "precious");
+    EXPECT_EQ(contentsOf(file_), "{\n  \"logEnabled\": false\n}\n");
+}
+
 TEST_F(JsonUserDefaultsTest, AWriteThatFailsIsDroppedAndMadeGoodByTheNext) {
     writeFile(folder_.path() / "Purlock", "a file where the folder should be");
     JsonUserDefaults defaults(file_);
