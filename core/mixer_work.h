@@ -144,6 +144,7 @@ struct MixerWork {
     std::optional<RateConversion> rateConversion = {};  // for which the two formats stand
     std::optional<AudioFormat> streamFormat = {};       // in which a process hands over what is judged
     std::optional<std::int32_t> streamProcess = {};     // that process
+    std::optional<std::string> unseenProgram = {};  // it has the device, and hides what it does to the sound
 
     bool operator==(const MixerWork&) const = default;
 };

@@ -38,6 +38,7 @@ constexpr Entry entries[] = {
     {"bluetoothFix", &SystemWords::bluetoothFix},
     {"unnamedApp", &SystemWords::unnamedApp},
     {"convertingDetail", &SystemWords::convertingDetail},
+    {"unseenDetail", &SystemWords::unseenDetail},
     {"bannerReason", &SystemWords::bannerReason},
 };
 

@@ -80,6 +80,7 @@ struct SystemWords {
 
     // The panel's own.
     std::string convertingDetail = "macOS is converting {from} to {to}. See findings below.";  // of formats
+    std::string unseenDetail;  // of {app}, which has the device and hides what it does to the sound
     std::string bannerReason = "Lets Purlock read the quality badge in Tidal / Apple Music";
 
     bool operator==(const SystemWords&) const = default;

@@ -5,7 +5,10 @@
 namespace purlock {
 
 Verdict deviceVerdict(const std::optional<DeviceState>& state) {
-    if (!state || !state->virtualFormat || !state->physicalFormat) return verdict::Unknown{};
+    if (!state) return verdict::Unknown{};
+    if (!state->virtualFormat || !state->physicalFormat) {
+        return verdict::Unknown{state->mixerWork ? state->mixerWork->unseenProgram : std::nullopt};
+    }
     const AudioFormat& mixer = *state->virtualFormat;
     const AudioFormat& device = *state->physicalFormat;
     if (!state->isRunning) return verdict::Idle{mixer};
@@ -17,14 +20,15 @@ Verdict deviceVerdict(const std::optional<DeviceState>& state) {
 }
 
 std::string_view verdictHeadline(const Verdict& verdict) {
-    return std::visit(Overloaded{
-                          [](const verdict::Idle&) { return "Idle"; },
-                          [](const verdict::BitPerfect&) { return "Bit-perfect"; },
-                          [](const verdict::Resampling&) { return "Resampling"; },
-                          [](const verdict::Unknown&) { return "No device"; },
-                          [](const verdict::Altered&) { return "Altered"; },
-                      },
-                      verdict);
+    return std::visit(
+        Overloaded{
+            [](const verdict::Idle&) { return "Idle"; },
+            [](const verdict::BitPerfect&) { return "Bit-perfect"; },
+            [](const verdict::Resampling&) { return "Resampling"; },
+            [](const verdict::Unknown& unknown) { return unknown.program ? "Not known" : "No device"; },
+            [](const verdict::Altered&) { return "Altered"; },
+        },
+        verdict);
 }
 
 }  // namespace purlock

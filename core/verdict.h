@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 #include <variant>
 
@@ -31,8 +32,10 @@ struct Resampling {
     bool operator==(const Resampling&) const = default;
 };
 
-/// There is no device, or one of its formats is not known.
+/// There is no device, or one of its formats is not known. `program` has the device and hides what it does to
+/// the sound, where the host knows that.
 struct Unknown {
+    std::optional<std::string> program = {};
     bool operator==(const Unknown&) const = default;
 };
 
@@ -53,7 +56,8 @@ using Verdict =
 /// show this verdict; the report's follows the same rule.
 Verdict deviceVerdict(const std::optional<DeviceState>& state);
 
-/// The words that the user reads: "Idle", "Bit-perfect", "Resampling", "No device", "Altered".
+/// The words that the user reads: "Idle", "Bit-perfect", "Resampling", "Altered", "No device", and "Not
+/// known" where a program hides the answer.
 std::string_view verdictHeadline(const Verdict& verdict);
 
 }  // namespace purlock

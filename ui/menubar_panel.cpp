@@ -199,7 +199,10 @@ std::string verdictDetail(const Verdict& verdict, const SystemWords& words) {
                 return fill(words.convertingDetail, {{"from", resampling.virtualFormat.summary()},
                                                      {"to", resampling.physicalFormat.summary()}});
             },
-            [](const verdict::Unknown&) { return std::string("No output device detected."); },
+            [&words](const verdict::Unknown& unknown) {
+                return unknown.program ? fill(words.unseenDetail, {{"app", *unknown.program}})
+                                       : std::string("No output device detected.");
+            },
             [](const verdict::Altered&) {
                 return std::string(
                     "The mixer changes the samples on their way to the device. See findings below.");

@@ -26,6 +26,11 @@ TEST(Alterations, Verdicts) {
     idle.isRunning = false;
     DeviceState unknown = deviceWith(equal, quiet);
     unknown.physicalFormat.reset();
+    DeviceState unseen = deviceWith(equal, MixerWork{});
+    unseen.virtualFormat.reset();
+    unseen.mixerWork->unseenProgram = "aplay";
+    DeviceState seen = unseen;
+    seen.virtualFormat = equal;
     struct Case {
         const char* name;
         DeviceState state;
@@ -38,6 +43,8 @@ TEST(Alterations, Verdicts) {
         {"converted as well", deviceWith(other, quiet), verdict::Resampling{other, equal}},
         {"idle", idle, verdict::Idle{equal}},
         {"a format is missing", unknown, verdict::Unknown{}},
+        {"a program hides it", unseen, verdict::Unknown{"aplay"}},
+        {"both formats are known all the same", seen, verdict::BitPerfect{equal}},
     };
     for (const Case& row : cases) {
         EXPECT_EQ(deviceVerdict(row.state), row.expected) << row.name;

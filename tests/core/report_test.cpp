@@ -19,7 +19,7 @@ TEST(Verdict, EqualityComparesTheCaseAndWhatItCarries) {
         verdict::Idle{a},          verdict::Idle{b},          verdict::Idle{moreChannels},
         verdict::BitPerfect{a},    verdict::BitPerfect{b},    verdict::Resampling{a, b},
         verdict::Resampling{b, a}, verdict::Resampling{a, a}, verdict::Unknown{},
-        verdict::Altered{a},       verdict::Altered{b},
+        verdict::Unknown{"aplay"}, verdict::Altered{a},       verdict::Altered{b},
     };
     for (std::size_t i = 0; i < std::size(rows); ++i) {
         for (std::size_t j = 0; j < std::size(rows); ++j) {
@@ -39,6 +39,7 @@ TEST(Verdict, HasAHeadline) {
         {verdict::BitPerfect{format}, "Bit-perfect"},
         {verdict::Resampling{format, format}, "Resampling"},
         {verdict::Unknown{}, "No device"},
+        {verdict::Unknown{"aplay"}, "Not known"},
         {verdict::Altered{format}, "Altered"},
     };
     for (const auto& row : rows) EXPECT_EQ(verdictHeadline(row.verdict), row.headline);

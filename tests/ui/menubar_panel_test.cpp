@@ -210,6 +210,10 @@ TEST(MenubarPanel, TheVerdictInASentence) {
     EXPECT_EQ(verdictDetail(verdict::Resampling{rate44, rate96}),
               "macOS is converting " + low + " to " + high + ". See findings below.");
     EXPECT_EQ(verdictDetail(verdict::Unknown{}), "No output device detected.");
+    SystemWords words;
+    words.unseenDetail = "{app} hides it.";
+    EXPECT_EQ(verdictDetail(verdict::Unknown{}, words), "No output device detected.");
+    EXPECT_EQ(verdictDetail(verdict::Unknown{"aplay"}, words), "aplay hides it.");
     EXPECT_EQ(verdictDetail(verdict::Altered{rate96}),
               "The mixer changes the samples on their way to the device. See findings below.");
 }

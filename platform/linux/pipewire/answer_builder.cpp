@@ -250,7 +250,11 @@ class AnswerBuilder {
         Judgement judgement;
         judgement.physical = physicalFormat(serial);
         const bool mayPassPlugins = pcm.parameters && pcm.parameters->isMapped;
-        if (!judgement.physical || isSoundServer(*pcm.owner) || mayPassPlugins) return judgement;
+        if (isSoundServer(*pcm.owner) || mayPassPlugins) {
+            judgement.work.unseenProgram = pcm.owner->command;
+            return judgement;
+        }
+        if (!judgement.physical) return judgement;
         judgement.virtualFormat = streamDescription(*judgement.physical);
         judgement.work.streamFormat = audioFormat(*judgement.virtualFormat);
         judgement.work.streamProcess = pcm.owner->processIdentifier;

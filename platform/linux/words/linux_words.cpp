@@ -77,6 +77,9 @@ SystemWords linuxWords() {
     addLinkWords(words);
     words.unnamedApp = "the app";
     words.convertingDetail = "PipeWire is converting {from} to {to}. See findings below.";
+    words.unseenDetail =
+        "{app} has the device to itself, and what it does to the sound can't be seen. "
+        "If it is a player, let it use ALSA's “hw” device, without mmap.";
     words.bannerReason = "Lets Purlock read the quality badge in players of Tidal and other services";
     return words;
 }

@@ -226,17 +226,20 @@ TEST_F(AnswerBuilderTest, AProgramThatHasTheHardwareToItself) {
     ASSERT_TRUE(device.mixerWork.streamFormat);
     EXPECT_EQ(device.mixerWork.streamFormat->sampleRate, 96000);
     EXPECT_EQ(device.mixerWork.streamProcess, 70);
+    EXPECT_FALSE(device.mixerWork.unseenProgram);
 
     for (const char* const server : {"pulseaudio", "jackd", "jackdbus"}) {
         view.owner = PcmOwner{70, server};
         EXPECT_FALSE(build().devices()[0].virtualFormat) << server << " mixes and converts unseen";
         EXPECT_FALSE(build().devices()[0].mixerWork.streamProcess);
+        EXPECT_EQ(build().devices()[0].mixerWork.unseenProgram, server);
         EXPECT_EQ(build().devices()[0].physicalFormat->sampleRate, 96000);
         EXPECT_EQ(build().processes().size(), 2U) << "yet it is what plays";
     }
     view.owner = PcmOwner{70, "player"};
     view.parameters->isMapped = true;
     EXPECT_FALSE(build().devices()[0].virtualFormat) << "ALSA's plugins may convert and mix in the player";
+    EXPECT_EQ(build().devices()[0].mixerWork.unseenProgram, "player");
     EXPECT_FALSE(build().devices()[0].mixerWork.streamProcess);
     EXPECT_EQ(build().devices()[0].physicalFormat->sampleRate, 96000);
     EXPECT_EQ(build().processes().size(), 2U) << "yet it is what plays";
