@@ -70,7 +70,7 @@ class BusObjectTest : public ::testing::Test {
         std::string answer;
         peer_.run([&](sd_bus* connection) {
             sd_bus_message* reply = nullptr;
-            sd_bus_error error = SD_BUS_ERROR_NULL;
+            sd_bus_error error{};
             if (sd_bus_call_method(connection, uniqueName_.c_str(), path, interface, member, &error, &reply,
                                    types, values...) < 0) {
                 answer = error.name;
