@@ -87,6 +87,16 @@ TEST(SystemWords, TheCodecOfABluetoothLink) {
     EXPECT_EQ(report.diagnostics[0].cause, "LDAC of Qobuz");
 }
 
+TEST(SystemWords, ABluetoothLinkWithoutABitRateOfItsOwnShowsNone) {
+    SystemWords words = madeUp();
+    words.bluetoothBitrate = "";
+    const auto state =
+        test::device(DeviceTransport::bluetooth, integerFormat(48000, 16), integerFormat(48000, 16));
+    const auto report = CauseEngine::evaluate(state, {}, {}, {}, words);
+    EXPECT_EQ(report.stages.back().bitrate, std::nullopt)
+        << "the device's is that of the sound before coding";
+}
+
 TEST(SystemWords, FillingPutsInWhatIsNamedAndLeavesTheRest) {
     struct Row {
         const char* name;
