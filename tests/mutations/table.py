@@ -48,8 +48,6 @@ MISTAKES = [
     *of("base/worker_pool.cpp",
         ("a refused thread is counted", "            workers_.pop_back();\n", "            static_cast<void>(0);\n"),
         ("a refused thread is never asked for again", "lacksThread_ = !thread;", ""),
-        ("a thread is asked for though the work has run", "            lacksThread_ = false;\n            if (finishing_) {",
-         "            if (finishing_) {"),
         ("the end asks for no thread", "        if (lacksThread_) start();\n", ""),
         ("work of a queue that waits for a thread asks for none", "} else if (!lacksThread_) {", "} else {"),
         ("more threads than allowed", "if (workers_.size() == maximumThreads_) return;", ""),
