@@ -124,7 +124,6 @@ class WorkerPool::Workers : public std::enable_shared_from_this<Workers> {
         std::unique_lock lock(mutex_);
         for (;;) {
             while (!ready_.empty()) runOne(lock);
-            lacksThread_ = false;
             if (finishing_) {
                 ++ended_;
                 threadEnded_.notify_all();
@@ -167,7 +166,7 @@ class WorkerPool::Workers : public std::enable_shared_from_this<Workers> {
     std::vector<Worker*> idle_;  // the last to become so at the end
     std::condition_variable threadEnded_;
     std::size_t ended_ = 0;
-    bool lacksThread_ = false;  // work is ready for which a thread was refused
+    bool lacksThread_ = false;  // the last one that was asked for was refused
     bool finishing_ = false;
     bool stopped_ = false;
 };

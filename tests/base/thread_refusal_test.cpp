@@ -74,7 +74,7 @@ TEST(ThreadRefusal, ARunningThreadTakesTheWork) {
     EXPECT_EQ(otherOn.get_future().get(), thread);
 }
 
-TEST(ThreadRefusal, OnceTheWorkHasRunNoThreadIsAskedForInVain) {
+TEST(ThreadRefusal, OnceThereIsAThreadNoOtherIsAskedFor) {
     Machine machine;
     WorkerPool pool(2, {}, machine.starter());
     const auto queue = pool.makeSerialQueue("q");

@@ -87,6 +87,30 @@ TEST(SystemWords, TheCodecOfABluetoothLink) {
     EXPECT_EQ(report.diagnostics[0].cause, "LDAC of Qobuz");
 }
 
+TEST(SystemWords, WithoutWordsForACodecTheFindingIsTheOneForAnyLink) {
+    auto state = test::device(DeviceTransport::bluetooth, integerFormat(48000, 16), integerFormat(48000, 16));
+    SourceClaim claim = test::claim(SourceApp::qobuz, 44100, 16);
+    claim.isLossless = true;
+    const auto cause = [&] {
+        return CauseEngine::evaluate(state, {}, {}, claim, {}).diagnostics.at(0).cause;
+    };
+    const std::string ofAnyLink = cause();
+    state.mixerWork = MixerWork{};
+    state.mixerWork->linkCodec = "LDAC";
+    EXPECT_EQ(cause(), ofAnyLink);
+    EXPECT_NE(ofAnyLink, "");
+}
+
+TEST(SystemWords, ABluetoothLinkWithoutABitRateOfItsOwnShowsNone) {
+    SystemWords words = madeUp();
+    words.bluetoothBitrate = "";
+    const auto state =
+        test::device(DeviceTransport::bluetooth, integerFormat(48000, 16), integerFormat(48000, 16));
+    const auto report = CauseEngine::evaluate(state, {}, {}, {}, words);
+    EXPECT_EQ(report.stages.back().bitrate, std::nullopt)
+        << "the device's is that of the sound before coding";
+}
+
 TEST(SystemWords, FillingPutsInWhatIsNamedAndLeavesTheRest) {
     struct Row {
         const char* name;

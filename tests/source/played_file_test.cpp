@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <optional>
+#include <utility>
 
 namespace purlock {
 namespace {
@@ -40,6 +42,19 @@ TEST(PlayedFile, NumbersThatNoFileHasAreAbsent) {
         EXPECT_EQ(file->bitDepth, std::nullopt) << number;
         EXPECT_EQ(file->channelCount, std::nullopt) << number;
         EXPECT_EQ(file->bitsPerSecond, std::nullopt) << number;
+    }
+}
+
+TEST(PlayedFile, AThousandChannelsAreTheMost) {
+    for (const auto& [count, expected] :
+         {std::pair(1.0, std::optional(1U)), std::pair(1000.0, std::optional(1000U)),
+          std::pair(1001.0, std::optional<unsigned>()), std::pair(0.5, std::optional<unsigned>())}) {
+        NowPlayingDictionary dictionary;
+        addPlayedFile(dictionary, {"FLAC", 1.0, 1, 1, 1.0, false});
+        for (auto& [key, value] : dictionary) {
+            if (std::holds_alternative<double>(value)) value = count;
+        }
+        EXPECT_EQ(playedFileOf(dictionary)->channelCount, expected) << count;
     }
 }
 

@@ -359,6 +359,26 @@ TEST(AppDelegate, APanelThatTheDesktopShowsAgainIsUpToDateAgain) {
     EXPECT_GE(f.desktop.contentsSet - shown, 6) << "as one that was never hidden";
 }
 
+TEST(AppDelegate, APanelThatTheDesktopHasHiddenFlashesNoDot) {
+    Fixture f;
+    f.launch();
+    f.pass(1600ms);
+    const auto timersOfTwoTicks = [&f] {
+        std::size_t sum = 0;
+        for (int i = 0; i < 160; ++i) {
+            f.pass(10ms);
+            sum += f.loop.timerCount();
+        }
+        return sum;
+    };
+    const auto before = timersOfTwoTicks();
+    f.desktop.clickStatusItem();
+    EXPECT_GT(timersOfTwoTicks(), before + 80) << "a timer dims the dot again, 450 ms after each report";
+    f.desktop.panelVisible = false;
+    f.pass(1600ms);
+    EXPECT_EQ(timersOfTwoTicks(), before);
+}
+
 TEST(AppDelegate, APanelThatIsNotVisibleAtOnceComesToLife) {
     Fixture f;
     f.launch();

@@ -77,6 +77,23 @@ TEST(MenubarPanel, TheHeader) {
     EXPECT_EQ(test::contentOf<Text>(header.children[4]), (Text{"v1.1", {11}, white(0.5), Lines::one}));
 }
 
+TEST(MenubarPanel, APinShowsBeforeTheDeviceIsRead) {
+    Fixture f;
+    f.open();
+    f.shell->settings()->setPinnedDeviceUID("gone");
+    f.loop.runUntilIdle();  // the queue of the audio monitor has not run
+    EXPECT_EQ(f.deviceLabel(), "📌 (pinned device unplugged)");
+}
+
+TEST(MenubarPanel, WhatPlaysShowsBeforeTheReport) {
+    Fixture f;
+    f.open();
+    f.framework->setAnswer({{test::titleKey, "Song"}, {test::rateKey, 1.0}}, 0);
+    f.shell->nowPlaying()->refresh();
+    f.settle();
+    EXPECT_EQ(f.items()[1], "card");
+}
+
 TEST(MenubarPanel, AListOfDevicesThatComesAloneShowsInTheMenu) {
     Fixture f;
     f.open();
