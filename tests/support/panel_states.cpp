@@ -32,6 +32,11 @@ class Scene {
         return *this;
     }
 
+    Scene& hiddenBy(const std::string& program) {
+        machine_.hardware.remove(71, kAudioStreamPropertyVirtualFormat, globalScope);
+        return mixes(MixerWork{.alterations = {}, .unseenProgram = program});
+    }
+
     Scene& noDevices() {
         machine_.setDevices({});
         machine_.setDefault(0);
@@ -119,6 +124,10 @@ std::vector<PanelState> panelStates(const SystemWords& words) {
              .mixes(MixerWork{{alteration::Mixed{{"Firefox"}}, alteration::DeviceVolume{"Topaz E30", 0.4}}})
              .plays("Evening Tide", "Mara Lind", "Harbour Lights")
              .panel()},
+        {"not-known", Scene(words)
+                          .device(usb(48000, 48000, 32, true))
+                          .hiddenBy("aplay")
+                          .panel()},
         {"bluetooth", Scene(words)
                           .device(headphones())
                           .plays("Evening Tide", "Mara Lind", "Harbour Lights", "com.tidal.desktop", "Tidal")

@@ -45,8 +45,8 @@ def widen(samples, narrow, wide):
     return bytes(wider)
 
 
-def arrived(noise, received, bits, seconds=0.5):
-    """Whether a stretch of the later half of what a device received is the noise, sample by sample. There are three
+def arrived(noise, received, bits, seconds=0.25):
+    """Whether a stretch of the later half of what a device received is the noise, sample by sample. There are seven
     tries, since a stretch with a drop-out in it is not equal. Absent when it got no sound."""
     frame = 2 * BYTES[bits]
     needed = int(noise.rate * seconds) * frame
@@ -57,8 +57,8 @@ def arrived(noise, received, bits, seconds=0.5):
     played = noise.as_bits(bits)
     if played is None:
         return False
-    return any(is_stretch_of(played, sound, len(sound) * eighths // 8 // frame * frame, needed, frame)
-               for eighths in (4, 5, 6))
+    return any(is_stretch_of(played, sound, len(sound) * sixteenth // 16 // frame * frame, needed, frame)
+               for sixteenth in range(8, 15))
 
 
 def is_stretch_of(played, sound, begin, needed, frame):
