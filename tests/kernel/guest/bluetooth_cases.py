@@ -6,7 +6,6 @@ import subprocess
 
 from cases import case
 from lab import Failure, end, expect, hardware_report, load, run, start, wait
-from samples import Noise
 
 MODULES = ("af_alg", "algif_hash", "algif_skcipher", "ecb", "cmac", "bluetooth", "hci_vhci", "rfcomm", "uhid", "uinput")
 AUDIO_SINK = "0000110b-0000-1000-8000-00805f9b34fb"
@@ -102,10 +101,10 @@ def pairing(machine):
         radio.stop()
 
 
-@case("bluetooth-sound")
-def sound(machine):
-    """A speaker that is connected is an output device with a codec. With BlueZ 5.66 the two ends, which are one daemon's,
-    do not agree on a stream; with 5.82 they do."""
+@case("bluetooth-speaker")
+def speaker(machine):
+    """A speaker that is connected is an output device. With BlueZ 5.66 the two ends, which are one daemon's, do not agree
+    on a stream; with 5.82 they do. Nothing is played: what the speaker hears is played by this machine again."""
     radio = Bluetooth()
     try:
         address = radio.pair()
@@ -119,12 +118,8 @@ def sound(machine):
         wait(lambda: machine.purlock.device().get("transport") == "Bluetooth", "the speaker is the device")
         device = machine.purlock.device()
         expect(device["name"] == "Larch Speaker", str(device))
-        player = start("player", "pw-play", Noise("/tmp/noise.wav", 48000, 16).path)
-        verdict = machine.purlock.settled()["verdict"]["headline"]
-        end(player)
-        machine.purlock.await_verdict("idle")
         radio.say("disconnect", address)
         wait(lambda: machine.purlock.device().get("transport") != "Bluetooth", "another device is shown")
-        return f"{device['name']} over BlueZ {version}: {verdict}"
+        return f"{device['name']} over BlueZ {version}"
     finally:
         radio.stop()
