@@ -124,10 +124,7 @@ std::vector<PanelState> panelStates(const SystemWords& words) {
              .mixes(MixerWork{{alteration::Mixed{{"Firefox"}}, alteration::DeviceVolume{"Topaz E30", 0.4}}})
              .plays("Evening Tide", "Mara Lind", "Harbour Lights")
              .panel()},
-        {"not-known", Scene(words)
-                          .device(usb(48000, 48000, 32, true))
-                          .hiddenBy("aplay")
-                          .panel()},
+        {"not-known", Scene(words).device(usb(48000, 48000, 32, true)).hiddenBy("aplay").panel()},
         {"bluetooth", Scene(words)
                           .device(headphones())
                           .plays("Evening Tide", "Mara Lind", "Harbour Lights", "com.tidal.desktop", "Tidal")
