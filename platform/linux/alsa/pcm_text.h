@@ -30,8 +30,9 @@ struct HardwareParameters {
     SampleLayout layout;
     double sampleRate = 0;  // Hz
     std::uint32_t channels = 0;
-    // Whether samples are written into the card's own buffer, instead of handed to the kernel. All plugins of
-    // ALSA's library that convert or mix do so (`snd_pcm_plug_hw_params`, `dmix`), and few players.
+    // The program writes samples into the card's own buffer, instead of handing them to the kernel. All
+    // plugins of ALSA's library that convert or mix do so (`snd_pcm_plug_hw_params`, `dmix`), and few
+    // players.
     bool isMapped = false;
 
     bool operator==(const HardwareParameters&) const = default;

@@ -29,7 +29,7 @@ class SvgDrawing {
     /// The view box, which begins at (0, 0).
     QSizeF size() const { return size_; }
 
-    /// Whether straight edges are moved to the next whole pixel of the painter's device, which makes small
+    /// `onWholePixels` moves straight edges to the next whole pixel of the painter's device. That makes small
     /// drawings crisp. Only rectangles and lines along an axis have such edges; a line stays at least a pixel
     /// thick.
     enum class Edges { asDrawn, onWholePixels };
