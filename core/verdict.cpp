@@ -20,15 +20,14 @@ Verdict deviceVerdict(const std::optional<DeviceState>& state) {
 }
 
 std::string_view verdictHeadline(const Verdict& verdict) {
-    return std::visit(
-        Overloaded{
-            [](const verdict::Idle&) { return "Idle"; },
-            [](const verdict::BitPerfect&) { return "Bit-perfect"; },
-            [](const verdict::Resampling&) { return "Resampling"; },
-            [](const verdict::Unknown& unknown) { return unknown.program ? "Not known" : "No device"; },
-            [](const verdict::Altered&) { return "Altered"; },
-        },
-        verdict);
+    constexpr Overloaded headline{
+        [](const verdict::Idle&) { return "Idle"; },
+        [](const verdict::BitPerfect&) { return "Bit-perfect"; },
+        [](const verdict::Resampling&) { return "Resampling"; },
+        [](const verdict::Unknown& unknown) { return unknown.program ? "Not known" : "No device"; },
+        [](const verdict::Altered&) { return "Altered"; },
+    };
+    return std::visit(headline, verdict);
 }
 
 }  // namespace purlock
