@@ -31,6 +31,12 @@ Box::Box(QBoxLayout::Direction direction, QWidget* parent)
     layout_->setSpacing(0);
 }
 
+/// The layout would measure everything anew, even for the spacing that it has.
+void Box::setSpacing(double spacing) {
+    const int pixels = static_cast<int>(spacing);
+    if (pixels != layout_->spacing()) layout_->setSpacing(pixels);
+}
+
 void Box::setPadding(const Padding& padding) {
     const int across = static_cast<int>(padding.horizontal);
     const int down = static_cast<int>(padding.vertical);

@@ -18,7 +18,7 @@ class Box final : public QWidget, public Outreaching {
   public:
     Box(QBoxLayout::Direction direction, QWidget* parent);
 
-    void setSpacing(double spacing) { layout_->setSpacing(static_cast<int>(spacing)); }
+    void setSpacing(double spacing);
     void setPadding(const Padding& padding);
     void setBackground(const std::optional<Background>& background);
 

@@ -136,38 +136,52 @@ TEST(ViewTree, AnOpenMenuSurvivesARefresh) {
     menu->close();
 }
 
-/// Counts what is painted.
-class PaintCounter final : public QObject {
+/// Notes which widgets of a window get an event of one type.
+class EventCounter final : public QObject {
   public:
-    explicit PaintCounter(QWidget& window) {
+    EventCounter(QWidget& window, QEvent::Type type) : type_(type) {
         for (QWidget* widget : window.findChildren<QWidget*>()) widget->installEventFilter(this);
     }
 
-    /// The names of the widgets painted since the last call.
-    QStringList take() { return std::exchange(painted_, {}); }
+    /// The names of the widgets that got it since the last call.
+    QStringList take() { return std::exchange(widgets_, {}); }
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::Paint) {
+        if (event->type() == type_) {
             const auto* widget = static_cast<QWidget*>(watched);
-            painted_.append(widget->accessibleName() + QLatin1Char(' ') +
+            widgets_.append(widget->accessibleName() + QLatin1Char(' ') +
                             QString::fromUtf8(widget->metaObject()->className()));
         }
         return false;
     }
 
   private:
-    QStringList painted_;
+    const QEvent::Type type_;
+    QStringList widgets_;
 };
 
 TEST(ViewTree, AnEqualPictureIsNotPaintedAgain) {
     Fixture f;
     f.show(panelInState("resampling"));
     QTest::qWait(20);
-    PaintCounter counter(f.surface);
+    EventCounter counter(f.surface, QEvent::Paint);
     f.show(panelInState("resampling"));
     QTest::qWait(20);
-    EXPECT_EQ(counter.take(), QStringList());
+    EXPECT_EQ(counter.take().join(QStringLiteral(", ")).toStdString(), "");
+}
+
+TEST(ViewTree, AnEqualPictureIsNotLaidOutAgain) {
+    for (const auto& state : test::panelStates()) {
+        SCOPED_TRACE(state.name);
+        Fixture f;
+        f.show(state.view);
+        QTest::qWait(20);
+        EventCounter counter(f.surface, QEvent::LayoutRequest);
+        f.show(state.view);
+        QTest::qWait(20);
+        EXPECT_EQ(counter.take().join(QStringLiteral(", ")).toStdString(), "");
+    }
 }
 
 TEST(ViewTree, OnlyTheTextThatDiffersIsPainted) {
@@ -178,7 +192,7 @@ TEST(ViewTree, OnlyTheTextThatDiffersIsPainted) {
     };
     f.showItems(items("two"));
     QTest::qWait(20);
-    PaintCounter counter(f.surface);
+    EventCounter counter(f.surface, QEvent::Paint);
     f.showItems(items("owt"));
     QTest::qWait(20);
     for (const QString& painted : counter.take()) {
@@ -201,7 +215,7 @@ TEST(ViewTree, ADotThatFadesIsPaintedNoOftenerThanItMust) {
     Fixture f;
     f.showItems({pulse(0.35)});
     QTest::qWait(20);
-    PaintCounter counter(f.surface);
+    EventCounter counter(f.surface, QEvent::Paint);
     f.showItems({pulse(0.95)});
     QTest::qWait(700);
     const auto frames = counter.take().filter(QStringLiteral("Pulse")).size();
