@@ -76,6 +76,7 @@ void keepFreeMemorySmall() {
     constexpr int largePiece = 256 * 1024;
     mallopt(M_MMAP_THRESHOLD, largePiece);
     mallopt(M_TRIM_THRESHOLD, largePiece);
+    mallopt(M_ARENA_MAX, 1);
 }
 
 void giveBackUnusedMemory() {

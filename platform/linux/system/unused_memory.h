@@ -12,7 +12,8 @@ void giveBackUnusedMemory();
 
 /// Has large pieces of memory go back to the system as soon as they are freed, and the end of the heap not
 /// grow beyond what is in use. Otherwise the allocator would expect more large messages after the first one,
-/// and keep its memory. Once, at the program's start.
+/// and keep its memory. All threads share one heap, because a heap for each of them would be nearly empty.
+/// Once, at the program's start.
 void keepFreeMemorySmall();
 
 }  // namespace purlock::host_linux
