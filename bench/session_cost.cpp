@@ -1,9 +1,9 @@
 // What Purlock costs while music plays and nothing changes, beside what a well-known program of the same
-// session costs:
+// session costs, and beside a program that does nothing but replace the same file as often:
 //
 //     build/release/bin/session_cost [seconds]
 //
-// A private session of real parts: D-Bus, PipeWire, WirePlumber, a sink at 48 kHz and a player. Both programs
+// A private session of real parts: D-Bus, PipeWire, WirePlumber, a sink at 48 kHz and a player. All programs
 // are watched over the same time.
 
 #include <charconv>
@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <thread>
@@ -75,9 +76,13 @@ int run(int seconds) {
     const std::string stateFile =
         (data != nullptr ? std::string(data) : session.folder()) + "/Purlock/state.json";
     if (!test::waitUntil([&] { return isPlaying(stateFile); })) return fail(session, "nothing plays");
+    const std::string floorFile = session.folder() + "/floor.json";
+    std::filesystem::copy_file(stateFile, floorFile);
+    const pid_t floor = session.spawn("floor", {PURLOCK_FLOOR, floorFile}).pid();
+    std::this_thread::sleep_for(std::chrono::seconds(3));  // until all have started
 
     const pid_t top = childOf(terminal);
-    Watched programs[] = {{"purlock", purlock, {}}, {"pw-top", top, {}}};
+    Watched programs[] = {{"purlock", purlock, {}}, {"floor", floor, {}}, {"pw-top", top, {}}};
     for (Watched& program : programs) program.before = bench::useOf(program.pid);
     const auto begin = std::chrono::steady_clock::now();
     std::this_thread::sleep_for(std::chrono::seconds(seconds));
