@@ -1,19 +1,6 @@
 """The mistakes that tests/mutations/run makes: in which file, what it says, and what it says then."""
 
-import dataclasses
-
-
-@dataclasses.dataclass(frozen=True)
-class Mistake:
-    file: str
-    name: str
-    before: str  # stands once in the file
-    after: str
-    explanation: str = ""  # why no test can notice it; empty when one must
-
-    @property
-    def room(self):
-        return self.file.split("/")[0]
+from tree import Mistake
 
 
 def of(file, *rows):

@@ -13,11 +13,11 @@ import time
 
 RESULTS = "/run/results"
 COMMAND_LINE = open("/proc/cmdline").read()
-PROJECT = re.search(r"purlock\.project=(\S+)", COMMAND_LINE).group(1)
 MODULES = re.search(r"purlock\.modules=(\S+)", COMMAND_LINE).group(1)
 PROGRAM = re.search(r"purlock\.program=(\S+)", COMMAND_LINE).group(1)
-CONVERTER = PROJECT + "/build/release/bin/usb_converter"
-REPORT = PROJECT + "/build/release/bin/hardware_report"
+BUILD = re.search(r"purlock\.build=(\S+)", COMMAND_LINE).group(1)
+CONVERTER = BUILD + "/bin/usb_converter"
+REPORT = BUILD + "/bin/hardware_report"
 
 
 class Failure(Exception):

@@ -17,11 +17,13 @@ import usb_cases  # noqa: F401
 
 
 def wanted(words):
-    """Names and functions of the cases that the words name."""
+    """Names and functions of the cases that the words name: one case, or all whose names begin so."""
     quick = "--quick" in words
     names = [word for word in words if not word.startswith("--")]
+    whole = {name for name, *_ in cases.ALL}
     for name, is_quick, function in cases.ALL:
-        if (not names and (is_quick or not quick)) or any(name.startswith(each) for each in names):
+        named = any(name == each if each in whole else name.startswith(each) for each in names)
+        if named or (not names and (is_quick or not quick)):
             yield name, function
 
 
