@@ -6,42 +6,17 @@
 
 #include <QDir>
 #include <QLibraryInfo>
-#include <QPalette>
-#include <QToolTip>
 #include <algorithm>
 #include <cstdio>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "platform/linux/desktop/accessible_panel.h"
-#include "platform/linux/desktop/menu_style.h"
-#include "platform/linux/desktop/view_style.h"
 #include "platform/linux/system/file_descriptor.h"
-#include "ui/view_parts.h"
 
 namespace purlock::host_linux {
 
 namespace {
-
-constexpr Color ground{0.17, 0.17, 0.18, 1};
-
-// As the panel's own texts are.
-constexpr int tipSize = 11;
-constexpr int menuSize = 12;
-
-QPalette darkPalette() {
-    QPalette palette;
-    for (const auto role : {QPalette::Window, QPalette::Base, QPalette::Button, QPalette::ToolTipBase}) {
-        palette.setColor(role, qtColor(ground));
-    }
-    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText,
-                            QPalette::HighlightedText}) {
-        palette.setColor(role, qtColor(white(0.92)));
-    }
-    palette.setColor(QPalette::Highlight, qtColor({0.2, 0.45, 0.85, 1}));
-    return palette;
-}
 
 QtMessageHandler printMessage = nullptr;  // the toolkit's own
 
@@ -155,25 +130,11 @@ std::unique_ptr<QApplication> startToolkit(int& argc, char** argv) {
     const TemporaryVariable eventLoop("QT_NO_GLIB", "1");
     speaksToLateReaders = !qEnvironmentVariableIsSet(alwaysAccessible);
     if (speaksToLateReaders) qputenv(alwaysAccessible, "1");
-    auto application = std::make_unique<QApplication>(argc, argv);
-    describePanelToScreenReaders();
-    return application;
+    return std::make_unique<QApplication>(argc, argv);
 }
 
 void spareOtherPrograms() {
     if (std::exchange(speaksToLateReaders, false)) qunsetenv(alwaysAccessible);
-}
-
-void applyDarkLook() {
-    QApplication::setStyle(new MenuStyle);  // which the application then owns
-    const QPalette palette = darkPalette();
-    QApplication::setPalette(palette);
-    QToolTip::setPalette(palette);
-    QFont small = QApplication::font();
-    small.setPixelSize(tipSize);
-    QToolTip::setFont(small);
-    small.setPixelSize(menuSize);
-    QApplication::setFont(small, "QMenu");
 }
 
 }  // namespace purlock::host_linux

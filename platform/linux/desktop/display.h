@@ -25,8 +25,4 @@ void quietenToolkit();
 /// program is started. Main thread.
 void spareOtherPrograms();
 
-/// Makes menus and tool tips as dark as the panel, independent of the desktop's colours. Once, after the Qt
-/// application object is made.
-void applyDarkLook();
-
 }  // namespace purlock::host_linux

@@ -1,7 +1,10 @@
 #include "platform/linux/desktop/menu_style.h"
 
+#include <QApplication>
 #include <QPainter>
+#include <QPalette>
 #include <QStyleOptionMenuItem>
+#include <QToolTip>
 #include <algorithm>
 
 #include "platform/linux/desktop/view_style.h"
@@ -44,6 +47,25 @@ void drawEdge(const QRect& rect, QPainter& painter) {
     painter.drawRect(QRect(rect.left(), rect.bottom(), rect.width(), 1));
     painter.drawRect(QRect(rect.left(), rect.top() + 1, 1, rect.height() - 2));
     painter.drawRect(QRect(rect.right(), rect.top() + 1, 1, rect.height() - 2));
+}
+
+constexpr Color ground{0.17, 0.17, 0.18, 1};
+
+// As the panel's own texts are.
+constexpr int tipSize = 11;
+constexpr int menuSize = 12;
+
+QPalette darkPalette() {
+    QPalette palette;
+    for (const auto role : {QPalette::Window, QPalette::Base, QPalette::Button, QPalette::ToolTipBase}) {
+        palette.setColor(role, qtColor(ground));
+    }
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText,
+                            QPalette::HighlightedText}) {
+        palette.setColor(role, qtColor(white(0.92)));
+    }
+    palette.setColor(QPalette::Highlight, qtColor({0.2, 0.45, 0.85, 1}));
+    return palette;
 }
 
 }  // namespace
@@ -91,6 +113,18 @@ int MenuStyle::pixelMetric(PixelMetric metric, const QStyleOption* option, const
     if (metric == PM_MenuHMargin || metric == PM_MenuVMargin) return aroundEntries - 1;
     if (metric == PM_MenuPanelWidth) return 1;
     return QProxyStyle::pixelMetric(metric, option, widget);
+}
+
+void applyDarkLook() {
+    QApplication::setStyle(new MenuStyle);  // which the application then owns
+    const QPalette palette = darkPalette();
+    QApplication::setPalette(palette);
+    QToolTip::setPalette(palette);
+    QFont small = QApplication::font();
+    small.setPixelSize(tipSize);
+    QToolTip::setFont(small);
+    small.setPixelSize(menuSize);
+    QApplication::setFont(small, "QMenu");
 }
 
 }  // namespace purlock::host_linux

@@ -19,4 +19,8 @@ class MenuStyle final : public QProxyStyle {
     int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override;
 };
 
+/// Makes menus and tool tips as dark as the panel, independent of the desktop's colours. Once, after the Qt
+/// application object is made. Main thread.
+void applyDarkLook();
+
 }  // namespace purlock::host_linux

@@ -4,7 +4,7 @@
 #include <QPainter>
 #include <cmath>
 
-#include "platform/linux/desktop/display.h"
+#include "platform/linux/desktop/menu_style.h"
 #include "platform/linux/desktop/panel_surface.h"
 
 namespace purlock::test {
