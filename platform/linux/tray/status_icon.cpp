@@ -6,8 +6,8 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/linux/desktop/symbols.h"
-#include "platform/linux/desktop/view_style.h"
+#include "platform/linux/drawing/symbols.h"
+#include "platform/linux/drawing/view_style.h"
 #include "ui/view_parts.h"
 
 namespace purlock::host_linux {

@@ -7,7 +7,7 @@
 #include <chrono>
 #include <memory>
 
-#include "platform/linux/desktop/qt_run_loop.h"
+#include "platform/linux/toolkit/qt_run_loop.h"
 #include "platform/linux/tray/tray_status_bar.h"
 #include "tests/support/private_bus.h"
 
