@@ -304,5 +304,5 @@ MISTAKES = [
         ("the better quality colours the way", "return rank(from) < rank(to) ? to : from;", "return rank(from) < rank(to) ? from : to;"),
         ("a connector after the last stage", "if (i + 1 < report.stages.size()) {", "if (i + 1 < report.stages.size() || i == 4) {"),
         ("a button without a clipboard", "if (diag.command && canCopy)", "if (diag.command)")),
-    *of("ui/status_icon.cpp", ("the bar recolours a warning", 'Icon{"exclamationmark.triangle.fill", false}', 'Icon{"exclamationmark.triangle.fill", true}')),
+    *of("ui/status_icon.cpp", ("the bar recolours a warning", 'Icon{"exclamationmark.triangle.fill", iconAmber}', 'Icon{"exclamationmark.triangle.fill", {}}')),
 ]
