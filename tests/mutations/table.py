@@ -300,6 +300,8 @@ MISTAKES = [
         ("a tick that is none", "    if (std::exchange(lastTick_, tick) == tick) return;\n", "    lastTick_ = tick;\n"),
         ("a longer flash", "brightTime{450}", "brightTime{451}"),
         ("now lasts two seconds", "seconds < 1 ?", "seconds < 2 ?")),
+    *of("ui/accessible_words.cpp", ("a control called by its label", "if (isControl(view.content)) return", "if (false) return"),
+        ("a drawing that its help does not name", "if (words.empty()) words = view.help;", "")),
     *of("ui/signal_path_panel.cpp",
         ("the better quality colours the way", "return rank(from) < rank(to) ? to : from;", "return rank(from) < rank(to) ? from : to;"),
         ("a connector after the last stage", "if (i + 1 < report.stages.size()) {", "if (i + 1 < report.stages.size() || i == 4) {"),

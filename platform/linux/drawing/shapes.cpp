@@ -28,8 +28,7 @@ int pixels(double points) {
 
 }  // namespace
 
-void Drawing::setWords(const QString& words, const QString& help) {
-    const QString name = words.isEmpty() ? help : words;
+void Drawing::setWords(const QString& name, const QString& help) {
     if (name != accessibleName()) {
         setText(name);
         setAccessibleName(name);

@@ -16,7 +16,8 @@ class Drawing : public QLabel {
   public:
     using QLabel::QLabel;
 
-    void setWords(const QString& words, const QString& help);
+    /// `name` is for screen readers; hovering shows `help`.
+    void setWords(const QString& name, const QString& help);
 };
 
 class SymbolDrawing final : public Drawing {

@@ -9,26 +9,20 @@
 #include "platform/linux/panel/box.h"
 #include "platform/linux/panel/scroll_view.h"
 #include "platform/linux/panel/text_label.h"
+#include "ui/accessible_words.h"
 
 namespace purlock::host_linux {
 
 namespace {
 
-void appendWords(const View& view, QStringList& words) {
-    if (const auto* text = std::get_if<Text>(&view.content)) words.append(lineText(text->text));
-    for (const View& child : view.children) appendWords(child, words);
-}
-
-/// The words that a screen reader says for a control: those on it, else those of its tool tip.
+/// Changes only what differs.
 void describe(QWidget& control, const View& view) {
-    QStringList words;
-    appendWords(view, words);
-    const QString help = lineText(view.help);
-    const QString name = words.isEmpty() ? help : words.join(QStringLiteral(", "));
-    const QString description = lineText(view.label);
+    const AccessibleWords words = accessibleWords(view);
+    const QString name = lineText(words.name);
+    const QString description = lineText(words.description);
     if (name != control.accessibleName()) control.setAccessibleName(name);
     if (description != control.accessibleDescription()) control.setAccessibleDescription(description);
-    const QString tip = toolTipText(help);
+    const QString tip = toolTipText(lineText(view.help));
     if (tip != control.toolTip()) control.setToolTip(tip);
 }
 
@@ -65,15 +59,15 @@ class Element::Painter {
     Painter(Element& element, const View& view) : element_(element), view_(view) {}
 
     void operator()(const Text& content) const {
-        as<TextLabel>().show(content, lineText(view_.help), lineText(view_.label));
+        as<TextLabel>().show(content, lineText(view_.help), name());
     }
     void operator()(const Symbol& content) const {
         as<SymbolDrawing>().show(content);
-        as<Drawing>().setWords(lineText(view_.label), lineText(view_.help));
+        as<Drawing>().setWords(name(), lineText(view_.help));
     }
     void operator()(const Circle& content) const {
         as<CircleDrawing>().show(content);
-        as<Drawing>().setWords(lineText(view_.label), lineText(view_.help));
+        as<Drawing>().setWords(name(), lineText(view_.help));
     }
     void operator()(const Bar& content) const { as<Rule>().show(content); }
     void operator()(const Divider&) const { as<Rule>().show(view_.background.value_or(Background{})); }
@@ -116,6 +110,8 @@ class Element::Painter {
     Widget& as() const {
         return static_cast<Widget&>(*element_.widget_);
     }
+
+    QString name() const { return lineText(accessibleWords(view_).name); }
 
     void showBox(double spacing) const {
         auto& box = as<Box>();

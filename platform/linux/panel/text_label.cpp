@@ -34,12 +34,11 @@ double layOut(const QString& text, const QFont& font, double width,
 
 }  // namespace
 
-void TextLabel::show(const Text& content, const QString& help, const QString& words) {
+void TextLabel::show(const Text& content, const QString& help, const QString& name) {
     const QString shown = lineText(content.text);
     const QFont shownFont = qtFont(content.font);
     const QColor shownColor = qtColor(content.color);
     const bool wraps = content.lines == Lines::asNeeded;
-    const QString& name = words.isEmpty() ? shown : words;
     if (name != accessibleName()) setAccessibleName(name);
     const bool sameShape = shown == text() && shownFont == font() && wraps == wraps_;
     if (sameShape && shownColor == color_ && help == help_) return;

@@ -16,9 +16,9 @@ class TextLabel final : public QLabel {
   public:
     explicit TextLabel(QWidget* parent) : QLabel(parent) { setTextFormat(Qt::PlainText); }
 
-    /// Changes only what differs. `help` is what hovering shows, before any text that was cut off; `words`
-    /// what a screen reader says instead of the text, unless they are empty.
-    void show(const Text& content, const QString& help, const QString& words = {});
+    /// Changes only what differs. `help` is what hovering shows, before any text that was cut off; `name`
+    /// is for screen readers.
+    void show(const Text& content, const QString& help, const QString& name);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
