@@ -9,10 +9,10 @@ namespace purlock {
 namespace {
 
 JsonValue::Object formatObject(const AudioFormat& format) {
-    return {{"bitsPerChannel", format.bitsPerChannel},
-            {"channels", format.channelsPerFrame},
-            {"label", format.formatLabel()},
-            {"sampleRate", format.sampleRate}};
+    return JsonValue::Object({{"bitsPerChannel", format.bitsPerChannel},
+                              {"channels", format.channelsPerFrame},
+                              {"label", format.formatLabel()},
+                              {"sampleRate", format.sampleRate}});
 }
 
 JsonValue::Array textList(const std::vector<std::string>& texts) {
@@ -23,41 +23,43 @@ JsonValue::Object alterationObject(const Alteration& alteration) {
     using Object = JsonValue::Object;
     return std::visit(
         Overloaded{
-            [](const alteration::StreamVolume& stream) -> Object {
-                return {
-                    {"application", stream.application}, {"kind", "streamVolume"}, {"volume", stream.volume}};
+            [](const alteration::StreamVolume& stream) {
+                return Object({{"application", stream.application},
+                               {"kind", "streamVolume"},
+                               {"volume", stream.volume}});
             },
-            [](const alteration::StreamMute& stream) -> Object {
-                return {{"application", stream.application}, {"kind", "streamMute"}};
+            [](const alteration::StreamMute& stream) {
+                return Object({{"application", stream.application}, {"kind", "streamMute"}});
             },
-            [](const alteration::Channels& channels) -> Object {
-                return {{"application", channels.application},
-                        {"from", channels.from},
-                        {"kind", "channels"},
-                        {"to", channels.to}};
+            [](const alteration::Channels& channels) {
+                return Object({{"application", channels.application},
+                               {"from", channels.from},
+                               {"kind", "channels"},
+                               {"to", channels.to}});
             },
-            [](const alteration::Filter& filter) -> Object {
-                return {{"kind", "filter"}, {"name", filter.name}};
+            [](const alteration::Filter& filter) {
+                return Object({{"kind", "filter"}, {"name", filter.name}});
             },
-            [](const alteration::Mixed& mixed) -> Object {
-                return {{"applications", textList(mixed.applications)}, {"kind", "mixed"}};
+            [](const alteration::Mixed& mixed) {
+                return Object({{"applications", textList(mixed.applications)}, {"kind", "mixed"}});
             },
-            [](const alteration::DeviceVolume& device) -> Object {
-                return {{"device", device.device}, {"kind", "deviceVolume"}, {"volume", device.volume}};
+            [](const alteration::DeviceVolume& device) {
+                return Object(
+                    {{"device", device.device}, {"kind", "deviceVolume"}, {"volume", device.volume}});
             },
-            [](const alteration::DeviceMute& device) -> Object {
-                return {{"device", device.device}, {"kind", "deviceMute"}};
+            [](const alteration::DeviceMute& device) {
+                return Object({{"device", device.device}, {"kind", "deviceMute"}});
             },
-            [](const alteration::Clock& clock) -> Object {
-                return {{"device", clock.device}, {"kind", "clock"}, {"leader", clock.leader}};
+            [](const alteration::Clock& clock) {
+                return Object({{"device", clock.device}, {"kind", "clock"}, {"leader", clock.leader}});
             },
-            [](const alteration::Dither& dither) -> Object {
-                return {{"device", dither.device}, {"kind", "dither"}};
+            [](const alteration::Dither& dither) {
+                return Object({{"device", dither.device}, {"kind", "dither"}});
             },
-            [](const alteration::Elsewhere& elsewhere) -> Object {
-                return {{"application", elsewhere.application},
-                        {"device", elsewhere.device},
-                        {"kind", "elsewhere"}};
+            [](const alteration::Elsewhere& elsewhere) {
+                return Object({{"application", elsewhere.application},
+                               {"device", elsewhere.device},
+                               {"kind", "elsewhere"}});
             },
         },
         alteration);

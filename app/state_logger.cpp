@@ -17,13 +17,13 @@ std::string formatSignature(const std::optional<AudioFormat>& format) {
 }
 
 JsonValue recordOf(const DeviceState& state, WallTime time) {
-    JsonValue::Object record{{"device", state.name},
-                             {"isRunning", state.isRunning},
-                             {"physical", formatJson(state.physicalFormat)},
-                             {"timestamp", iso8601Text(time)},
-                             {"uid", state.uid},
-                             {"verdict", verdictName(deviceVerdict(state))},
-                             {"virtual", formatJson(state.virtualFormat)}};
+    JsonValue::Object record({{"device", state.name},
+                              {"isRunning", state.isRunning},
+                              {"physical", formatJson(state.physicalFormat)},
+                              {"timestamp", iso8601Text(time)},
+                              {"uid", state.uid},
+                              {"verdict", verdictName(deviceVerdict(state))},
+                              {"virtual", formatJson(state.virtualFormat)}});
     if (state.mixerWork) record.insert({"alterations", alterationsJson(*state.mixerWork)});
     return record;
 }

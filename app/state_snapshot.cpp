@@ -12,10 +12,10 @@ namespace purlock {
 namespace {
 
 JsonValue deviceJson(const DeviceState& state) {
-    return JsonValue::Object{{"isRunning", state.isRunning},
-                             {"name", state.name},
-                             {"transport", rawValue(state.transportType)},
-                             {"uid", state.uid}};
+    return JsonValue::Object({{"isRunning", state.isRunning},
+                              {"name", state.name},
+                              {"transport", rawValue(state.transportType)},
+                              {"uid", state.uid}});
 }
 
 /// The rate and depth that go with the verdict: the device's own when it resamples, else the mixer's.
@@ -34,24 +34,24 @@ std::optional<AudioFormat> judgedFormat(const Verdict& verdict) {
 JsonValue verdictJson(const DeviceState& state) {
     const Verdict verdict = deviceVerdict(state);
     const auto format = judgedFormat(verdict);
-    return JsonValue::Object{{"bitDepth", format ? JsonValue(format->bitsPerChannel) : JsonValue()},
-                             {"headline", verdictHeadline(verdict)},
-                             {"kind", verdictName(verdict)},
-                             {"rate", format ? JsonValue(format->sampleRate) : JsonValue()}};
+    return JsonValue::Object({{"bitDepth", format ? JsonValue(format->bitsPerChannel) : JsonValue()},
+                              {"headline", verdictHeadline(verdict)},
+                              {"kind", verdictName(verdict)},
+                              {"rate", format ? JsonValue(format->sampleRate) : JsonValue()}});
 }
 
 /// Without a device the kind has a name of its own, and there is no rate and no depth to be null.
 JsonValue noDeviceJson() {
-    return JsonValue::Object{{"headline", "No device"}, {"kind", "noDevice"}};
+    return JsonValue::Object({{"headline", "No device"}, {"kind", "noDevice"}});
 }
 
 JsonValue snapshotOf(const std::optional<DeviceState>& state, WallTime time) {
-    JsonValue::Object snapshot{
-        {"device", state ? deviceJson(*state) : JsonValue()},
-        {"physical", state ? formatJsonWithBitRate(state->physicalFormat) : JsonValue()},
-        {"timestamp", iso8601Text(time)},
-        {"verdict", state ? verdictJson(*state) : noDeviceJson()},
-        {"virtual", state ? formatJsonWithBitRate(state->virtualFormat) : JsonValue()}};
+    JsonValue::Object snapshot(
+        {{"device", state ? deviceJson(*state) : JsonValue()},
+         {"physical", state ? formatJsonWithBitRate(state->physicalFormat) : JsonValue()},
+         {"timestamp", iso8601Text(time)},
+         {"verdict", state ? verdictJson(*state) : noDeviceJson()},
+         {"virtual", state ? formatJsonWithBitRate(state->virtualFormat) : JsonValue()}});
     if (state && state->mixerWork) snapshot.insert({"alterations", alterationsJson(*state->mixerWork)});
     return snapshot;
 }

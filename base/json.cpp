@@ -4,8 +4,8 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstddef>
 
+#include "base/fatal.h"
 #include "base/text.h"
 
 namespace purlock {
@@ -65,10 +65,10 @@ class JsonWriter {
     }
 
     bool writeHeld(const JsonValue::Object& object) {
-        return writeContainer('{', '}', object.members(), [this](const JsonMember& member) {
-            writeText(member.key);
+        return writeContainer('{', '}', object.members(), [this](const auto& member) {
+            writeText(member.first);
             out_ += pretty_ ? " : " : ":";
-            return write(member.value);
+            return write(member.second);
         });
     }
 
@@ -171,21 +171,9 @@ class JsonWriter {
 
 }  // namespace
 
-// Here, where a member is a complete type.
-JsonValue::Object::Object() = default;
-JsonValue::Object::Object(const Object& other) = default;
-JsonValue::Object::Object(Object&& other) noexcept = default;
-JsonValue::Object& JsonValue::Object::operator=(const Object& other) = default;
-JsonValue::Object& JsonValue::Object::operator=(Object&& other) noexcept = default;
-JsonValue::Object::~Object() = default;
-
-JsonValue::Object::Object(std::initializer_list<JsonMember> members) {
-    members_.reserve(members.size());
-    for (const JsonMember& member : members) insert({member.key, std::move(member.value)});
-}
-
-void JsonValue::Object::insert(JsonMember member) {
-    const auto place = std::ranges::upper_bound(members_, member.key, {}, &JsonMember::key);
+void JsonValue::Object::insert(Member member) {
+    const auto place = std::ranges::lower_bound(members_, member.first, {}, &Member::first);
+    if (place != members_.end() && place->first == member.first) fatalStop("a key of JSON given twice");
     members_.insert(place, std::move(member));
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,34 +11,32 @@
 
 namespace purlock {
 
-struct JsonMember;
-
 /// A JSON value to be written.
 class JsonValue {
   public:
     using Array = std::vector<JsonValue>;
 
-    /// Keeps its members sorted by key, in byte order. Keys are those of the program's own records, each
-    /// given once.
+    /// Keeps its members sorted by key, in byte order. Keys are those of the program's own records; one that
+    /// is given twice ends the process.
     class Object {
       public:
-        Object();
+        using Member = std::pair<std::string, JsonValue>;
+
+        Object() = default;
 
         /// Takes the values out of the list.
-        Object(std::initializer_list<JsonMember> members);
+        template <std::size_t count>
+        explicit Object(Member (&&members)[count]) {
+            members_.reserve(count);
+            for (auto& member : members) insert(std::move(member));
+        }
 
-        Object(const Object& other);
-        Object(Object&& other) noexcept;
-        Object& operator=(const Object& other);
-        Object& operator=(Object&& other) noexcept;
-        ~Object();
+        void insert(Member member);
 
-        void insert(JsonMember member);
-
-        const std::vector<JsonMember>& members() const { return members_; }
+        const std::vector<Member>& members() const { return members_; }
 
       private:
-        std::vector<JsonMember> members_;
+        std::vector<Member> members_;
     };
 
     JsonValue() = default;                                             // null
@@ -57,11 +55,6 @@ class JsonValue {
 
   private:
     Storage value_;
-};
-
-struct JsonMember {
-    std::string key;
-    mutable JsonValue value;  // what stands in an initializer list can be copied only, unless it is mutable
 };
 
 enum class JsonLayout { compact, pretty };

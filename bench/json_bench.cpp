@@ -9,26 +9,26 @@ namespace purlock {
 namespace {
 
 JsonValue::Object format(const char* label, double rate, std::uint32_t bits) {
-    return {{"bitsPerChannel", bits},
-            {"bitsPerSecond", rate * bits * 2},
-            {"channels", std::uint32_t{2}},
-            {"label", label},
-            {"sampleRate", rate}};
+    return JsonValue::Object({{"bitsPerChannel", bits},
+                              {"bitsPerSecond", rate * bits * 2},
+                              {"channels", std::uint32_t{2}},
+                              {"label", label},
+                              {"sampleRate", rate}});
 }
 
 JsonValue snapshot() {
-    return JsonValue::Object{
-        {"device", JsonValue::Object{{"isRunning", true},
-                                     {"name", "Studio Converter — Analogue Stereo"},
-                                     {"transport", "USB"},
-                                     {"uid", "alsa_output.usb-Studio_Converter-00.analog-stereo"}}},
-        {"physical", format("Int24", 48000, 24)},
-        {"timestamp", "2026-11-15T23:06:17Z"},
-        {"verdict", JsonValue::Object{{"bitDepth", std::uint32_t{24}},
-                                      {"headline", "Resampling"},
-                                      {"kind", "resampling"},
-                                      {"rate", 48000.0}}},
-        {"virtual", format("Float32", 44100, 32)}};
+    return JsonValue::Object(
+        {{"device", JsonValue::Object({{"isRunning", true},
+                                       {"name", "Studio Converter — Analogue Stereo"},
+                                       {"transport", "USB"},
+                                       {"uid", "alsa_output.usb-Studio_Converter-00.analog-stereo"}})},
+         {"physical", format("Int24", 48000, 24)},
+         {"timestamp", "2026-11-15T23:06:17Z"},
+         {"verdict", JsonValue::Object({{"bitDepth", std::uint32_t{24}},
+                                        {"headline", "Resampling"},
+                                        {"kind", "resampling"},
+                                        {"rate", 48000.0}})},
+         {"virtual", format("Float32", 44100, 32)}});
 }
 
 void write(benchmark::State& bench, JsonLayout layout) {

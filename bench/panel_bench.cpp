@@ -5,8 +5,8 @@
 
 #include <QApplication>
 
-#include "platform/linux/desktop/panel_surface.h"
-#include "tests/host-linux/desktop/panel_picture.h"
+#include "platform/linux/panel/panel_surface.h"
+#include "tests/host-linux/panel/panel_picture.h"
 #include "tests/support/panel_states.h"
 
 namespace purlock {

@@ -34,7 +34,7 @@ AudioGraph session(std::uint32_t sinks) {
         sink.properties.description = "Built-in Audio Analog Stereo";
         sink.state = NodeState::running;
         sink.format = SoundFormat{
-            .layout = {.bits = 16, .container = 16, .isSigned = true}, .sampleRate = 48000, .channels = 2};
+            .layout = {16, 16, SampleEncoding::signedInteger}, .sampleRate = 48000, .channels = 2};
         NodeRecord& stream = graph.nodes[1000 + i];
         stream = sink;
         stream.id = 1000 + i;

@@ -1,5 +1,6 @@
 #include "ui/status_icon.h"
 
+#include <optional>
 #include <string_view>
 
 #include "base/overloaded.h"
@@ -8,28 +9,28 @@ namespace purlock {
 
 namespace {
 
-/// A template icon takes the bar's own colour; the two verdicts that matter keep theirs.
+/// A symbol without colours of its own takes the bar's.
 struct Icon {
     std::string_view symbol;
-    bool isTemplate;
+    std::optional<IconColors> colors;
 };
 
 Icon icon(const Verdict& verdict) {
     return std::visit(Overloaded{
                           [](const verdict::Idle&) {
-                              return Icon{"circle", true};
+                              return Icon{"circle", {}};
                           },
                           [](const verdict::BitPerfect&) {
-                              return Icon{"checkmark.seal.fill", false};
+                              return Icon{"checkmark.seal.fill", iconGreen};
                           },
                           [](const verdict::Resampling&) {
-                              return Icon{"exclamationmark.triangle.fill", false};
+                              return Icon{"exclamationmark.triangle.fill", iconAmber};
                           },
                           [](const verdict::Unknown&) {
-                              return Icon{"questionmark.circle", true};
+                              return Icon{"questionmark.circle", {}};
                           },
                           [](const verdict::Altered&) {
-                              return Icon{"slider.horizontal.3", false};
+                              return Icon{"slider.horizontal.3", iconAmber};
                           },
                       },
                       verdict);
@@ -38,12 +39,12 @@ Icon icon(const Verdict& verdict) {
 }  // namespace
 
 SymbolImage symbolImage(const Verdict& verdict) {
-    const auto [symbol, isTemplate] = icon(verdict);
+    const auto [symbol, colors] = icon(verdict);
     return {.name = std::string(symbol),
             .accessibilityDescription = std::string(verdictHeadline(verdict)),
             .pointSize = 14,
             .weight = FontWeight::semibold,
-            .isTemplate = isTemplate};
+            .colors = colors};
 }
 
 std::string statusToolTip(const Verdict& verdict) {

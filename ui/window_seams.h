@@ -51,13 +51,22 @@ class Application {
     virtual void terminate() = 0;
 };
 
+/// The colours of a symbol that has its own.
+struct IconColors {
+    Color onDark;      // bars
+    Color onAnything;  // light bars too, with 3:1 in contrast
+    bool operator==(const IconColors&) const = default;
+};
+
 /// A symbol as a picture for the status item.
 struct SymbolImage {
     std::string name;
     std::string accessibilityDescription;
     double pointSize = 0;
     FontWeight weight = FontWeight::regular;
-    bool isTemplate = false;  // one colour, which follows the bar that it stands in
+    std::optional<IconColors> colors;  // absent: a template, in one colour that follows the bar
+
+    bool isTemplate() const { return !colors; }
 
     bool operator==(const SymbolImage&) const = default;
 };

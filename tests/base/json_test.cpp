@@ -51,9 +51,9 @@ const JsonRow jsonRows[] = {
     {"empty array", Array{}, "[]"},
     {"array", Array{1.0, "a", {}}, R"([1,"a",null])"},
     {"empty object", Object{}, "{}"},
-    {"keys are sorted", Object{{"b", 1.0}, {"a", 2.0}, {"B", 3.0}}, R"({"B":3,"a":2,"b":1})"},
-    {"keys are escaped", Object{{"a/\"", true}}, R"({"a\/\"":true})"},
-    {"nested", Object{{"a", Array{Object{{"x", {}}}}}}, R"({"a":[{"x":null}]})"},
+    {"keys are sorted", Object({{"b", 1.0}, {"a", 2.0}, {"B", 3.0}}), R"({"B":3,"a":2,"b":1})"},
+    {"keys are escaped", Object({{"a/\"", true}}), R"({"a\/\"":true})"},
+    {"nested", Object({{"a", Array{Object({{"x", {}}})}}}), R"({"a":[{"x":null}]})"},
 };
 
 TEST(Json, Compact) {
@@ -65,15 +65,15 @@ TEST(Json, Compact) {
 
 const JsonRow prettyRows[] = {
     {"scalar", 4.0, "4"},
-    {"one member", Object{{"key", 4.0}}, "{\n  \"key\" : 4\n}"},
-    {"members", Object{{"b", {}}, {"a", true}}, "{\n  \"a\" : true,\n  \"b\" : null\n}"},
-    {"nested object", Object{{"verdict", Object{{"headline", "No device"}, {"kind", "noDevice"}}}},
+    {"one member", Object({{"key", 4.0}}), "{\n  \"key\" : 4\n}"},
+    {"members", Object({{"b", {}}, {"a", true}}), "{\n  \"a\" : true,\n  \"b\" : null\n}"},
+    {"nested object", Object({{"verdict", Object({{"headline", "No device"}, {"kind", "noDevice"}})}}),
      "{\n  \"verdict\" : {\n    \"headline\" : \"No device\",\n    \"kind\" : \"noDevice\"\n  }\n}"},
     {"array", Array{1.0, 2.0}, "[\n  1,\n  2\n]"},
     {"empty array", Array{}, "[\n\n]"},
     {"empty object", Object{}, "{\n\n}"},
-    {"empty array inside", Object{{"a", Array{}}}, "{\n  \"a\" : [\n\n  ]\n}"},
-    {"array of objects", Array{Object{{"a", 1.0}}, Object{}}, "[\n  {\n    \"a\" : 1\n  },\n  {\n\n  }\n]"},
+    {"empty array inside", Object({{"a", Array{}}}), "{\n  \"a\" : [\n\n  ]\n}"},
+    {"array of objects", Array{Object({{"a", 1.0}}), Object{}}, "[\n  {\n    \"a\" : 1\n  },\n  {\n\n  }\n]"},
 };
 
 TEST(Json, Pretty) {
@@ -90,15 +90,22 @@ TEST(Json, ANumberThatIsNotFiniteCannotBeWritten) {
         SCOPED_TRACE(value);
         EXPECT_EQ(jsonText(value, JsonLayout::compact), std::nullopt);
         EXPECT_EQ(jsonText(Array{1.0, value}, JsonLayout::pretty), std::nullopt);
-        EXPECT_EQ(jsonText(Object{{"a", Object{{"b", value}}}, {"c", {}}}, JsonLayout::pretty), std::nullopt);
+        EXPECT_EQ(jsonText(Object({{"a", Object({{"b", value}})}, {"c", {}}}), JsonLayout::pretty),
+                  std::nullopt);
     }
+}
+
+TEST(Json, AKeyIsGivenOnce) {
+    EXPECT_DEATH(Object({{"a", 1.0}, {"b", 2.0}, {"a", 3.0}}), "a key of JSON given twice");
+    Object object({{"a", 1.0}});
+    EXPECT_DEATH(object.insert({"a", 1.0}), "a key of JSON given twice");
 }
 
 TEST(Json, MalformedTextBecomesReplacementCharacters) {
     EXPECT_EQ(jsonText("a\xFF\xC3", JsonLayout::compact), "\"a\uFFFD\uFFFD\"");
     for (const auto& [name, text] : test::malformedUtf8()) {
         SCOPED_TRACE(name);
-        const auto written = jsonText(Object{{text, text}}, JsonLayout::compact);
+        const auto written = jsonText(Object({{text, text}}), JsonLayout::compact);
         ASSERT_TRUE(written);
         EXPECT_NE(written->find(name == std::string("a zero byte") ? "\\u0000" : "\uFFFD"),
                   std::string::npos);

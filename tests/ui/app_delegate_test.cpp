@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tests/ui/shell_fixture.h"
+#include "ui/status_icon.h"
 
 namespace purlock {
 namespace {
@@ -132,7 +133,7 @@ TEST(AppDelegate, TheLaunchMakesStatusItemAndPanelInOrder) {
     EXPECT_EQ(f.desktop.takeHistory(),
               (Lines{"policy 1", "status item -1", "image questionmark.circle", "action", "panel"}));
     EXPECT_EQ(f.desktop.image,
-              (SymbolImage{"questionmark.circle", "No device", 14, FontWeight::semibold, true}));
+              (SymbolImage{"questionmark.circle", "No device", 14, FontWeight::semibold, {}}));
     EXPECT_EQ(f.desktop.toolTip, std::nullopt) << "not before the first state";
     EXPECT_FALSE(f.desktop.panelVisible);
     f.settle();
@@ -167,7 +168,7 @@ struct IconCase {
     const char* name;
     std::optional<test::FakeDevice> device;
     const char* symbol;
-    bool isTemplate;
+    std::optional<IconColors> colors;
     const char* words;
     MixerWork work = {};
 };
@@ -189,8 +190,7 @@ TEST_P(StatusIcon, Table) {
         f.setDefault(70);
     }
     f.launch();
-    EXPECT_EQ(f.desktop.image,
-              (SymbolImage{row.symbol, row.words, 14, FontWeight::semibold, row.isTemplate}));
+    EXPECT_EQ(f.desktop.image, (SymbolImage{row.symbol, row.words, 14, FontWeight::semibold, row.colors}));
     EXPECT_EQ(f.desktop.toolTip, std::string("Purlock — ") + row.words);
 }
 
@@ -206,25 +206,25 @@ StreamDescription mono(StreamDescription stream) {
 INSTANTIATE_TEST_SUITE_P(
     Table, StatusIcon,
     testing::Values(
-        IconCase{"NoDevice", {}, "questionmark.circle", true, "No device"},
+        IconCase{"NoDevice", {}, "questionmark.circle", std::nullopt, "No device"},
         IconCase{"NotRunning", device(test::floatStream(48000), test::floatStream(48000), false), "circle",
-                 true, "Idle"},
+                 std::nullopt, "Idle"},
         IconCase{"NotRunningThoughItsFormatsDiffer",
-                 device(test::floatStream(44100), test::integerStream(48000, 16), false), "circle", true,
-                 "Idle"},
+                 device(test::floatStream(44100), test::integerStream(48000, 16), false), "circle",
+                 std::nullopt, "Idle"},
         IconCase{"SameRateAndDepth", device(test::floatStream(48000), test::integerStream(48000, 32), true),
-                 "checkmark.seal.fill", false, "Bit-perfect"},
+                 "checkmark.seal.fill", iconGreen, "Bit-perfect"},
         IconCase{"ChannelsDoNotCount",
                  device(test::floatStream(48000), mono(test::integerStream(48000, 32)), true),
-                 "checkmark.seal.fill", false, "Bit-perfect"},
+                 "checkmark.seal.fill", iconGreen, "Bit-perfect"},
         IconCase{"OtherRate", device(test::floatStream(44100), test::integerStream(48000, 32), true),
-                 "exclamationmark.triangle.fill", false, "Resampling"},
+                 "exclamationmark.triangle.fill", iconAmber, "Resampling"},
         IconCase{"OtherDepth", device(test::floatStream(48000), test::integerStream(48000, 16), true),
-                 "exclamationmark.triangle.fill", false, "Resampling"},
+                 "exclamationmark.triangle.fill", iconAmber, "Resampling"},
         IconCase{"Altered",
                  device(test::floatStream(48000), test::integerStream(48000, 32), true),
                  "slider.horizontal.3",
-                 false,
+                 iconAmber,
                  "Altered",
                  {{alteration::DeviceMute{"Dac"}}}}),
     [](const auto& row) { return row.param.name; });

@@ -9,54 +9,6 @@ namespace purlock::host_linux {
 
 namespace {
 
-struct NamedLayout {
-    std::string_view name;
-    SampleLayout layout;
-};
-
-constexpr bool isFloat = true;
-constexpr bool isSigned = true;
-constexpr bool bigEndian = true;
-constexpr bool isDsd = true;
-
-constexpr std::array namedLayouts = {
-    NamedLayout{"S8", {8, 8, !isFloat, isSigned}},
-    NamedLayout{"U8", {8, 8, !isFloat, !isSigned}},
-    NamedLayout{"S16_LE", {16, 16, !isFloat, isSigned}},
-    NamedLayout{"S16_BE", {16, 16, !isFloat, isSigned, bigEndian}},
-    NamedLayout{"U16_LE", {16, 16, !isFloat, !isSigned}},
-    NamedLayout{"U16_BE", {16, 16, !isFloat, !isSigned, bigEndian}},
-    NamedLayout{"S24_LE", {24, 32, !isFloat, isSigned}},
-    NamedLayout{"S24_BE", {24, 32, !isFloat, isSigned, bigEndian}},
-    NamedLayout{"U24_LE", {24, 32, !isFloat, !isSigned}},
-    NamedLayout{"U24_BE", {24, 32, !isFloat, !isSigned, bigEndian}},
-    NamedLayout{"S32_LE", {32, 32, !isFloat, isSigned}},
-    NamedLayout{"S32_BE", {32, 32, !isFloat, isSigned, bigEndian}},
-    NamedLayout{"U32_LE", {32, 32, !isFloat, !isSigned}},
-    NamedLayout{"U32_BE", {32, 32, !isFloat, !isSigned, bigEndian}},
-    NamedLayout{"FLOAT_LE", {32, 32, isFloat, !isSigned}},
-    NamedLayout{"FLOAT_BE", {32, 32, isFloat, !isSigned, bigEndian}},
-    NamedLayout{"FLOAT64_LE", {64, 64, isFloat, !isSigned}},
-    NamedLayout{"FLOAT64_BE", {64, 64, isFloat, !isSigned, bigEndian}},
-    NamedLayout{"S24_3LE", {24, 24, !isFloat, isSigned}},
-    NamedLayout{"S24_3BE", {24, 24, !isFloat, isSigned, bigEndian}},
-    NamedLayout{"U24_3LE", {24, 24, !isFloat, !isSigned}},
-    NamedLayout{"U24_3BE", {24, 24, !isFloat, !isSigned, bigEndian}},
-    NamedLayout{"S20_LE", {20, 32, !isFloat, isSigned}},
-    NamedLayout{"S20_BE", {20, 32, !isFloat, isSigned, bigEndian}},
-    NamedLayout{"S20_3LE", {20, 24, !isFloat, isSigned}},
-    NamedLayout{"S20_3BE", {20, 24, !isFloat, isSigned, bigEndian}},
-    NamedLayout{"S18_3LE", {18, 24, !isFloat, isSigned}},
-    NamedLayout{"S18_3BE", {18, 24, !isFloat, isSigned, bigEndian}},
-    NamedLayout{"IEC958_SUBFRAME_LE", {24, 32, !isFloat, isSigned}},
-    NamedLayout{"IEC958_SUBFRAME_BE", {24, 32, !isFloat, isSigned, bigEndian}},
-    NamedLayout{"DSD_U8", {1, 8, !isFloat, !isSigned, !bigEndian, isDsd}},
-    NamedLayout{"DSD_U16_LE", {1, 16, !isFloat, !isSigned, !bigEndian, isDsd}},
-    NamedLayout{"DSD_U16_BE", {1, 16, !isFloat, !isSigned, bigEndian, isDsd}},
-    NamedLayout{"DSD_U32_LE", {1, 32, !isFloat, !isSigned, !bigEndian, isDsd}},
-    NamedLayout{"DSD_U32_BE", {1, 32, !isFloat, !isSigned, bigEndian, isDsd}},
-};
-
 struct NamedState {
     std::string_view name;
     PcmState state;
@@ -96,13 +48,6 @@ std::optional<double> rateFromText(std::string_view text) {
 }
 
 }  // namespace
-
-std::optional<SampleLayout> sampleLayoutFromName(std::string_view name) {
-    for (const NamedLayout& row : namedLayouts) {
-        if (row.name == name) return row.layout;
-    }
-    return std::nullopt;
-}
 
 std::optional<HardwareParameters> parseHardwareParameters(std::string_view text) {
     std::optional<SampleLayout> layout;

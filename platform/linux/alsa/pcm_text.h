@@ -4,26 +4,13 @@
 #include <optional>
 #include <string_view>
 
+#include "platform/linux/alsa/sample_layout.h"
+
 namespace purlock::host_linux {
 
 // What the kernel prints of an open PCM below /proc/asound/card<N>/pcm<M>p/sub<K>/ (sound/core/pcm.c and
 // Documentation/sound/designs/procfile.rst of the kernel). Pure functions; any thread; no input makes them
 // fail.
-
-/// One of ALSA's sample formats, in plain numbers.
-struct SampleLayout {
-    std::uint32_t bits = 0;       // that carry sound: 24 for S24_LE
-    std::uint32_t container = 0;  // bits that a sample takes: 32 for S24_LE, 24 for S24_3LE
-    bool isFloat = false;
-    bool isSigned = false;
-    bool isBigEndian = false;
-    bool isDsd = false;  // one-bit samples, `container` of them in a word
-
-    bool operator==(const SampleLayout&) const = default;
-};
-
-/// The layout of a format by ALSA's name: "S24_3LE", "FLOAT_LE", "DSD_U32_BE"; absent for one that is no PCM.
-std::optional<SampleLayout> sampleLayoutFromName(std::string_view name);
 
 /// `hw_params` of a PCM that has been set up.
 struct HardwareParameters {

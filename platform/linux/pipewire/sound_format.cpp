@@ -1,14 +1,16 @@
 #include "platform/linux/pipewire/sound_format.h"
 
+#include <spa/debug/types.h>
 #include <spa/param/audio/iec958.h>
+#include <spa/param/audio/raw-types.h>
 #include <spa/param/audio/raw.h>
 #include <spa/param/format.h>
 #include <spa/pod/pod.h>
 #include <spa/utils/type.h>
 
 #include <algorithm>
-#include <array>
 #include <bit>
+#include <string_view>
 
 #include "core/audio_format.h"
 
@@ -16,11 +18,6 @@ namespace purlock::host_linux {
 
 namespace {
 
-constexpr bool nativeIsBigEndian = std::endian::native == std::endian::big;
-constexpr bool isFloat = true;
-constexpr bool isSigned = true;
-constexpr bool bigEndian = true;
-constexpr bool isPlanar = true;
 constexpr std::uint32_t mostChannels = 1024;
 constexpr std::int32_t highestRate = 1 << 28;
 
@@ -28,57 +25,10 @@ constexpr std::int32_t highestRate = 1 << 28;
 // them.
 constexpr std::uint32_t formatFlagIsNonInterleaved = 32;
 
-struct FormatRow {
-    std::uint32_t format;
-    SampleLayout layout;
-    bool isPlanar = false;
-};
-
-constexpr std::array formatRows = {
-    FormatRow{SPA_AUDIO_FORMAT_S8, {8, 8, !isFloat, isSigned}},
-    FormatRow{SPA_AUDIO_FORMAT_U8, {8, 8, !isFloat, !isSigned}},
-    FormatRow{SPA_AUDIO_FORMAT_S16_LE, {16, 16, !isFloat, isSigned}},
-    FormatRow{SPA_AUDIO_FORMAT_S16_BE, {16, 16, !isFloat, isSigned, bigEndian}},
-    FormatRow{SPA_AUDIO_FORMAT_U16_LE, {16, 16, !isFloat, !isSigned}},
-    FormatRow{SPA_AUDIO_FORMAT_U16_BE, {16, 16, !isFloat, !isSigned, bigEndian}},
-    FormatRow{SPA_AUDIO_FORMAT_S18_LE, {18, 24, !isFloat, isSigned}},
-    FormatRow{SPA_AUDIO_FORMAT_S18_BE, {18, 24, !isFloat, isSigned, bigEndian}},
-    FormatRow{SPA_AUDIO_FORMAT_U18_LE, {18, 24, !isFloat, !isSigned}},
-    FormatRow{SPA_AUDIO_FORMAT_U18_BE, {18, 24, !isFloat, !isSigned, bigEndian}},
-    FormatRow{SPA_AUDIO_FORMAT_S20_LE, {20, 24, !isFloat, isSigned}},
-    FormatRow{SPA_AUDIO_FORMAT_S20_BE, {20, 24, !isFloat, isSigned, bigEndian}},
-    FormatRow{SPA_AUDIO_FORMAT_U20_LE, {20, 24, !isFloat, !isSigned}},
-    FormatRow{SPA_AUDIO_FORMAT_U20_BE, {20, 24, !isFloat, !isSigned, bigEndian}},
-    FormatRow{SPA_AUDIO_FORMAT_S24_LE, {24, 24, !isFloat, isSigned}},
-    FormatRow{SPA_AUDIO_FORMAT_S24_BE, {24, 24, !isFloat, isSigned, bigEndian}},
-    FormatRow{SPA_AUDIO_FORMAT_U24_LE, {24, 24, !isFloat, !isSigned}},
-    FormatRow{SPA_AUDIO_FORMAT_U24_BE, {24, 24, !isFloat, !isSigned, bigEndian}},
-    FormatRow{SPA_AUDIO_FORMAT_S24_32_LE, {24, 32, !isFloat, isSigned}},
-    FormatRow{SPA_AUDIO_FORMAT_S24_32_BE, {24, 32, !isFloat, isSigned, bigEndian}},
-    FormatRow{SPA_AUDIO_FORMAT_U24_32_LE, {24, 32, !isFloat, !isSigned}},
-    FormatRow{SPA_AUDIO_FORMAT_U24_32_BE, {24, 32, !isFloat, !isSigned, bigEndian}},
-    FormatRow{SPA_AUDIO_FORMAT_S32_LE, {32, 32, !isFloat, isSigned}},
-    FormatRow{SPA_AUDIO_FORMAT_S32_BE, {32, 32, !isFloat, isSigned, bigEndian}},
-    FormatRow{SPA_AUDIO_FORMAT_U32_LE, {32, 32, !isFloat, !isSigned}},
-    FormatRow{SPA_AUDIO_FORMAT_U32_BE, {32, 32, !isFloat, !isSigned, bigEndian}},
-    FormatRow{SPA_AUDIO_FORMAT_F32_LE, {32, 32, isFloat, !isSigned}},
-    FormatRow{SPA_AUDIO_FORMAT_F32_BE, {32, 32, isFloat, !isSigned, bigEndian}},
-    FormatRow{SPA_AUDIO_FORMAT_F64_LE, {64, 64, isFloat, !isSigned}},
-    FormatRow{SPA_AUDIO_FORMAT_F64_BE, {64, 64, isFloat, !isSigned, bigEndian}},
-    FormatRow{SPA_AUDIO_FORMAT_S8P, {8, 8, !isFloat, isSigned}, isPlanar},
-    FormatRow{SPA_AUDIO_FORMAT_U8P, {8, 8, !isFloat, !isSigned}, isPlanar},
-    FormatRow{SPA_AUDIO_FORMAT_S16P, {16, 16, !isFloat, isSigned, nativeIsBigEndian}, isPlanar},
-    FormatRow{SPA_AUDIO_FORMAT_S24P, {24, 24, !isFloat, isSigned, nativeIsBigEndian}, isPlanar},
-    FormatRow{SPA_AUDIO_FORMAT_S24_32P, {24, 32, !isFloat, isSigned, nativeIsBigEndian}, isPlanar},
-    FormatRow{SPA_AUDIO_FORMAT_S32P, {32, 32, !isFloat, isSigned, nativeIsBigEndian}, isPlanar},
-    FormatRow{SPA_AUDIO_FORMAT_F32P, {32, 32, isFloat, !isSigned, nativeIsBigEndian}, isPlanar},
-    FormatRow{SPA_AUDIO_FORMAT_F64P, {64, 64, isFloat, !isSigned, nativeIsBigEndian}, isPlanar},
-};
-
-const FormatRow* findRow(std::uint32_t format) {
-    const auto* const row = std::find_if(formatRows.begin(), formatRows.end(),
-                                         [format](const FormatRow& each) { return each.format == format; });
-    return row == formatRows.end() ? nullptr : row;
+/// "S24_32LE", "F32P"; empty for a format without a name.
+std::string_view nameOfFormat(std::uint32_t format) {
+    const char* const name = spa_debug_type_find_short_name(spa_type_audio_format, format);
+    return name != nullptr ? name : "";
 }
 
 std::optional<PodView> valueOf(const std::vector<PodView::Property>& properties, std::uint32_t key) {
@@ -182,9 +132,9 @@ std::uint32_t formatID(const SoundFormat& format) {
 std::uint32_t formatFlags(const SoundFormat& format) {
     if (format.kind == SoundKind::encoded || format.kind == SoundKind::companded) return formatFlagIsPacked;
     std::uint32_t flags = 0;
-    if (format.layout.isFloat) flags |= formatFlagIsFloat;
-    if (format.layout.isSigned) flags |= formatFlagIsSignedInteger;
-    if (format.layout.isBigEndian) flags |= formatFlagIsBigEndian;
+    if (format.layout.encoding == SampleEncoding::floatingPoint) flags |= formatFlagIsFloat;
+    if (format.layout.encoding == SampleEncoding::signedInteger) flags |= formatFlagIsSignedInteger;
+    if (format.layout.order == std::endian::big) flags |= formatFlagIsBigEndian;
     if (format.layout.bits == format.layout.container || format.kind == SoundKind::dsd) {
         flags |= formatFlagIsPacked;
     }
@@ -196,7 +146,6 @@ std::uint32_t formatFlags(const SoundFormat& format) {
 
 std::optional<SoundFormat> soundFormatFromPod(const PodView& pod, std::uint32_t rate) {
     const auto properties = pod.properties(SPA_TYPE_OBJECT_Format);
-    constexpr SampleLayout companded = {8, 8, !isFloat, !isSigned};
     if (preferredID(properties, SPA_FORMAT_mediaType) != SPA_MEDIA_TYPE_audio) return std::nullopt;
     const auto subtype = preferredID(properties, SPA_FORMAT_mediaSubtype);
     const auto channels = preferredInteger(properties, SPA_FORMAT_AUDIO_channels);
@@ -205,11 +154,11 @@ std::optional<SoundFormat> soundFormatFromPod(const PodView& pod, std::uint32_t 
         const std::uint32_t sample = preferredID(properties, SPA_FORMAT_AUDIO_format).value_or(0);
         if (sample == SPA_AUDIO_FORMAT_ALAW || sample == SPA_AUDIO_FORMAT_ULAW) {
             format.kind = SoundKind::companded;
-            format.layout = companded;
+            format.layout = {8, 8, SampleEncoding::unsignedInteger};
             format.codec = sample;
-        } else if (const FormatRow* const row = findRow(sample)) {
-            format.layout = row->layout;
-            format.isPlanar = row->isPlanar;
+        } else if (const auto layout = sampleLayoutFromName(nameOfFormat(sample))) {
+            format.layout = *layout;
+            format.isPlanar = nameOfFormat(sample).ends_with('P');
         } else {
             return std::nullopt;
         }
@@ -220,12 +169,12 @@ std::optional<SoundFormat> soundFormatFromPod(const PodView& pod, std::uint32_t 
     if (subtype == SPA_MEDIA_SUBTYPE_iec958) {
         format.kind = SoundKind::encoded;
         format.codec = preferredID(properties, SPA_FORMAT_AUDIO_iec958Codec).value_or(0);
-        format.layout = {16, 16, !isFloat, isSigned};
+        format.layout = {16, 16, SampleEncoding::signedInteger};
         return checked(format, chosenRate(properties, rate), channels.value_or(2));
     }
     if (subtype == SPA_MEDIA_SUBTYPE_dsd) {
         format.kind = SoundKind::dsd;
-        format.layout = {.bits = 1, .container = 8, .isDsd = true};
+        format.layout = {1, 8, SampleEncoding::dsd};
         auto found = checked(format, preferredInteger(properties, SPA_FORMAT_AUDIO_rate), channels);
         if (found) found->sampleRate *= 8;  // the server counts bytes
         return found;
@@ -235,11 +184,12 @@ std::optional<SoundFormat> soundFormatFromPod(const PodView& pod, std::uint32_t 
 
 SoundFormat soundFormatFromHardware(const HardwareParameters& parameters) {
     SoundFormat format;
-    format.kind = parameters.layout.isDsd ? SoundKind::dsd : SoundKind::pcm;
+    const bool isDsd = parameters.layout.encoding == SampleEncoding::dsd;
+    format.kind = isDsd ? SoundKind::dsd : SoundKind::pcm;
     format.layout = parameters.layout;
     format.sampleRate = parameters.sampleRate;
     format.channels = parameters.channels;
-    if (parameters.layout.isDsd) format.sampleRate *= parameters.layout.container;  // the kernel counts words
+    if (isDsd) format.sampleRate *= parameters.layout.container;  // the kernel counts words
     return format;
 }
 
@@ -259,7 +209,7 @@ StreamDescription streamDescription(const SoundFormat& format) {
 }
 
 SampleLayout mixerLayout() {
-    return {32, 32, isFloat, !isSigned, nativeIsBigEndian};
+    return {32, 32, SampleEncoding::floatingPoint, std::endian::native};
 }
 
 std::uint32_t keptBits(const SoundFormat& format) {

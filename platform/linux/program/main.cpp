@@ -12,12 +12,14 @@
 #include "platform/linux/activation/instance_activation.h"
 #include "platform/linux/dbus/bus_address.h"
 #include "platform/linux/dbus/bus_silence.h"
-#include "platform/linux/desktop/display.h"
+#include "platform/linux/drawing/menu_style.h"
+#include "platform/linux/panel/accessible_panel.h"
 #include "platform/linux/program/linux_host.h"
 #include "platform/linux/program/quit_signals.h"
 #include "platform/linux/storage/instance_lock.h"
 #include "platform/linux/system/directories.h"
 #include "platform/linux/system/unused_memory.h"
+#include "platform/linux/toolkit/display.h"
 
 namespace {
 
@@ -89,6 +91,7 @@ int main(int argc, char** argv) {
     QApplication::setDesktopFileName(applicationIdentifier);
     QApplication::setQuitOnLastWindowClosed(false);
     const auto application = startToolkit(argc, argv);
+    describePanelToScreenReaders();
     applyDarkLook();
     return run(sessionBus, lock);
 }

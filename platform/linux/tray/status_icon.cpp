@@ -6,9 +6,8 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/linux/desktop/symbols.h"
-#include "platform/linux/desktop/view_style.h"
-#include "ui/view_parts.h"
+#include "platform/linux/drawing/symbols.h"
+#include "platform/linux/drawing/view_style.h"
 
 namespace purlock::host_linux {
 
@@ -19,29 +18,6 @@ constexpr std::array iconPixels = {16, 22, 24, 32, 48, 64, 96};
 constexpr QRgb lightForeground = qRgb(242, 242, 242);
 constexpr QRgb darkForeground = qRgb(38, 38, 38);
 constexpr QRgb foregroundOnAnything = qRgb(138, 138, 138);  // 3:1 on white and more on dark bars
-
-struct OwnColor {
-    std::string_view symbol;
-    Color onDark;
-    Color onAnything;  // 3:1 on light bars too
-};
-
-/// The colours of those symbols that have colours of their own.
-constexpr OwnColor ownColors[] = {
-    {"checkmark.seal.fill", accentGreen, {0.13, 0.58, 0.29, 1}},
-    {"exclamationmark.triangle.fill", accentAmber, {0.74, 0.46, 0.02, 1}},
-    {"slider.horizontal.3", accentAmber, {0.74, 0.46, 0.02, 1}},
-};
-
-std::optional<QColor> ownColorOf(const SymbolImage& image, ColorScheme scheme) {
-    if (image.isTemplate) return std::nullopt;
-    for (const OwnColor& own : ownColors) {
-        if (own.symbol == image.name) {
-            return qtColor(scheme == ColorScheme::dark ? own.onDark : own.onAnything);
-        }
-    }
-    return std::nullopt;
-}
 
 QRgb foregroundOn(ColorScheme scheme) {
     switch (scheme) {
@@ -60,8 +36,11 @@ QRgb foregroundOn(ColorScheme scheme) {
 QImage statusIcon(const SymbolImage& image, int pixels, const std::optional<QColor>& foreground,
                   ColorScheme scheme) {
     if (!hasSymbol(image.name)) return {};
-    const auto own = ownColorOf(image, scheme);
-    return squareSymbol(image.name, pixels, own ? *own : foreground.value_or(QColor(foregroundOn(scheme))));
+    if (const auto& own = image.colors) {
+        return squareSymbol(image.name, pixels,
+                            qtColor(scheme == ColorScheme::dark ? own->onDark : own->onAnything));
+    }
+    return squareSymbol(image.name, pixels, foreground.value_or(QColor(foregroundOn(scheme))));
 }
 
 ColorScheme schemeOf(const QColor& background) {
@@ -80,7 +59,7 @@ std::string statusIconName(const SymbolImage& image) {
         {"circle", "purlock-idle-symbolic"},
         {"questionmark.circle", "purlock-unknown-symbolic"},
     };
-    if (!image.isTemplate) return {};
+    if (!image.isTemplate()) return {};
     for (const auto& [symbol, name] : names) {
         const QString file =
             QStringLiteral("icons/hicolor/symbolic/apps/") + QLatin1StringView(name) + ".svg";

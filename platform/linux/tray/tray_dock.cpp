@@ -7,7 +7,7 @@
 #include <chrono>
 #include <utility>
 
-#include "platform/linux/desktop/view_style.h"
+#include "platform/linux/drawing/view_style.h"
 #include "platform/linux/tray/x_tray_server.h"
 
 namespace purlock::host_linux {

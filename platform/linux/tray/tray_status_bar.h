@@ -8,7 +8,7 @@
 
 #include "base/run_loop.h"
 #include "platform/linux/dbus/bus_thread.h"
-#include "platform/linux/desktop/outside_clicks.h"
+#include "platform/linux/panel/outside_clicks.h"
 #include "ui/window_seams.h"
 
 namespace purlock::host_linux {

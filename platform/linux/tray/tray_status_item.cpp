@@ -7,7 +7,7 @@
 #include <cmath>
 #include <utility>
 
-#include "platform/linux/desktop/panel_placement.h"
+#include "platform/linux/drawing/panel_placement.h"
 #include "platform/linux/tray/status_icon.h"
 
 namespace purlock::host_linux {

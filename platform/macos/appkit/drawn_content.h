@@ -3,7 +3,6 @@
 #include <AppKit/AppKit.h>
 
 #include <memory>
-#include <string>
 
 #include "platform/macos/appkit/drawn_view.h"
 
@@ -49,8 +48,5 @@ void pinEdges(NSView* inner, NSView* outer, const Padding& padding);
 inline constexpr NSLayoutPriority yielding = 1;
 inline constexpr NSLayoutPriority soft = 200;
 inline constexpr NSLayoutPriority firm = 750;
-
-/// The words of an element and all in it, for a screen reader; its help text where it has none.
-std::string wordsOf(const View& view);
 
 }  // namespace purlock::host_macos

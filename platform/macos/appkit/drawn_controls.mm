@@ -6,6 +6,7 @@
 #include "platform/macos/appkit/action_target.h"
 #include "platform/macos/appkit/drawn_content.h"
 #include "platform/macos/foundation/texts.h"
+#include "ui/accessible_words.h"
 
 /// A button without a border, whose face is the view that is put into it. It takes the clicks on that view,
 /// and the first click too, while the panel is not the key window.
@@ -90,7 +91,7 @@ class DrawnButton final : public DrawnContent {
 
     void show(const View& next) override {
         *action_ = std::get<Button>(next.content).action;
-        [button_ setAccessibilityLabel:makeNSString(wordsOf(next))];
+        [button_ setAccessibilityLabel:makeNSString(accessibleWords(next).name)];
         face_.fill(next);
     }
 
@@ -125,7 +126,7 @@ class DrawnSwitch final : public DrawnContent {
         *action_ = content.action;
         // It has moved by itself when it was used; what counts is what came of it.
         switch_.state = content.isOn ? NSControlStateValueOn : NSControlStateValueOff;
-        [switch_ setAccessibilityLabel:makeNSString(wordsOf(next))];
+        [switch_ setAccessibilityLabel:makeNSString(accessibleWords(next).name)];
         NSView* const label = face_.show(next);
         if (label != nil) [stack_ insertArrangedSubview:label atIndex:0];
     }
@@ -180,10 +181,10 @@ class DrawnMenu final : public DrawnContent {
 
     void show(const View& next) override {
         *entries_ = std::get<Menu>(next.content).entries;
-        [button_ setAccessibilityLabel:makeNSString(wordsOf(next))];
-        // What is chosen stands on the face.
-        [button_ setAccessibilityValue:makeNSString(next.children.empty() ? std::string()
-                                                                          : wordsOf(next.children.front()))];
+        // What is chosen stands on the face, and is the menu's value here.
+        const AccessibleWords words = accessibleWords(next);
+        [button_ setAccessibilityLabel:makeNSString(words.description)];
+        [button_ setAccessibilityValue:makeNSString(words.name)];
         face_.fill(next);
     }
 

@@ -7,6 +7,7 @@
 #include "platform/macos/appkit/colors.h"
 #include "platform/macos/appkit/drawn_content.h"
 #include "platform/macos/foundation/texts.h"
+#include "ui/accessible_words.h"
 
 /// A circle or a bar, drawn to its edges.
 @interface PurlockShapeView : NSView
@@ -68,19 +69,14 @@ void pinEdges(NSView* inner, NSView* outer, const Padding& padding) {
     ]];
 }
 
-std::string wordsOf(const View& view) {
-    if (!view.label.empty()) return view.label;
-    if (const auto* const text = std::get_if<Text>(&view.content)) return text->text;
-    std::string words;
-    for (const View& child : view.children) {
-        const std::string more = wordsOf(child);
-        if (!words.empty() && !more.empty()) words += ", ";
-        words += more;
-    }
-    return words.empty() ? view.help : words;
-}
-
 namespace {
+
+/// A drawing without a name is an ornament, and nothing to a screen reader.
+void nameDrawing(NSView* drawing, const View& view) {
+    const std::string name = accessibleWords(view).name;
+    [drawing setAccessibilityElement:!name.empty()];
+    if (!name.empty()) [drawing setAccessibilityLabel:makeNSString(name)];
+}
 
 class DrawnText final : public DrawnContent {
   public:
@@ -101,6 +97,7 @@ class DrawnText final : public DrawnContent {
         field_.stringValue = makeNSString(text.text);  // plain, never markup
         field_.font = fontOf(text.font);
         field_.textColor = colorOf(text.color);
+        if (!next.label.empty()) [field_ setAccessibilityLabel:makeNSString(accessibleWords(next).name)];
     }
 
   private:
@@ -136,7 +133,7 @@ class DrawnSymbol final : public DrawnContent {
         const auto& symbol = std::get<Symbol>(next.content);
         image_.image = symbolNamed(symbol.name, nil, symbol.font.size, symbol.font.weight);
         image_.contentTintColor = colorOf(symbol.color);
-        [image_ setAccessibilityElement:!next.label.empty()];  // else it is an ornament
+        nameDrawing(image_, next);
     }
 
   private:
@@ -155,8 +152,7 @@ class DrawnShape final : public DrawnContent {
     void show(const View& next) override {
         if (![view_ isKindOfClass:[PurlockShapeView class]]) return;
         [static_cast<PurlockShapeView*>(view_) setContent:next.content];
-        // A drawn view is nothing to a screen reader unless it says so.
-        [view_ setAccessibilityElement:!next.label.empty()];
+        nameDrawing(view_, next);
         [view_ setAccessibilityRole:NSAccessibilityImageRole];
         if (const auto* const circle = std::get_if<Circle>(&next.content)) showOpacity(*circle);
     }

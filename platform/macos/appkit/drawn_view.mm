@@ -115,7 +115,6 @@ void DrawnView::show(const View& next) {
 void DrawnView::showSurroundings(const View& next) {
     [static_cast<PurlockElementView*>(outer_) setGround:next.background];
     outer_.toolTip = textOrNil(next.help);
-    if (!next.label.empty()) [content_->view() setAccessibilityLabel:makeNSString(next.label)];
 }
 
 bool takesAvailableWidth(const View& view) {

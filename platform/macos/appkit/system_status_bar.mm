@@ -24,7 +24,7 @@ class ItemButton final : public StatusButton {
         NSImage* const image = symbolNamed(symbol.name, makeNSString(symbol.accessibilityDescription),
                                            symbol.pointSize, symbol.weight);
         // Set either way: a symbol is a template unless it is told otherwise.
-        [image setTemplate:symbol.isTemplate];
+        [image setTemplate:symbol.isTemplate()];
         button_.image = image;
     }
 

@@ -18,12 +18,12 @@ std::string parameters(const std::string& format, const std::string& channels, c
            "\nrate: " + rate + "\nperiod_size: 1024\nbuffer_size: 32768\n";
 }
 
-constexpr SampleLayout s16 = {.bits = 16, .container = 16, .isSigned = true};
-constexpr SampleLayout s24in32 = {.bits = 24, .container = 32, .isSigned = true};
-constexpr SampleLayout s24in24 = {.bits = 24, .container = 24, .isSigned = true};
-constexpr SampleLayout s32big = {.bits = 32, .container = 32, .isSigned = true, .isBigEndian = true};
-constexpr SampleLayout float32 = {.bits = 32, .container = 32, .isFloat = true};
-constexpr SampleLayout dsd32big = {.bits = 1, .container = 32, .isBigEndian = true, .isDsd = true};
+constexpr SampleLayout s16 = {16, 16, SampleEncoding::signedInteger};
+constexpr SampleLayout s24in32 = {24, 32, SampleEncoding::signedInteger};
+constexpr SampleLayout s24in24 = {24, 24, SampleEncoding::signedInteger};
+constexpr SampleLayout s32big = {32, 32, SampleEncoding::signedInteger, std::endian::big};
+constexpr SampleLayout float32 = {32, 32, SampleEncoding::floatingPoint};
+constexpr SampleLayout dsd32big = {1, 32, SampleEncoding::dsd, std::endian::big};
 
 TEST(PcmText, HardwareParameters) {
     const ParametersCase cases[] = {

@@ -20,7 +20,7 @@ class NoApplications final : public RunningApplications {
     }
 };
 
-constexpr SampleLayout s24 = {.bits = 24, .container = 32, .isSigned = true};
+constexpr SampleLayout s24 = {24, 32, SampleEncoding::signedInteger};
 
 SoundFormat pcm(double rate) {
     return {.layout = s24, .sampleRate = rate, .channels = 2};

@@ -14,14 +14,15 @@ using host_linux::AudioGraph;
 using host_linux::NodeRecord;
 using host_linux::NodeRole;
 using host_linux::NodeState;
+using host_linux::SampleEncoding;
 using host_linux::SampleLayout;
 using host_linux::SoundFormat;
 
 inline constexpr SampleLayout u8Layout = {.bits = 8, .container = 8};
-inline constexpr SampleLayout s16Layout = {.bits = 16, .container = 16, .isSigned = true};
-inline constexpr SampleLayout s24Layout = {.bits = 24, .container = 24, .isSigned = true};
-inline constexpr SampleLayout s32Layout = {.bits = 32, .container = 32, .isSigned = true};
-inline constexpr SampleLayout f32Layout = {.bits = 32, .container = 32, .isFloat = true};
+inline constexpr SampleLayout s16Layout = {16, 16, SampleEncoding::signedInteger};
+inline constexpr SampleLayout s24Layout = {24, 24, SampleEncoding::signedInteger};
+inline constexpr SampleLayout s32Layout = {32, 32, SampleEncoding::signedInteger};
+inline constexpr SampleLayout f32Layout = {32, 32, SampleEncoding::floatingPoint};
 
 inline SoundFormat stereo(const SampleLayout& layout, double rate) {
     return {.layout = layout,

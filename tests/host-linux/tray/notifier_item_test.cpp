@@ -191,7 +191,7 @@ TEST_F(NotifierItemTest, ShowsAnotherIconAndTipAndTellsTheTrayOnce) {
 
 TEST_F(NotifierItemTest, AnIconWithoutDrawingIsLeftOut) {
     startHosted();
-    button()->setImage({"no.such.symbol", "Idle", 14, FontWeight::semibold, true});
+    button()->setImage({"no.such.symbol", "Idle", 14, FontWeight::semibold, {}});
     EXPECT_TRUE(runUntil([&] { return text("Status") == "Passive"; }));
     EXPECT_TRUE(icon().empty());
     button()->setImage(idleIcon);

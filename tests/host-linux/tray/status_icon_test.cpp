@@ -10,6 +10,8 @@
 #include <optional>
 #include <string>
 
+#include "ui/status_icon.h"
+
 namespace purlock::host_linux {
 namespace {
 
@@ -55,8 +57,8 @@ TEST(NotifierText, MarkupIsEscaped) {
     EXPECT_EQ(escapedMarkup(""), "");
 }
 
-SymbolImage symbol(const char* name, bool isTemplate) {
-    return {name, "", 14, FontWeight::semibold, isTemplate};
+SymbolImage symbol(const char* name, const std::optional<IconColors>& colors = {}) {
+    return {name, "", 14, FontWeight::semibold, colors};
 }
 
 /// The colour that most of the pixels have that nothing shines through; absent when there is none.
@@ -81,27 +83,23 @@ struct IconCase {
 };
 
 TEST(StatusIcon, Colours) {
+    const SymbolImage bitPerfect = purlock::symbolImage(verdict::BitPerfect{});
+    const SymbolImage resampling = purlock::symbolImage(verdict::Resampling{});
+    const SymbolImage altered = purlock::symbolImage(verdict::Altered{});
     const IconCase cases[] = {
-        {"bit-perfect", symbol("checkmark.seal.fill", false), {}, ColorScheme::dark, 0x4DC773},
-        {"resampling", symbol("exclamationmark.triangle.fill", false), {}, ColorScheme::dark, 0xF2BF33},
-        {"bit-perfect on a light bar",
-         symbol("checkmark.seal.fill", false),
-         {},
-         ColorScheme::light,
-         0x21944A},
-        {"resampling on a light bar",
-         symbol("exclamationmark.triangle.fill", false),
-         {},
-         ColorScheme::light,
-         0xBD7505},
-        {"own colours, whatever the bar's", symbol("checkmark.seal.fill", false), QColor(Qt::red),
-         ColorScheme::dark, 0x4DC773},
-        {"a template has none", symbol("checkmark.seal.fill", true), QColor(Qt::red), ColorScheme::dark,
-         0xFF0000},
-        {"the bar's colour", symbol("circle", true), QColor(Qt::red), ColorScheme::light, 0xFF0000},
-        {"dark desktop", symbol("circle", true), {}, ColorScheme::dark, 0xF2F2F2},
-        {"light desktop", symbol("circle", true), {}, ColorScheme::light, 0x262626},
-        {"unknown symbol", symbol("no.such", true), {}, ColorScheme::light, {}},
+        {"bit-perfect", bitPerfect, {}, ColorScheme::dark, 0x4DC773},
+        {"resampling", resampling, {}, ColorScheme::dark, 0xF2BF33},
+        {"altered", altered, {}, ColorScheme::dark, 0xF2BF33},
+        {"bit-perfect on a light bar", bitPerfect, {}, ColorScheme::light, 0x21944A},
+        {"resampling on a light bar", resampling, {}, ColorScheme::light, 0xBD7505},
+        {"altered on a bar that is not known", altered, {}, ColorScheme::unknown, 0xBD7505},
+        {"own colours, whatever the bar's", bitPerfect, QColor(Qt::red), ColorScheme::dark, 0x4DC773},
+        {"a template has none", symbol("checkmark.seal.fill"), QColor(Qt::red), ColorScheme::dark, 0xFF0000},
+        {"the bar's colour", symbol("circle"), QColor(Qt::red), ColorScheme::light, 0xFF0000},
+        {"dark desktop", symbol("circle"), {}, ColorScheme::dark, 0xF2F2F2},
+        {"light desktop", symbol("circle"), {}, ColorScheme::light, 0x262626},
+        {"a symbol of any name", symbol("circle", iconGreen), {}, ColorScheme::dark, 0x4DC773},
+        {"unknown symbol", symbol("no.such", iconGreen), {}, ColorScheme::light, {}},
     };
     for (const IconCase& row : cases) {
         SCOPED_TRACE(row.name);
@@ -126,10 +124,10 @@ double contrast(QRgb one, QRgb other) {
 TEST(StatusIcon, IsReadableOnEveryBarThatItMayStandOn) {
     constexpr QRgb dark[] = {0x000000, 0x202020, 0x2E3436};
     constexpr QRgb light[] = {0xF0F0F0, 0xF4F4F4, 0xFFFFFF};
-    const SymbolImage symbols[] = {symbol("circle", true), symbol("questionmark.circle", true),
-                                   symbol("checkmark.seal.fill", false),
-                                   symbol("exclamationmark.triangle.fill", false)};
-    for (const SymbolImage& image : symbols) {
+    const Verdict verdicts[] = {verdict::Idle{}, verdict::BitPerfect{}, verdict::Resampling{},
+                                verdict::Unknown{}, verdict::Altered{}};
+    for (const Verdict& verdict : verdicts) {
+        const SymbolImage image = purlock::symbolImage(verdict);
         SCOPED_TRACE(image.name);
         const auto on = [&](ColorScheme scheme) { return *mainColor(statusIcon(image, 48, {}, scheme)); };
         for (const QRgb bar : dark) {
@@ -154,11 +152,11 @@ TEST(StatusIcon, TheSchemeOfABarIsThatOfItsColour) {
 
 TEST(StatusIcon, SizesOfTheItem) {
     std::vector<int> sizes;
-    for (const auto& pixmap : statusPixmaps(symbol("circle", true), ColorScheme::dark)) {
+    for (const auto& pixmap : statusPixmaps(symbol("circle"), ColorScheme::dark)) {
         sizes.push_back(pixmap.width);
     }
     EXPECT_EQ(sizes, (std::vector{16, 22, 24, 32, 48, 64, 96}));
-    EXPECT_TRUE(statusPixmaps(symbol("", true), ColorScheme::dark).empty());
+    EXPECT_TRUE(statusPixmaps(symbol(""), ColorScheme::dark).empty());
 }
 
 /// How often a text occurs in another.

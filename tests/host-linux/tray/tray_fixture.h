@@ -7,14 +7,15 @@
 #include <chrono>
 #include <memory>
 
-#include "platform/linux/desktop/qt_run_loop.h"
+#include "platform/linux/toolkit/qt_run_loop.h"
 #include "platform/linux/tray/tray_status_bar.h"
 #include "tests/support/private_bus.h"
+#include "ui/status_icon.h"
 
 namespace purlock::test {
 
-inline const SymbolImage idleIcon{"circle", "Idle", 14, FontWeight::semibold, true};
-inline const SymbolImage greenIcon{"checkmark.seal.fill", "Bit-perfect", 14, FontWeight::semibold, false};
+inline const SymbolImage idleIcon{"circle", "Idle", 14, FontWeight::semibold, {}};
+inline const SymbolImage greenIcon{"checkmark.seal.fill", "Bit-perfect", 14, FontWeight::semibold, iconGreen};
 
 /// An icon of the program, on a bus and perhaps an X server that the test starts.
 class TrayTest : public testing::Test {

@@ -80,6 +80,11 @@ TEST_F(MacViews, WhatIsDrawnAndHasWordsSaysThem) {
     const DrawnView drawn(dot, perform);
     EXPECT_EQ(accessibilityOf(subviewsOf(drawn.view()).front()),
               (AccessibilityFacts{true, "High severity", "AXImage", ""}));
+    View pulse = element(Circle{6, accentGreen, {}, 1, {}});
+    pulse.help = "Live";
+    const DrawnView told(pulse, perform);
+    EXPECT_EQ(accessibilityOf(subviewsOf(told.view()).front()),
+              (AccessibilityFacts{true, "Live", "AXImage", ""}));
 }
 
 TEST_F(MacViews, FontWeights) {
