@@ -7,8 +7,8 @@
 #include <string>
 #include <thread>
 
-#include "platform/linux/pipewire/answer_builder.h"
-#include "platform/linux/pipewire/current_answers.h"
+#include "platform/linux/pipewire/hardware/answer_builder.h"
+#include "platform/linux/pipewire/hardware/current_answers.h"
 
 namespace purlock::host_linux {
 namespace {

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "base/text.h"
-#include "platform/linux/pipewire/dictionaries.h"
-#include "platform/linux/pipewire/transport_rule.h"
+#include "platform/linux/pipewire/rules/dictionaries.h"
+#include "platform/linux/pipewire/rules/transport_rule.h"
 #include "tests/fuzz/fuzz_input.h"
 
 using namespace purlock;

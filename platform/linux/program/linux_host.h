@@ -22,7 +22,7 @@
 #include "platform/linux/nowplaying/main_notification_center.h"
 #include "platform/linux/nowplaying/mpris_framework.h"
 #include "platform/linux/nowplaying/player_applications.h"
-#include "platform/linux/pipewire/pipewire_hardware.h"
+#include "platform/linux/pipewire/hardware/pipewire_hardware.h"
 #include "platform/linux/playedfile/played_files.h"
 #include "platform/linux/propertylist/preference_files.h"
 #include "platform/linux/storage/disk_application_files.h"

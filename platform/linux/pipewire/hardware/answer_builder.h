@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+
+#include "platform/linux/pipewire/hardware/answers.h"
+#include "platform/linux/pipewire/hardware/client_identity.h"
+#include "platform/linux/pipewire/hardware/object_ids.h"
+#include "platform/linux/pipewire/rules/hardware_sight.h"
+#include "platform/linux/pipewire/rules/records.h"
+
+namespace purlock::host_linux {
+
+/// Makes answers of the mirror: the rules by which the server's objects become devices, streams and processes
+/// of the hardware layer. Only `identities` does input and output. The loop's thread.
+///
+/// `connection` is the number of the connection on which the mirror was filled. Ids of objects that are no
+/// longer there are forgotten.
+Answers buildAnswers(const AudioGraph& graph, const HardwareSight& hardware, std::uint64_t connection,
+                     ClientIdentities& identities, ObjectIDs& ids);
+
+/// Whether a PCM is open in a process that is not part of the audio server.
+bool isTakenByAnother(const PcmView& pcm);
+
+/// Whether a program is a sound server, which mixes and converts for others.
+bool isSoundServer(const PcmOwner& owner);
+
+}  // namespace purlock::host_linux
