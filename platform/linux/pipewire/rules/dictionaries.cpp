@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <span>
 
 #include "base/text.h"
 
@@ -15,11 +16,14 @@ namespace {
 constexpr std::size_t longestText = 1024;
 constexpr std::uint32_t mostEntries = 1024;
 
+std::span<const spa_dict_item> itemsOf(const spa_dict* dictionary) {
+    if (dictionary == nullptr || dictionary->items == nullptr) return {};
+    return {dictionary->items, std::min(dictionary->n_items, mostEntries)};
+}
+
 /// The dictionary's own bytes, up to the limit; empty for a missing key.
 std::string_view rawText(const spa_dict* dictionary, std::string_view key) {
-    if (dictionary == nullptr || dictionary->items == nullptr) return {};
-    for (std::uint32_t i = 0; i < std::min(dictionary->n_items, mostEntries); ++i) {
-        const spa_dict_item& item = dictionary->items[i];
+    for (const spa_dict_item& item : itemsOf(dictionary)) {
         if (item.key == nullptr || item.value == nullptr || key != item.key) continue;
         return {item.value, ::strnlen(item.value, longestText)};
     }
@@ -27,21 +31,22 @@ std::string_view rawText(const spa_dict* dictionary, std::string_view key) {
 }
 
 template <typename Number>
-std::optional<Number> number(const spa_dict* dictionary, std::string_view key) {
-    const std::string_view text = rawText(dictionary, key);
+std::optional<Number> numberFrom(std::string_view text) {
     Number value{};
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
     return value;
 }
 
+template <typename Number>
+std::optional<Number> number(const spa_dict* dictionary, std::string_view key) {
+    return numberFrom<Number>(rawText(dictionary, key));
+}
+
 bool hasKeyWithPrefix(const spa_dict* dictionary, std::string_view prefix) {
-    if (dictionary == nullptr || dictionary->items == nullptr) return false;
-    for (std::uint32_t i = 0; i < std::min(dictionary->n_items, mostEntries); ++i) {
-        const char* const key = dictionary->items[i].key;
-        if (key != nullptr && std::string_view(key).starts_with(prefix)) return true;
-    }
-    return false;
+    return std::ranges::any_of(itemsOf(dictionary), [prefix](const spa_dict_item& item) {
+        return item.key != nullptr && std::string_view(item.key).starts_with(prefix);
+    });
 }
 
 /// "Audio/Sink" and "Audio/Sink/Virtual" are sinks; what is internal to the session manager is none of ours.
@@ -68,11 +73,8 @@ NodeRole roleFromDictionary(const spa_dict* dictionary) {
 /// "1/44100" asks for 44100 Hz.
 std::optional<std::uint32_t> rateFromFraction(std::string_view text) {
     if (!text.starts_with("1/")) return std::nullopt;
-    text.remove_prefix(2);
-    std::uint32_t rate = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), rate);
-    if (error != std::errc{} || end != text.data() + text.size() || rate == 0) return std::nullopt;
-    return rate;
+    const auto rate = numberFrom<std::uint32_t>(text.substr(2));
+    return rate != 0U ? rate : std::nullopt;
 }
 
 /// The PCMs that are configured with a volume of the library's for some cards, as those of built-in sound;
@@ -83,17 +85,13 @@ bool hasLibraryVolume(std::string_view pcm) {
 }
 
 std::optional<PcmAddress> pcmAddress(const spa_dict* dictionary) {
-    const auto card = number<std::uint32_t>(dictionary, "api.alsa.pcm.card");
-    const auto device = number<std::uint32_t>(dictionary, "api.alsa.pcm.device");
-    if (card && device) {
-        return PcmAddress{*card, *device,
-                          number<std::uint32_t>(dictionary, "api.alsa.pcm.subdevice").value_or(0)};
+    for (const std::string prefix : {"api.alsa.pcm.", "alsa."}) {
+        const auto card = number<std::uint32_t>(dictionary, prefix + "card");
+        const auto device = number<std::uint32_t>(dictionary, prefix + "device");
+        const auto subdevice = number<std::uint32_t>(dictionary, prefix + "subdevice");
+        if (card && device) return PcmAddress{*card, *device, subdevice.value_or(0)};
     }
-    const auto alsaCard = number<std::uint32_t>(dictionary, "alsa.card");
-    const auto alsaDevice = number<std::uint32_t>(dictionary, "alsa.device");
-    if (!alsaCard || !alsaDevice) return std::nullopt;
-    return PcmAddress{*alsaCard, *alsaDevice,
-                      number<std::uint32_t>(dictionary, "alsa.subdevice").value_or(0)};
+    return std::nullopt;
 }
 
 std::optional<std::int32_t> process(const spa_dict* dictionary, std::string_view key) {

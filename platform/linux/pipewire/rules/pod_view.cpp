@@ -63,11 +63,14 @@ std::optional<std::string_view> PodView::text() const {
 }
 
 std::vector<PodView> PodView::elements() const {
+    return type_ == SPA_TYPE_Array ? values(0) : std::vector<PodView>();
+}
+
+std::vector<PodView> PodView::values(std::size_t offset) const {
     std::vector<PodView> found;
-    if (type_ != SPA_TYPE_Array) return found;
-    const auto child = read<spa_pod>();
+    const auto child = read<spa_pod>(offset);
     if (!child || child->size == 0) return found;
-    Bytes rest = body_.subspan(sizeof(spa_pod));
+    Bytes rest = body_.subspan(offset + sizeof(spa_pod));
     while (rest.size() >= child->size && found.size() < mostValues) {
         found.push_back(PodView(child->type, rest.first(child->size)));
         rest = rest.subspan(child->size);
@@ -109,16 +112,9 @@ std::vector<PodView::Property> PodView::properties(std::uint32_t objectType) con
 
 PodView::Choice PodView::choice() const {
     if (type_ != SPA_TYPE_Choice) return {SPA_CHOICE_None, {*this}};
-    Choice found;
     const auto body = read<spa_pod_choice_body>();
-    if (!body || body->child.size == 0) return found;
-    found.kind = body->type;
-    Bytes rest = body_.subspan(sizeof(spa_pod_choice_body));
-    while (rest.size() >= body->child.size && found.values.size() < mostValues) {
-        found.values.push_back(PodView(body->child.type, rest.first(body->child.size)));
-        rest = rest.subspan(body->child.size);
-    }
-    return found;
+    if (!body) return {};
+    return {body->type, values(offsetof(spa_pod_choice_body, child))};
 }
 
 }  // namespace purlock::host_linux

@@ -53,6 +53,9 @@ class PodView {
   private:
     PodView(std::uint32_t type, Bytes body) : type_(type), body_(body) {}
 
+    /// The values of one kind at the end of the body. The head that they share is at `offset`.
+    std::vector<PodView> values(std::size_t offset) const;
+
     template <typename Value>
     std::optional<Value> read(std::size_t offset = 0) const {
         Value value;

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <utility>
 
 #include "core/audio_format.h"
 
@@ -143,26 +144,20 @@ std::optional<SoundFormat> checked(SoundFormat format, std::optional<std::int32_
 }
 
 std::uint32_t encodedFormatID(std::uint32_t codec) {
-    switch (codec) {
-        case SPA_AUDIO_IEC958_CODEC_PCM:
-            return formatLinearPCM;
-        case SPA_AUDIO_IEC958_CODEC_AC3:
-            return fourCharCode("cac3");
-        case SPA_AUDIO_IEC958_CODEC_EAC3:
-            return fourCharCode("ec-3");
-        case SPA_AUDIO_IEC958_CODEC_DTS:
-            return fourCharCode("dtsc");
-        case SPA_AUDIO_IEC958_CODEC_DTSHD:
-            return fourCharCode("dtsh");
-        case SPA_AUDIO_IEC958_CODEC_TRUEHD:
-            return fourCharCode("mlpa");
-        case SPA_AUDIO_IEC958_CODEC_MPEG:
-            return fourCharCode(".mp2");
-        case SPA_AUDIO_IEC958_CODEC_MPEG2_AAC:
-            return fourCharCode("aac ");
-        default:
-            return fourCharCode("enco");
+    constexpr std::array<std::pair<std::uint32_t, std::uint32_t>, 8> rows = {{
+        {SPA_AUDIO_IEC958_CODEC_PCM, formatLinearPCM},
+        {SPA_AUDIO_IEC958_CODEC_AC3, fourCharCode("cac3")},
+        {SPA_AUDIO_IEC958_CODEC_EAC3, fourCharCode("ec-3")},
+        {SPA_AUDIO_IEC958_CODEC_DTS, fourCharCode("dtsc")},
+        {SPA_AUDIO_IEC958_CODEC_DTSHD, fourCharCode("dtsh")},
+        {SPA_AUDIO_IEC958_CODEC_TRUEHD, fourCharCode("mlpa")},
+        {SPA_AUDIO_IEC958_CODEC_MPEG, fourCharCode(".mp2")},
+        {SPA_AUDIO_IEC958_CODEC_MPEG2_AAC, fourCharCode("aac ")},
+    }};
+    for (const auto& [known, format] : rows) {
+        if (known == codec) return format;
     }
+    return fourCharCode("enco");
 }
 
 std::uint32_t formatID(const SoundFormat& format) {
