@@ -5,7 +5,7 @@
 #include "platform/linux/pipewire/hardware/answers.h"
 #include "platform/linux/pipewire/hardware/client_identity.h"
 #include "platform/linux/pipewire/hardware/object_ids.h"
-#include "platform/linux/pipewire/rules/hardware_sight.h"
+#include "platform/linux/pipewire/rules/card_facts.h"
 #include "platform/linux/pipewire/rules/records.h"
 
 namespace purlock::host_linux {
@@ -15,13 +15,7 @@ namespace purlock::host_linux {
 ///
 /// `connection` is the number of the connection on which the mirror was filled. Ids of objects that are no
 /// longer there are forgotten.
-Answers buildAnswers(const AudioGraph& graph, const HardwareSight& hardware, std::uint64_t connection,
+Answers buildAnswers(const AudioGraph& graph, const CardFacts& cards, std::uint64_t connection,
                      ClientIdentities& identities, ObjectIDs& ids);
-
-/// Whether a PCM is open in a process that is not part of the audio server.
-bool isTakenByAnother(const PcmView& pcm);
-
-/// Whether a program is a sound server, which mixes and converts for others.
-bool isSoundServer(const PcmOwner& owner);
 
 }  // namespace purlock::host_linux

@@ -18,14 +18,14 @@ std::optional<std::string> named(const std::string& text) {
 
 /// A process may be seen before its control group or its script says whose it is: one that nothing but itself
 /// names is asked for a few times.
-bool ClientIdentities::Known::isInDoubt() const {
+bool ClientIdentities::Known::isUnresolved() const {
     const bool isNamed = found.identity.bundleID && !found.isNamedByItself;
     return questions < (isNamed ? 1 : 4);
 }
 
-bool ClientIdentities::isAnyInDoubt() const {
+bool ClientIdentities::isAnyUnresolved() const {
     return std::any_of(known_.begin(), known_.end(),
-                       [](const auto& each) { return each.second.isInDoubt(); });
+                       [](const auto& each) { return each.second.isUnresolved(); });
 }
 
 const ClientIdentity& ClientIdentities::identityOf(const ClientRecord& client, const NodeProperties& stream) {
@@ -33,7 +33,7 @@ const ClientIdentity& ClientIdentities::identityOf(const ClientRecord& client, c
     if (known.properties != client.properties || known.streamApplication != stream.application) {
         known.questions = 0;
     }
-    if (!known.isInDoubt()) return known.found.identity;
+    if (!known.isUnresolved()) return known.found.identity;
     known = {client.properties, stream.application, find(client.properties, stream), known.questions + 1};
     return known.found.identity;
 }

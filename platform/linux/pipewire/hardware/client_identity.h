@@ -29,8 +29,8 @@ class ClientIdentities {
     /// `stream` is one of the client's nodes. The identity of a client is kept until its properties change.
     const ClientIdentity& identityOf(const ClientRecord& client, const NodeProperties& stream);
 
-    /// Whether some client's application was not to be told yet, but may be when it is asked for again.
-    bool isAnyInDoubt() const;
+    /// Whether some client's application is not known yet, but may be when it is asked for again.
+    bool isAnyUnresolved() const;
 
     /// The application behind any process; not kept.
     std::optional<std::string> bundleIDOfProcess(std::int32_t process);
@@ -50,7 +50,7 @@ class ClientIdentities {
         Found found;
         int questions = 0;
 
-        bool isInDoubt() const;
+        bool isUnresolved() const;
     };
 
     Found find(const ClientProperties& client, const NodeProperties& stream);

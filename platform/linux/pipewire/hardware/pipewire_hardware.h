@@ -8,6 +8,8 @@
 
 namespace purlock::host_linux {
 
+class AnswerPublisher;
+
 /// The audio hardware layer over a PipeWire server, as clients see it from version 0.3.65 on.
 ///
 /// Owned by the host. It has one connection and one loop thread; every read is answered from the last
@@ -49,9 +51,7 @@ class PipeWireHardware final : public AudioHardware {
                                                const ListenerBlock& block) override;
 
   private:
-    class Worker;
-
-    const std::unique_ptr<Worker> worker_;
+    const std::unique_ptr<AnswerPublisher> publisher_;
 };
 
 }  // namespace purlock::host_linux

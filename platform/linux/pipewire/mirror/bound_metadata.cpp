@@ -1,87 +1,73 @@
 #include "platform/linux/pipewire/mirror/bound_metadata.h"
 
-#include <cstring>
 #include <string_view>
 #include <utility>
 
-#include "platform/linux/pipewire/mirror/bound_node.h"
 #include "platform/linux/pipewire/rules/metadata_text.h"
 
 namespace purlock::host_linux {
 
 namespace {
 
-constexpr std::size_t longestValue = std::size_t{16} * 1024;
-
 /// An absent key means every key, an absent value that the key was removed.
 bool concerns(const char* key, std::string_view wanted) {
     return key == nullptr || key == wanted;
 }
 
-std::string_view boundedValue(const char* value) {
-    return value == nullptr ? std::string_view() : std::string_view(value, ::strnlen(value, longestValue));
-}
-
 }  // namespace
 
-const pw_metadata_events BoundObjects::Metadata::events = {
-    .version = PW_VERSION_METADATA_EVENTS,
-    .property = [](void* data, std::uint32_t subject, const char* key, const char*,
-                   const char* value) { return static_cast<Metadata*>(data)->told(subject, key, value); },
-};
+const pw_metadata_events BoundMetadata::events = {.version = PW_VERSION_METADATA_EVENTS,
+                                                  .property = event<&BoundMetadata::property>};
 
-BoundObjects::Metadata::Metadata(BoundObjects& objects, std::uint32_t id, Kind kind)
-    : objects_(objects),
+BoundMetadata::BoundMetadata(const BindContext& context, std::uint32_t id, Kind kind,
+                             std::function<void()> settingsChanged)
+    : context_(context),
       kind_(kind),
-      wholeFrom_(objects.owner_.nextSync()),
-      proxy_(static_cast<pw_proxy*>(pw_registry_bind(objects.owner_.registry(), id,
-                                                     PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, 0))) {
+      settingsChanged_(std::move(settingsChanged)),
+      proxy_(bind(context.registry, id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA)) {
+    if (kind == Kind::defaults) defaultDue_ = context.sync.next();
     auto* const metadata = reinterpret_cast<pw_metadata*>(proxy_.get());
     if (metadata != nullptr) pw_metadata_add_listener(metadata, listener_.hook(), &events, this);
 }
 
-int BoundObjects::Metadata::told(std::uint32_t subject, const char* key, const char* value) {
+int BoundMetadata::property(std::uint32_t subject, const char* key, const char*, const char* value) {
     if (subject != PW_ID_CORE) return 0;
-    if (kind_ == Kind::defaults) setDefault(key, value);
-    if (kind_ == Kind::settings) setSetting(key, value);
+    if (kind_ == Kind::settings) {
+        setSetting(key, value);
+    } else if (concerns(key, "default.audio.sink")) {
+        defaultDue_.reset();
+        if (setDefaultName(nameFromMetadata(value != nullptr ? value : ""))) context_.sync.changed();
+    }
     return 0;
 }
 
-void BoundObjects::Metadata::forget() {
-    if (kind_ == Kind::settings) told(PW_ID_CORE, nullptr, nullptr);
+void BoundMetadata::removed() {
+    if (kind_ == Kind::settings) setSetting(nullptr, nullptr);
 }
 
-void BoundObjects::Metadata::setDefault(const char* key, const char* value) {
-    if (!concerns(key, "default.audio.sink")) return;
-    hasToldDefault_ = true;
-    setDefaultName(nameFromMetadata(boundedValue(value)));
+bool BoundMetadata::syncDone(std::uint64_t sync) {
+    if (!defaultDue_ || sync < *defaultDue_) return false;
+    defaultDue_.reset();
+    return setDefaultName(std::nullopt);
 }
 
-void BoundObjects::Metadata::setDefaultName(std::optional<std::string> name) {
-    std::optional<std::string>& known = objects_.owner_.mirror().defaultSinkName;
-    if (name == known) return;
+bool BoundMetadata::setDefaultName(std::optional<std::string> name) {
+    std::optional<std::string>& known = context_.graph.defaultSinkName;
+    if (name == known) return false;
     known = std::move(name);
-    objects_.owner_.changed();
+    return true;
 }
 
-void BoundObjects::Metadata::commit(std::uint64_t sync) {
-    if (isWhole_ || sync < wholeFrom_) return;
-    isWhole_ = true;
-    if (kind_ == Kind::defaults && !hasToldDefault_) setDefaultName(std::nullopt);
-}
-
-void BoundObjects::Metadata::setSetting(const char* key, const char* value) {
-    ServerSettings& settings = objects_.owner_.mirror().settings;
+void BoundMetadata::setSetting(const char* key, const char* value) {
+    ServerSettings& settings = context_.graph.settings;
     const ServerSettings before = settings;
-    const std::string_view text = boundedValue(value);
+    const std::string_view text = value != nullptr ? value : "";
     if (concerns(key, "clock.rate")) {
         settings.clockRate = rateFromMetadata(text).value_or(ServerSettings{}.clockRate);
     }
     if (concerns(key, "clock.force-rate")) settings.forcedRate = rateFromMetadata(text).value_or(0);
     if (concerns(key, "clock.allowed-rates")) settings.allowedRates = ratesFromMetadata(text);
-    if (settings == before) return;
-    for (const auto& [id, node] : objects_.nodes_) node->choosePreferred();
-    objects_.owner_.changed();
+    if (settings != before) settingsChanged_();
 }
 
 }  // namespace purlock::host_linux

@@ -1,42 +1,43 @@
 #pragma once
 
+#include <pipewire/extensions/metadata.h>
+
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
-#include "platform/linux/pipewire/mirror/bound_objects.h"
+#include "platform/linux/pipewire/mirror/bind_context.h"
 
 namespace purlock::host_linux {
 
 /// One of the two stores that the mirror follows: the session manager's "default" and the server's
-/// "settings".
-class BoundObjects::Metadata {
+/// "settings". The loop's thread.
+class BoundMetadata {
   public:
     enum class Kind { defaults, settings };
 
-    Metadata(BoundObjects& objects, std::uint32_t id, Kind kind);
+    BoundMetadata(const BindContext& context, std::uint32_t id, Kind kind,
+                  std::function<void()> settingsChanged);
 
     /// The store is gone. No setting of it holds any more. The last defaults stand until another session
     /// manager tells its own.
-    void forget();
+    void removed();
 
-    /// The server has answered the sync of this number. The first answer that was asked for after the binding
-    /// comes when the store has told everything: a key that it has not told by then is not there.
-    void commit(std::uint64_t sync);
+    /// The sync of this number is done; whether that has changed the mirror.
+    bool syncDone(std::uint64_t sync);
 
   private:
-    int told(std::uint32_t subject, const char* key, const char* value);
-    void setDefault(const char* key, const char* value);
-    void setDefaultName(std::optional<std::string> name);
+    int property(std::uint32_t subject, const char* key, const char*, const char* value);
+    bool setDefaultName(std::optional<std::string> name);
     void setSetting(const char* key, const char* value);
 
     static const pw_metadata_events events;
 
-    BoundObjects& objects_;
+    const BindContext context_;
     const Kind kind_;
-    const std::uint64_t wholeFrom_;
-    bool isWhole_ = false;
-    bool hasToldDefault_ = false;
+    const std::function<void()> settingsChanged_;
+    std::optional<std::uint64_t> defaultDue_;  // a default that is not told by this sync is not there
     Proxy proxy_;
     Listener listener_;
 };

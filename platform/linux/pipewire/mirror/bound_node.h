@@ -6,8 +6,9 @@
 #include <optional>
 #include <vector>
 
-#include "platform/linux/pipewire/mirror/bound_objects.h"
-#include "platform/linux/pipewire/rules/seen_clock.h"
+#include "platform/linux/pipewire/mirror/bind_context.h"
+#include "platform/linux/pipewire/rules/node_clock.h"
+#include "platform/linux/pipewire/rules/profile_pod.h"
 
 namespace purlock::host_linux {
 
@@ -15,27 +16,28 @@ namespace purlock::host_linux {
 /// its converter does.
 ///
 /// A parameter has no event for its disappearance: the node tells that it has changed, and it is then listed
-/// anew. The old value stays until the new list is whole.
-class BoundObjects::Node {
+/// anew. The old value stays until the new list is whole. The loop's thread.
+class BoundNode {
   public:
-    Node(Owner& owner, std::uint32_t id, std::uint64_t serial);
+    /// The node of this serial has a record in the graph, for as long as this lives.
+    BoundNode(const BindContext& context, std::uint64_t serial);
 
-    /// Takes over the lists that are whole once the sync of this number is answered.
-    void commit(std::uint64_t sync);
+    std::uint64_t serial() const { return serial_; }
+
+    /// The sync of this number is done. The lists that were asked for before it are whole and count now.
+    void syncDone(std::uint64_t sync);
 
     /// The default rate may have changed, and with it what the node would be opened with.
     void choosePreferred();
 
-    /// Whether the rate, or whose clock it is, is news.
-    bool sawClock(const GraphClock& clock);
-
-    std::uint64_t serial() const { return serial_; }
+    /// A cycle of its graph. Whether the rate, or whose clock it is, is news.
+    bool clockCycle(const GraphClock& clock);
 
   private:
     using PodBytes = std::vector<std::byte>;
 
     /// The values of one parameter.
-    struct Parameter {
+    struct Param {
         std::uint32_t id;
         std::optional<std::uint32_t> flags;    // as last told; they flip with each change
         std::optional<std::uint64_t> dueSync;  // a list is arriving, and whole at this sync
@@ -44,22 +46,22 @@ class BoundObjects::Node {
         std::vector<PodBytes> values;
     };
 
-    void informed(const pw_node_info& info);
-    void told(int sequence, std::uint32_t id, const spa_pod* pod);
-    bool list(Parameter& parameter, std::uint32_t flags);
-    void take(const Parameter& parameter);
-    bool setState(NodeRecord& node, NodeState state);
-    NodeRecord* record();
+    void info(const pw_node_info* info);
+    void param(int sequence, std::uint32_t id, std::uint32_t, std::uint32_t, const spa_pod* pod);
+    bool enumerate(Param& param, std::uint32_t flags);
+    void use(const Param& param);
+    bool setState(NodeState state);
 
     static const pw_node_events events;
 
-    Owner& owner_;
+    const BindContext context_;
     const std::uint64_t serial_;
+    NodeRecord& record_;
     Proxy proxy_;
     Listener listener_;
-    std::array<Parameter, 4> parameters_;
-    bool isInformed_ = false;
-    SeenClock clock_;
+    std::array<Param, 4> params_;
+    bool hasInfo_ = false;
+    NodeClock clock_;
 };
 
 }  // namespace purlock::host_linux

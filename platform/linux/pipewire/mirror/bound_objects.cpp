@@ -1,10 +1,7 @@
 #include "platform/linux/pipewire/mirror/bound_objects.h"
 
-#include <string_view>
 #include <utility>
 
-#include "platform/linux/pipewire/mirror/bound_metadata.h"
-#include "platform/linux/pipewire/mirror/bound_node.h"
 #include "platform/linux/pipewire/rules/dictionaries.h"
 
 namespace purlock::host_linux {
@@ -25,88 +22,13 @@ bool hasRoom(const Map& map) {
 
 }  // namespace
 
-/// A sound card or the like; only its dictionary matters.
-class BoundObjects::Device {
-  public:
-    Device(Owner& owner, std::uint32_t id)
-        : owner_(owner),
-          id_(id),
-          proxy_(static_cast<pw_proxy*>(
-              pw_registry_bind(owner.registry(), id, PW_TYPE_INTERFACE_Device, PW_VERSION_DEVICE, 0))) {
-        auto* const device = reinterpret_cast<pw_device*>(proxy_.get());
-        if (device != nullptr) pw_device_add_listener(device, listener_.hook(), &events, this);
-    }
-
-  private:
-    void informed(const pw_device_info& info) {
-        if ((info.change_mask & PW_DEVICE_CHANGE_MASK_PROPS) == 0) return;
-        owner_.mirror().devices[id_] = deviceProperties(info.props);
-        owner_.changed();
-    }
-
-    static const pw_device_events events;
-
-    Owner& owner_;
-    const std::uint32_t id_;
-    Proxy proxy_;
-    Listener listener_;
-};
-
-const pw_device_events BoundObjects::Device::events = {
-    .version = PW_VERSION_DEVICE_EVENTS,
-    .info =
-        [](void* data, const pw_device_info* info) {
-            if (info != nullptr) static_cast<Device*>(data)->informed(*info);
-        },
-};
-
-/// A program that is connected to the server; only its dictionary matters.
-class BoundObjects::Client {
-  public:
-    Client(Owner& owner, std::uint32_t id)
-        : owner_(owner),
-          id_(id),
-          proxy_(static_cast<pw_proxy*>(
-              pw_registry_bind(owner.registry(), id, PW_TYPE_INTERFACE_Client, PW_VERSION_CLIENT, 0))) {
-        auto* const client = reinterpret_cast<pw_client*>(proxy_.get());
-        if (client != nullptr) pw_client_add_listener(client, listener_.hook(), &events, this);
-    }
-
-  private:
-    void informed(const pw_client_info& info) {
-        if ((info.change_mask & PW_CLIENT_CHANGE_MASK_PROPS) == 0) return;
-        owner_.mirror().clients[id_].properties = clientProperties(info.props);
-        owner_.changed();
-    }
-
-    static const pw_client_events events;
-
-    Owner& owner_;
-    const std::uint32_t id_;
-    Proxy proxy_;
-    Listener listener_;
-};
-
-const pw_client_events BoundObjects::Client::events = {
-    .version = PW_VERSION_CLIENT_EVENTS,
-    .info =
-        [](void* data, const pw_client_info* info) {
-            if (info != nullptr) static_cast<Client*>(data)->informed(*info);
-        },
-};
-
-BoundObjects::BoundObjects(Owner& owner) : owner_(owner) {}
-
-BoundObjects::~BoundObjects() = default;
-
-bool BoundObjects::add(std::uint32_t id, const char* type, std::uint32_t, const spa_dict* properties) {
-    const std::string_view kind = type;
-    if (kind == PW_TYPE_INTERFACE_Node) return addNode(id, properties);
-    if (kind == PW_TYPE_INTERFACE_Device) return addDevice(id, properties);
-    if (kind == PW_TYPE_INTERFACE_Client) return addClient(id, properties);
-    if (kind == PW_TYPE_INTERFACE_Link) return addLink(id, properties);
-    if (kind == PW_TYPE_INTERFACE_Port) return addPort(id, properties);
-    if (kind == PW_TYPE_INTERFACE_Metadata) return addMetadata(id, properties);
+bool BoundObjects::add(std::uint32_t id, std::string_view type, const spa_dict* properties) {
+    if (type == PW_TYPE_INTERFACE_Node) return addNode(id, properties);
+    if (type == PW_TYPE_INTERFACE_Device) return addDevice(id, properties);
+    if (type == PW_TYPE_INTERFACE_Client) return addClient(id, properties);
+    if (type == PW_TYPE_INTERFACE_Link) return addLink(id, properties);
+    if (type == PW_TYPE_INTERFACE_Port) return addPort(id, properties);
+    if (type == PW_TYPE_INTERFACE_Metadata) return addMetadata(id, properties);
     return false;
 }
 
@@ -119,77 +41,94 @@ bool BoundObjects::addNode(std::uint32_t id, const spa_dict* properties) {
     if (!isSoundClass(dictionaryText(properties, "media.class")) || !hasRoom(nodes_)) return false;
     remove(id);
     const std::uint64_t serial = serialOf(properties);
-    NodeRecord& record = owner_.mirror().nodes[serial];
+    if (context_.graph.nodes.contains(serial)) return false;
+    NodeRecord& record = context_.graph.nodes[serial];
     record.id = id;
     record.properties = nodeProperties(properties);
     record.isArriving = true;
-    nodes_[id] = std::make_unique<Node>(owner_, id, serial);
+    nodes_[id] = std::make_unique<BoundNode>(context_, serial);
     return true;
 }
 
 bool BoundObjects::addDevice(std::uint32_t id, const spa_dict* properties) {
     if (!isSoundClass(dictionaryText(properties, "media.class")) || !hasRoom(devices_)) return false;
-    owner_.mirror().devices[id] = deviceProperties(properties);
-    devices_[id] = std::make_unique<Device>(owner_, id);
+    context_.graph.devices[id] = deviceProperties(properties);
+    devices_[id] = std::make_unique<BoundDictionary>(context_.registry, id, BoundDictionary::Kind::device,
+                                                     [this, id](const spa_dict* told) {
+                                                         context_.graph.devices[id] = deviceProperties(told);
+                                                         context_.sync.changed();
+                                                     });
     return true;
 }
 
 bool BoundObjects::addClient(std::uint32_t id, const spa_dict* properties) {
     if (!hasRoom(clients_)) return false;
-    owner_.mirror().clients[id] = {serialOf(properties), clientProperties(properties)};
-    clients_[id] = std::make_unique<Client>(owner_, id);
+    context_.graph.clients[id] = {serialOf(properties), clientProperties(properties)};
+    clients_[id] = std::make_unique<BoundDictionary>(
+        context_.registry, id, BoundDictionary::Kind::client, [this, id](const spa_dict* told) {
+            context_.graph.clients[id].properties = clientProperties(told);
+            context_.sync.changed();
+        });
     return true;
 }
 
 bool BoundObjects::addLink(std::uint32_t id, const spa_dict* properties) {
     const auto link = linkRecord(properties);
-    if (!link || !hasRoom(owner_.mirror().links)) return false;
-    owner_.mirror().links[id] = *link;
+    if (!link || !hasRoom(context_.graph.links)) return false;
+    context_.graph.links[id] = *link;
     return true;
 }
 
 /// Only the dictionary of a port is of interest, and the registry tells that.
 bool BoundObjects::addPort(std::uint32_t id, const spa_dict* properties) {
     auto port = portRecord(properties);
-    if (!port || !nodes_.contains(port->node) || owner_.mirror().ports.size() >= mostPorts) return false;
-    owner_.mirror().ports[id] = std::move(*port);
+    if (!port || !nodes_.contains(port->node) || context_.graph.ports.size() >= mostPorts) return false;
+    context_.graph.ports[id] = std::move(*port);
     return true;
 }
 
 bool BoundObjects::addMetadata(std::uint32_t id, const spa_dict* properties) {
     const std::string name = dictionaryText(properties, "metadata.name");
     if (name != "default" && name != "settings") return false;
-    const auto kind = name == "default" ? Metadata::Kind::defaults : Metadata::Kind::settings;
     if (!hasRoom(metadata_)) return false;
-    metadata_[id] = std::make_unique<Metadata>(*this, id, kind);
+    const auto kind = name == "default" ? BoundMetadata::Kind::defaults : BoundMetadata::Kind::settings;
+    metadata_[id] = std::make_unique<BoundMetadata>(context_, id, kind, [this] { settingsChanged(); });
     return true;
 }
 
+void BoundObjects::settingsChanged() {
+    for (const auto& [id, node] : nodes_) node->choosePreferred();
+    context_.sync.changed();
+}
+
 bool BoundObjects::remove(std::uint32_t id) {
-    AudioGraph& mirror = owner_.mirror();
+    AudioGraph& graph = context_.graph;
     if (const auto node = nodes_.find(id); node != nodes_.end()) {
-        mirror.nodes.erase(node->second->serial());
+        const std::uint64_t serial = node->second->serial();
         nodes_.erase(node);
+        graph.nodes.erase(serial);
         return true;
     }
-    std::size_t removed = mirror.links.erase(id) + mirror.ports.erase(id);
-    if (devices_.erase(id) > 0) removed += mirror.devices.erase(id);
-    if (clients_.erase(id) > 0) removed += mirror.clients.erase(id);
+    std::size_t removed = graph.links.erase(id) + graph.ports.erase(id);
+    if (devices_.erase(id) > 0) removed += graph.devices.erase(id);
+    if (clients_.erase(id) > 0) removed += graph.clients.erase(id);
     if (const auto store = metadata_.find(id); store != metadata_.end()) {
-        store->second->forget();
+        store->second->removed();
         removed += metadata_.erase(id);
     }
     return removed > 0;
 }
 
-void BoundObjects::commit(std::uint64_t sync) {
-    for (const auto& [id, node] : nodes_) node->commit(sync);
-    for (const auto& [id, store] : metadata_) store->commit(sync);
+bool BoundObjects::syncDone(std::uint64_t sync) {
+    bool isNews = false;
+    for (const auto& [id, node] : nodes_) node->syncDone(sync);
+    for (const auto& [id, store] : metadata_) isNews = store->syncDone(sync) || isNews;
+    return isNews;
 }
 
-bool BoundObjects::sawClock(std::uint32_t node, const GraphClock& clock) {
+bool BoundObjects::clockCycle(std::uint32_t node, const GraphClock& clock) {
     const auto found = nodes_.find(node);
-    return found != nodes_.end() && found->second->sawClock(clock);
+    return found != nodes_.end() && found->second->clockCycle(clock);
 }
 
 }  // namespace purlock::host_linux

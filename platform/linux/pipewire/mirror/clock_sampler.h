@@ -8,10 +8,13 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "platform/linux/pipewire/mirror/handles.h"
+#include "platform/linux/pipewire/rules/check_up_schedule.h"
 #include "platform/linux/pipewire/rules/profile_pod.h"
+#include "platform/linux/pipewire/rules/records.h"
 
 namespace purlock::host_linux {
 
@@ -32,20 +35,30 @@ class ClockSampler {
     void setProfiler(std::uint32_t id);
     void removeProfiler(std::uint32_t id);
 
+    /// The graph has changed. Samples if that may have moved a clock.
+    void follow(const AudioGraph& graph);
+
+    /// One of the check-ups while something plays. Samples one report, at some of them.
+    void checkUp();
+
     /// Listens for a while, once the graph has had the time to change its rate: the first report comes at
     /// once, and the next a second later. Anew if it listens already.
     void sample();
 
     /// Listens until the next report, and no longer than `sample` does.
-    void glance();
+    void sampleOnce();
 
     /// Whether it listens or is about to.
-    bool isSampling() const { return wanted_; }
+    bool isSampling() const { return sampling_ != Sampling::off; }
 
-    /// Whether the server has a profiler.
-    bool isAbleTo() const { return profiler_.has_value(); }
+    bool hasProfiler() const { return profiler_.has_value(); }
+
+    /// A cycle after this time has the rate that the last change has led to. Monotonic clock, ns.
+    std::int64_t settledFrom() const;
 
   private:
+    enum class Sampling { off, oneReport, forAWhile };
+
     /// Ends the listening before the proxy.
     struct Listening {
         Proxy proxy;
@@ -54,19 +67,21 @@ class ClockSampler {
 
     void begin();
     void end();
-    void reported(const spa_pod* pod);
+    void profile(const spa_pod* pod);
 
     static const pw_profiler_events events;
 
     pw_registry* const registry_;
     const Observer observer_;
     std::optional<std::uint32_t> profiler_;
-    bool wanted_ = false;
-    bool isGlance_ = false;
+    Sampling sampling_ = Sampling::off;
     std::optional<Listening> listening_;
+    std::string influences_;      // everything that the clocks may follow
+    std::int64_t changedAt_ = 0;  // the influences; monotonic clock, ns
+    CheckUpSchedule schedule_;
     LoopTimer begin_;
     LoopTimer end_;
-    LoopTimer glanced_;  // a proxy must not end within its own event
+    LoopTimer reported_;  // a proxy must not end within its own event
 };
 
 }  // namespace purlock::host_linux

@@ -1,11 +1,9 @@
 #include "platform/linux/pipewire/mirror/defaults_probe.h"
 
-#include <cstring>
 #include <string_view>
 #include <utility>
 
 #include "base/identity.h"
-#include "platform/linux/pipewire/mirror/registry_handle.h"
 #include "platform/linux/pipewire/rules/dictionaries.h"
 #include "platform/linux/pipewire/rules/metadata_text.h"
 
@@ -14,7 +12,6 @@ namespace purlock::host_linux {
 namespace {
 
 constexpr std::chrono::milliseconds longestWait{3000};
-constexpr std::size_t longestValue = std::size_t{16} * 1024;
 
 }  // namespace
 
@@ -33,26 +30,24 @@ class DefaultsProbe::Question {
     }
 
   private:
-    void found(std::uint32_t id, std::string_view type, const spa_dict* properties) {
-        if (store_ || type != PW_TYPE_INTERFACE_Metadata) return;
+    void global(std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
+                const spa_dict* properties) {
+        if (store_ || type == nullptr || std::string_view(type) != PW_TYPE_INTERFACE_Metadata) return;
         if (dictionaryText(properties, "metadata.name") != "default") return;
-        store_.reset(static_cast<pw_proxy*>(
-            pw_registry_bind(registry_.get(), id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, 0)));
+        store_ = bind(registry_.get(), id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA);
         auto* const metadata = reinterpret_cast<pw_metadata*>(store_.get());
         if (metadata != nullptr) {
             pw_metadata_add_listener(metadata, storeListener_.hook(), &storeEvents, this);
         }
     }
 
-    int told(std::uint32_t subject, const char* key, const char* value) {
-        if (subject != PW_ID_CORE || key == nullptr || std::string_view(key) != "default.audio.sink") {
-            return 0;
-        }
-        if (value != nullptr) name_ = nameFromMetadata({value, ::strnlen(value, longestValue)});
+    int property(std::uint32_t subject, const char* key, const char*, const char* value) {
+        const bool isDefault = key != nullptr && std::string_view(key) == "default.audio.sink";
+        if (subject == PW_ID_CORE && isDefault && value != nullptr) name_ = nameFromMetadata(value);
         return 0;
     }
 
-    void synced() {
+    void done(std::uint32_t, int) {
         if (std::exchange(isListed_, true)) {
             probe_.answered(std::move(name_));
         } else if (store_) {
@@ -75,25 +70,14 @@ class DefaultsProbe::Question {
     std::optional<std::string> name_;
 };
 
-const pw_core_events DefaultsProbe::Question::coreEvents = {
-    .version = PW_VERSION_CORE_EVENTS,
-    .done = [](void* data, std::uint32_t, int) { static_cast<Question*>(data)->synced(); },
-};
+const pw_core_events DefaultsProbe::Question::coreEvents = {.version = PW_VERSION_CORE_EVENTS,
+                                                            .done = event<&Question::done>};
 
-const pw_registry_events DefaultsProbe::Question::registryEvents = {
-    .version = PW_VERSION_REGISTRY_EVENTS,
-    .global =
-        [](void* data, std::uint32_t id, std::uint32_t, const char* type, std::uint32_t,
-           const spa_dict* properties) {
-            if (type != nullptr) static_cast<Question*>(data)->found(id, type, properties);
-        },
-};
+const pw_registry_events DefaultsProbe::Question::registryEvents = {.version = PW_VERSION_REGISTRY_EVENTS,
+                                                                    .global = event<&Question::global>};
 
-const pw_metadata_events DefaultsProbe::Question::storeEvents = {
-    .version = PW_VERSION_METADATA_EVENTS,
-    .property = [](void* data, std::uint32_t subject, const char* key, const char*,
-                   const char* value) { return static_cast<Question*>(data)->told(subject, key, value); },
-};
+const pw_metadata_events DefaultsProbe::Question::storeEvents = {.version = PW_VERSION_METADATA_EVENTS,
+                                                                 .property = event<&Question::property>};
 
 DefaultsProbe::DefaultsProbe(pw_context* context, pw_loop* loop, Observer observer)
     : context_(context),

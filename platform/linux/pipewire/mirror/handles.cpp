@@ -5,6 +5,10 @@
 
 namespace purlock::host_linux {
 
+Proxy bind(pw_registry* registry, std::uint32_t id, const char* type, std::uint32_t version) {
+    return Proxy(static_cast<pw_proxy*>(pw_registry_bind(registry, id, type, version, 0)));
+}
+
 LoopTimer::LoopTimer(pw_loop* loop, Action action) : LoopSource(loop, std::move(action)) {
     const auto fire = [](void* data, std::uint64_t) {
         auto& timer = *static_cast<LoopTimer*>(data);

@@ -43,6 +43,16 @@ using Core = std::unique_ptr<pw_core, HandleDeleter<&pw_core_disconnect>>;
 /// This side's stand-in for one object of the server.
 using Proxy = std::unique_ptr<pw_proxy, HandleDeleter<&pw_proxy_destroy>>;
 
+struct RegistryDeleter {
+    void operator()(pw_registry* registry) const { pw_proxy_destroy(reinterpret_cast<pw_proxy*>(registry)); }
+};
+
+/// This side's stand-in for a server's list of objects.
+using Registry = std::unique_ptr<pw_registry, RegistryDeleter>;
+
+/// Null when the connection is broken.
+Proxy bind(pw_registry* registry, std::uint32_t id, const char* type, std::uint32_t version);
+
 /// A registration of callbacks. It must neither move nor outlive the object that it is registered with, so
 /// owners declare it after that object's handle.
 class Listener {
@@ -60,17 +70,19 @@ class Listener {
     spa_hook hook_{};
 };
 
-/// Keeps a loop from running callbacks while another thread touches what belongs to it.
-class LoopLock {
-  public:
-    explicit LoopLock(pw_thread_loop* loop) : loop_(loop) { pw_thread_loop_lock(loop_); }
-    ~LoopLock() { pw_thread_loop_unlock(loop_); }
-    LoopLock(const LoopLock&) = delete;
-    LoopLock& operator=(const LoopLock&) = delete;
+template <auto method>
+struct EventMethod;
 
-  private:
-    pw_thread_loop* const loop_;
+template <typename Object, typename Result, typename... Arguments, Result (Object::*method)(Arguments...)>
+struct EventMethod<method> {
+    static Result call(void* data, Arguments... arguments) {
+        return (static_cast<Object*>(data)->*method)(arguments...);
+    }
 };
+
+/// A callback for a table of events. It calls a method of the object that the listener was added with.
+template <auto method>
+constexpr auto event = &EventMethod<method>::call;
 
 /// A source of callbacks in a loop; the action runs on the loop's thread until the source is destroyed.
 class LoopSource {

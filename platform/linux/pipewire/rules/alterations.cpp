@@ -13,21 +13,13 @@ namespace purlock::host_linux {
 
 namespace {
 
-bool isSink(const NodeRecord& node) {
-    return node.properties.role == NodeRole::sink || node.properties.role == NodeRole::duplex;
-}
-
-bool isStream(const NodeRecord& node) {
-    return node.properties.role == NodeRole::outputStream;
-}
-
 /// A filter shows its controls or names its module; what is neither a sink nor a stream is a program that
 /// takes sound in and gives sound out. Loopbacks and combined sinks hand on what they get. A card's controls
 /// are the settings of its driver.
 bool isFilter(const NodeRecord& node) {
     const std::string_view group = node.properties.linkGroup;
     if (node.properties.isJack) return true;  // behind another node it works on that one's sound
-    if (!isSink(node) && !isStream(node)) return group.empty();
+    if (!node.properties.isSink() && !node.properties.isStream()) return group.empty();
     const bool hasControls = node.mixing.hasControls && !node.properties.device;
     return hasControls || group.starts_with("filter-chain") || group.starts_with("echo-cancel");
 }
@@ -35,8 +27,8 @@ bool isFilter(const NodeRecord& node) {
 class PathReader {
   public:
     PathReader(const PlayingPath& path, const std::vector<PlayingPath>& playing, const AudioGraph& graph,
-               const HardwareSight& hardware)
-        : path_(path), playing_(playing), graph_(graph), hardware_(hardware) {}
+               const CardFacts& cards)
+        : path_(path), playing_(playing), graph_(graph), cards_(cards) {}
 
     std::vector<Alteration> read() {
         addStreamGain(*path_.nodes.front(), path_.application);
@@ -59,8 +51,8 @@ class PathReader {
         const NodeRecord& node = *path_.nodes[at];
         const std::string name = nameOf(node.properties);
         if (isFilter(node)) addFilter(name);
-        if (isStream(node)) addStreamGain(node, name);
-        if (!isSink(node)) return;
+        if (node.properties.isStream()) addStreamGain(node, name);
+        if (!node.properties.isSink()) return;
         const bool isMonitored = at + 1 < path_.nodes.size() && !handsOnConverted(node, *path_.nodes[at + 1]);
         if (!isMonitored || node.mixing.reachesMonitor) addDeviceGain(node, name);
         if (isMonitored) return;
@@ -77,8 +69,8 @@ class PathReader {
     /// PCMs that open the hardware go past the library's volume.
     double libraryVolume(const NodeRecord& sink) const {
         if (!sink.properties.pcm || !sink.properties.hasLibraryVolume) return 1;
-        const auto found = hardware_.libraryVolumes.find(sink.properties.pcm->card);
-        return found == hardware_.libraryVolumes.end() ? 1 : found->second;
+        const auto found = cards_.libraryVolumes.find(sink.properties.pcm->card);
+        return found == cards_.libraryVolumes.end() ? 1 : found->second;
     }
 
     /// A filter's input and its output bear the same name.
@@ -106,7 +98,7 @@ class PathReader {
         for (std::size_t i = 0; i + 1 < path_.nodes.size(); ++i) {
             const NodeRecord& node = *path_.nodes[i];
             const NodeRecord& next = *path_.nodes[i + 1];
-            if (!isStream(node) || node.properties.isJack || !node.format) continue;
+            if (!node.properties.isStream() || node.properties.isJack || !node.format) continue;
             const ChannelPlaces& own = node.format->positions;
             const std::uint32_t count = node.format->channels;
             if (!own.empty() && !node.portPositions.empty() && !arriveInPlace(own, node.portPositions)) {
@@ -155,7 +147,7 @@ class PathReader {
     bool handsOnInPlace(std::size_t stream) const {
         if (stream == 0) return true;
         const NodeRecord& sink = *path_.nodes[stream - 1];
-        if (!isSink(sink) || !sink.format) return true;
+        if (!sink.properties.isSink() || !sink.format) return true;
         const ChannelPlaces& in = sink.format->positions;
         const ChannelPlaces& out = path_.nodes[stream]->format->positions;
         return in.size() <= out.size() && std::equal(in.begin(), in.end(), out.begin());
@@ -199,16 +191,16 @@ class PathReader {
     const PlayingPath& path_;
     const std::vector<PlayingPath>& playing_;
     const AudioGraph& graph_;
-    const HardwareSight& hardware_;
+    const CardFacts& cards_;
     std::vector<Alteration> found_;
 };
 
 }  // namespace
 
 std::vector<Alteration> alterationsOnPath(const PlayingPath& path, const std::vector<PlayingPath>& playing,
-                                          const AudioGraph& graph, const HardwareSight& hardware) {
+                                          const AudioGraph& graph, const CardFacts& cards) {
     if (path.nodes.size() < 2) return {};
-    return PathReader(path, playing, graph, hardware).read();
+    return PathReader(path, playing, graph, cards).read();
 }
 
 }  // namespace purlock::host_linux

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -51,6 +52,9 @@ struct NodeProperties {
     bool hasLibraryVolume = false;               // its PCM may go through the volume of ALSA's library
     bool isRouted = false;  // its device sets its volume, in the hardware as far as that can
     bool isJack = false;    // a client of the JACK library: ports of 32-bit float, no format
+
+    bool isSink() const { return role == NodeRole::sink || role == NodeRole::duplex; }
+    bool isStream() const { return role == NodeRole::outputStream; }
 
     bool operator==(const NodeProperties&) const = default;
 };
@@ -151,6 +155,8 @@ struct ServerSettings {
     /// The rate of a graph that nothing pulls elsewhere.
     std::uint32_t defaultRate() const { return forcedRate != 0 ? forcedRate : clockRate; }
 
+    bool allows(double rate) const { return std::ranges::find(allowedRates, rate) != allowedRates.end(); }
+
     bool operator==(const ServerSettings&) const = default;
 };
 
@@ -163,6 +169,11 @@ struct AudioGraph {
     std::map<std::uint32_t, PortRecord> ports;
     ServerSettings settings;
     std::optional<std::string> defaultSinkName;
+
+    bool isAnyRunning() const {
+        return std::ranges::any_of(nodes,
+                                   [](const auto& each) { return each.second.state == NodeState::running; });
+    }
 };
 
 }  // namespace purlock::host_linux

@@ -5,20 +5,12 @@
 
 namespace purlock::host_linux {
 
-namespace {
-
-bool takesSound(NodeRole role) {
-    return role == NodeRole::sink || role == NodeRole::duplex;
-}
-
-}  // namespace
-
 Routes::Routes(const AudioGraph& graph) : graph_(graph) {
     for (const auto& [serial, node] : graph.nodes) {
         serials_[node.id] = serial;
         if (node.properties.linkGroup.empty()) continue;
         Group& group = groups_[node.properties.linkGroup];
-        if (node.properties.role == NodeRole::outputStream) {
+        if (node.properties.isStream()) {
             group.outputs.push_back(serial);
         } else {
             group.hasInput = true;
@@ -42,7 +34,7 @@ bool Routes::isRelay(const NodeRecord& stream) const {
 
 std::size_t Routes::relayCount(const NodeRecord& node) const {
     const Group* const group = groupOf(node);
-    return group == nullptr || node.properties.role == NodeRole::outputStream ? 0 : group->outputs.size();
+    return group == nullptr || node.properties.isStream() ? 0 : group->outputs.size();
 }
 
 std::vector<std::uint64_t> Routes::nextFrom(const NodeRecord& node) const {
@@ -50,7 +42,7 @@ std::vector<std::uint64_t> Routes::nextFrom(const NodeRecord& node) const {
     const auto linked = followers_.find(node.id);
     if (linked != followers_.end()) next = linked->second;
     // A stream does not hand its sound to the other streams of its group.
-    if (node.properties.role == NodeRole::outputStream) return next;
+    if (node.properties.isStream()) return next;
     if (const Group* const group = groupOf(node)) {
         next.insert(next.end(), group->outputs.begin(), group->outputs.end());
     }
@@ -105,7 +97,7 @@ std::vector<std::uint64_t> Routes::endsOf(std::uint64_t sink) const {
 
 bool Routes::isSink(std::uint64_t serial) const {
     const auto node = graph_.nodes.find(serial);
-    return node != graph_.nodes.end() && takesSound(node->second.properties.role);
+    return node != graph_.nodes.end() && node->second.properties.isSink();
 }
 
 /// Hardware plays what it gets, also while another program listens to its monitor.

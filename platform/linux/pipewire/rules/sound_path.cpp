@@ -9,7 +9,7 @@ namespace {
 /// Whether the sound goes through the converter of the node at this place.
 bool isConvertedAt(const SoundPath& path, std::size_t at) {
     const NodeRecord& node = *path[at];
-    const bool isSink = node.properties.role != NodeRole::outputStream;
+    const bool isSink = !node.properties.isStream();
     return at + 1 == path.size() || !isSink || handsOnConverted(node, *path[at + 1]);
 }
 

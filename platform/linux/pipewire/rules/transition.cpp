@@ -25,7 +25,7 @@ Playing playingIn(const AudioGraph& graph) {
     Playing playing;
     for (const auto& [serial, node] : graph.nodes) {
         const NodeProperties& properties = node.properties;
-        if (properties.role != NodeRole::outputStream || routes.isRelay(node)) continue;
+        if (!properties.isStream() || routes.isRelay(node)) continue;
         if (node.state != NodeState::running) continue;
         const auto sinks = routes.sinksFrom(serial);
         // JACK's clients run whether they are connected or not, and have no format.
@@ -44,7 +44,7 @@ bool isAnythingElseRunning(const AudioGraph& graph, const Playing& playing) {
     return std::any_of(graph.nodes.begin(), graph.nodes.end(), [&playing](const auto& each) {
         const NodeRecord& node = each.second;
         if (node.state != NodeState::running || !node.properties.linkGroup.empty()) return false;
-        if (node.properties.role == NodeRole::outputStream) return false;
+        if (node.properties.isStream()) return false;
         return std::find(playing.sinks.begin(), playing.sinks.end(), &node) == playing.sinks.end();
     });
 }
@@ -54,14 +54,11 @@ std::optional<double> expectedClock(const AudioGraph& graph, const Playing& play
     const ServerSettings& settings = graph.settings;
     if (settings.forcedRate != 0) return settings.forcedRate;
     if (playing.forcesRate) return std::nullopt;
-    const auto& allowed = settings.allowedRates;
-    if (allowed.size() <= 1) return settings.clockRate;
+    if (settings.allowedRates.size() <= 1) return settings.clockRate;
     if (playing.streams != 1 || playing.rates.size() != 1) return std::nullopt;
     if (isAnythingElseRunning(graph, playing)) return std::nullopt;
     const double rate = *playing.rates.begin();
-    const bool isAllowed =
-        std::any_of(allowed.begin(), allowed.end(), [&](auto each) { return each == rate; });
-    return isAllowed ? std::optional(rate) : std::nullopt;
+    return settings.allows(rate) ? std::optional(rate) : std::nullopt;
 }
 
 }  // namespace

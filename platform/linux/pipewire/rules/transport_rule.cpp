@@ -75,7 +75,7 @@ bool isDisplayOutput(const NodeProperties& node) {
     return node.pcm && (contains(names, "hdmi") || contains(names, "displayport"));
 }
 
-std::uint32_t transportType(const NodeProperties& node, const TransportFacts& facts) {
+std::uint32_t transportCode(const NodeProperties& node, const TransportFacts& facts) {
     static const std::string none;
     const std::string& api = either(node.deviceApi, facts.device != nullptr ? facts.device->api : none);
     const std::string& bus = either(node.deviceBus, facts.device != nullptr ? facts.device->bus : none);

@@ -14,7 +14,7 @@ struct TransportFacts {
 };
 
 /// How a device is attached, as one of the hardware layer's codes; 0 for a way that it has no code for. Pure.
-std::uint32_t transportType(const NodeProperties& node, const TransportFacts& facts);
+std::uint32_t transportCode(const NodeProperties& node, const TransportFacts& facts);
 
 /// Whether the node is an HDMI or DisplayPort PCM, whose monitor is worth asking for. Pure.
 bool isDisplayOutput(const NodeProperties& node);

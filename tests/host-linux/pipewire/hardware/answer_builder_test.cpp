@@ -60,7 +60,7 @@ class AnswerBuilderTest : public testing::Test {
     static double virtualRate(const DeviceAnswers& device) { return device.virtualFormat->sampleRate; }
 
     AudioGraph graph;
-    HardwareSight hardware;
+    CardFacts hardware;
     std::uint64_t connection = 1;
     NoApplications applications;
     ClientIdentities identities{applications, "here"};
@@ -210,7 +210,7 @@ TEST_F(AnswerBuilderTest, AProgramThatHasTheHardwareToItself) {
     NodeRecord& sink = addSink(10, "sink", 48000);
     sink.properties.pcm = PcmAddress{1, 0, 0};
     addStream(20, 44100, NodeState::idle, 10);
-    PcmView& view = hardware.pcms[{1, 0, 0}];
+    PcmInfo& view = hardware.pcms[{1, 0, 0}];
     view.status = {PcmState::running, 77};
     view.parameters = HardwareParameters{s24, 96000, 2};
     view.owner = PcmOwner{70, "player"};

@@ -93,10 +93,10 @@ TEST(ClientIdentity, AnApplicationThatIsKnownLaterTakesThePlaceOfTheNameThatTheC
     ClientIdentities identities(applications, "here");
     const ClientRecord client{1, {.application = "python3", .connectedProcess = 500}};
     EXPECT_EQ(identities.identityOf(client, {}), (ClientIdentity{500, "python3"}));
-    EXPECT_TRUE(identities.isAnyInDoubt());
+    EXPECT_TRUE(identities.isAnyUnresolved());
     applications.isKnown = true;
     EXPECT_EQ(identities.identityOf(client, {}), (ClientIdentity{500, "org.example.Player"}));
-    EXPECT_FALSE(identities.isAnyInDoubt());
+    EXPECT_FALSE(identities.isAnyUnresolved());
 }
 
 }  // namespace

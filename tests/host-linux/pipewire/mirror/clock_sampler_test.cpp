@@ -94,16 +94,16 @@ TEST_F(ClockSamplerTest, HearsOfCyclesLongAfterAChange) {
     EXPECT_GE(reports.back().time - begin, 1s);
 }
 
-TEST_F(ClockSamplerTest, GlancesAtOneReport) {
-    sampler->glance();
+TEST_F(ClockSamplerTest, SamplesOneReport) {
+    sampler->sampleOnce();
     ASSERT_TRUE(runUntil([&] { return !reports.empty() && !sampler->isSampling(); }));
     EXPECT_EQ(reports.size(), 1U);
     EXPECT_TRUE(hearsOf(48000));
     const Moment begin = now();
     sampler->sample();
-    sampler->glance();
+    sampler->sampleOnce();
     EXPECT_TRUE(runUntil([&] { return !sampler->isSampling(); }));
-    EXPECT_GE(now() - begin, 1s) << "a glance does not cut a sampling short";
+    EXPECT_GE(now() - begin, 1s) << "one report does not cut a sampling short";
 }
 
 }  // namespace

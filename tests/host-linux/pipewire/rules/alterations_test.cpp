@@ -51,7 +51,7 @@ struct Scene : GraphWords {
         hardware.libraryVolumes[1] = 0.125;
     }
 
-    HardwareSight hardware;
+    CardFacts hardware;
 };
 
 using namespace alteration;

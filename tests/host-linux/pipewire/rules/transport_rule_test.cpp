@@ -85,7 +85,7 @@ TEST(TransportRule, Rows) {
         DeviceProperties device;
         if (row.device) device = deviceProperties(test::Dictionary(*row.device).get());
         const TransportFacts facts{row.device ? &device : nullptr, row.feedsSeveral, row.display};
-        EXPECT_EQ(transportType(node, facts), row.expected);
+        EXPECT_EQ(transportCode(node, facts), row.expected);
     }
 }
 

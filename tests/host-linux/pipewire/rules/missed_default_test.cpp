@@ -1,4 +1,4 @@
-#include "platform/linux/pipewire/rules/default_doubt.h"
+#include "platform/linux/pipewire/rules/missed_default.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +9,7 @@ namespace {
 
 using namespace purlock::test;
 
-TEST(DefaultDoubt, Rows) {
+TEST(MissedDefault, Rows) {
     struct Case {
         const char* name;
         const char* named;                 // empty for none
@@ -36,9 +36,9 @@ TEST(DefaultDoubt, Rows) {
             words.stream(++stream, "player", stereo(s16Layout, 48000));
             words.link(stream, sink);
         }
-        const DefaultDoubt doubt = defaultDoubt(words.graph);
-        EXPECT_EQ(doubt.sinks, row.expected);
-        EXPECT_EQ(doubt.isAny(), !row.expected.empty());
+        const auto missed = missedDefault(words.graph);
+        EXPECT_EQ(missed.has_value(), !row.expected.empty());
+        EXPECT_EQ(missed.value_or(MissedDefault{}).sinks, row.expected);
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,15 +11,14 @@ namespace purlock::host_linux {
 
 /// A sign that a change of the default device was missed: no application's stream leads to the named default,
 /// but some lead to other sinks. Or the user has moved them there.
-struct DefaultDoubt {
+struct MissedDefault {
     std::string named;
     std::vector<std::uint64_t> sinks;  // serials of those that streams lead to
 
-    bool isAny() const { return !sinks.empty(); }
-    bool operator==(const DefaultDoubt&) const = default;
+    bool operator==(const MissedDefault&) const = default;
 };
 
-/// Pure.
-DefaultDoubt defaultDoubt(const AudioGraph& graph);
+/// Absent where there is no such sign. Pure.
+std::optional<MissedDefault> missedDefault(const AudioGraph& graph);
 
 }  // namespace purlock::host_linux

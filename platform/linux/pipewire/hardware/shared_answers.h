@@ -8,8 +8,9 @@
 
 namespace purlock::host_linux {
 
-/// The picture that reads are answered from. The lock is held for the time of copying or swapping a pointer.
-class CurrentAnswers {
+/// The answers as last published, which PipeWire's loop and the readers share. The lock is held for the time
+/// of copying or swapping a pointer.
+class SharedAnswers {
   public:
     std::shared_ptr<const Answers> get() const {
         const std::lock_guard lock(mutex_);

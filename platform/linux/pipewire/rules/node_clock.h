@@ -11,7 +11,7 @@ namespace purlock::host_linux {
 /// The clock that drives one node, as far as it is known. Reports of its cycles come up to a second late. So
 /// a report of an earlier run of the node may come in a later one, when the clock has another rate. Owned by
 /// the node; times are of the monotonic clock, in ns.
-class SeenClock {
+class NodeClock {
   public:
     /// Hz; absent until it has been seen. An idle node keeps the last rate that was seen.
     std::optional<double> rate() const { return rate_; }
@@ -24,7 +24,7 @@ class SeenClock {
     }
 
     /// A cycle that the node took part in; whether the rate is news.
-    bool see(double rate, std::int64_t time) {
+    bool cycle(double rate, std::int64_t time) {
         if (isSuspended() || rate_ == rate) return false;
         if (state_ == NodeState::running && time <= stopped_) return false;
         rate_ = rate;
@@ -37,28 +37,6 @@ class SeenClock {
     NodeState state_ = NodeState::creating;
     std::optional<double> rate_;
     std::int64_t stopped_ = 0;  // the end of its last run
-};
-
-/// When to look for a change of the clocks that nothing has announced: at the first check-up after an
-/// announced one, then at growing distances.
-class GlanceSchedule {
-  public:
-    static constexpr int longestDistance = 8;  // check-ups
-
-    void begin() { *this = {}; }
-
-    /// Whether this check-up is one of them.
-    bool isDue() {
-        if (--left_ > 0) return false;
-        distance_ = distance_ == 0 ? 1 : distance_ * 2;
-        if (distance_ > longestDistance) distance_ = longestDistance;
-        left_ = distance_;
-        return true;
-    }
-
-  private:
-    int distance_ = 0;
-    int left_ = 0;
 };
 
 }  // namespace purlock::host_linux

@@ -1,4 +1,4 @@
-#include "platform/linux/pipewire/rules/seen_clock.h"
+#include "platform/linux/pipewire/rules/node_clock.h"
 
 #include <gtest/gtest.h>
 
@@ -26,7 +26,7 @@ struct Case {
     std::optional<double> rate;
 };
 
-TEST(SeenClock, IsThatOfThisRun) {
+TEST(NodeClock, IsThatOfThisRun) {
     const Case cases[] = {
         {"nothing was seen", {{1, running}}, {}},
         {"seen", {{1, running}, {2, {}, 44100}}, 44100},
@@ -44,37 +44,22 @@ TEST(SeenClock, IsThatOfThisRun) {
         {"a state that is told again", {{1, running}, {2, {}, 44100}, {3, running}}, 44100},
     };
     for (const Case& row : cases) {
-        SeenClock clock;
+        NodeClock clock;
         for (const Step& step : row.steps) {
             if (step.state) clock.changeState(*step.state, step.time);
-            if (!step.state) clock.see(step.rate, step.time);
+            if (!step.state) clock.cycle(step.rate, step.time);
         }
         EXPECT_EQ(clock.rate(), row.rate) << row.name;
     }
 }
 
-TEST(SeenClock, TellsWhetherARateIsNews) {
-    SeenClock clock;
-    EXPECT_FALSE(clock.see(44100, 1)) << "the node does not run";
+TEST(NodeClock, TellsWhetherARateIsNews) {
+    NodeClock clock;
+    EXPECT_FALSE(clock.cycle(44100, 1)) << "the node does not run";
     clock.changeState(running, 2);
-    EXPECT_TRUE(clock.see(44100, 3));
-    EXPECT_FALSE(clock.see(44100, 4));
-    EXPECT_TRUE(clock.see(48000, 5));
-}
-
-TEST(GlanceSchedule, GrowsToItsLongestDistance) {
-    GlanceSchedule schedule;
-    std::vector<int> due;
-    const auto checkUps = [&](int count) {
-        due.clear();
-        for (int i = 1; i <= count; ++i) {
-            if (schedule.isDue()) due.push_back(i);
-        }
-        return due;
-    };
-    EXPECT_EQ(checkUps(32), (std::vector{1, 2, 4, 8, 16, 24, 32}));
-    schedule.begin();
-    EXPECT_EQ(checkUps(4), (std::vector{1, 2, 4}));
+    EXPECT_TRUE(clock.cycle(44100, 3));
+    EXPECT_FALSE(clock.cycle(44100, 4));
+    EXPECT_TRUE(clock.cycle(48000, 5));
 }
 
 }  // namespace

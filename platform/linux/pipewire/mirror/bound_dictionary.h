@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "platform/linux/pipewire/mirror/handles.h"
+
+namespace purlock::host_linux {
+
+/// A device or a client, bound for its dictionary alone. The loop's thread.
+class BoundDictionary {
+  public:
+    enum class Kind { device, client };
+    using Observer = std::function<void(const spa_dict*)>;
+
+    BoundDictionary(pw_registry* registry, std::uint32_t id, Kind kind, Observer changed);
+
+  private:
+    void deviceInfo(const pw_device_info* info);
+    void clientInfo(const pw_client_info* info);
+
+    static const pw_device_events deviceEvents;
+    static const pw_client_events clientEvents;
+
+    const Observer changed_;
+    Proxy proxy_;
+    Listener listener_;
+};
+
+}  // namespace purlock::host_linux
