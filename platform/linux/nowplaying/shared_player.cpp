@@ -1,4 +1,4 @@
-#include "platform/linux/nowplaying/now_playing_shelf.h"
+#include "platform/linux/nowplaying/shared_player.h"
 
 #include <algorithm>
 #include <string_view>
@@ -24,7 +24,7 @@ std::optional<std::string> fileName(const PlayerTrack& track) {
     return name.empty() ? std::nullopt : std::optional(wellFormed(name));
 }
 
-std::optional<double> positionOf(const CurrentPlayer& player, NowPlayingShelf::Moment now) {
+std::optional<double> positionOf(const CurrentPlayer& player, SharedPlayer::Moment now) {
     auto position = player.clock.positionAt(now);
     if (position && player.track.durationSeconds) {
         *position = std::min(*position, *player.track.durationSeconds);
@@ -32,7 +32,7 @@ std::optional<double> positionOf(const CurrentPlayer& player, NowPlayingShelf::M
     return position;
 }
 
-NowPlayingDictionary dictionaryOf(const CurrentPlayer& player, NowPlayingShelf::Moment now) {
+NowPlayingDictionary dictionaryOf(const CurrentPlayer& player, SharedPlayer::Moment now) {
     NowPlayingDictionary dictionary;
     const PlayerTrack& track = player.track;
     const auto put = [&](const char* key, const auto& value) {
@@ -55,7 +55,7 @@ bool isAnother(const std::optional<CurrentPlayer>& before, const std::optional<C
 
 }  // namespace
 
-std::optional<std::string> NowPlayingShelf::setPlayer(std::optional<CurrentPlayer> player) {
+std::optional<std::string> SharedPlayer::setPlayer(std::optional<CurrentPlayer> player) {
     const std::lock_guard lock(mutex_);
     if (isAnother(player_, player)) ++changes_;
     const auto addressBefore = player_ ? player_->track.address : std::nullopt;
@@ -71,19 +71,19 @@ std::optional<std::string> NowPlayingShelf::setPlayer(std::optional<CurrentPlaye
     return address;
 }
 
-bool NowPlayingShelf::setFile(const std::string& address, std::optional<PlayedFile> file) {
+bool SharedPlayer::setFile(const std::string& address, std::optional<PlayedFile> file) {
     const std::lock_guard lock(mutex_);
     if (!player_ || player_->track.address != address) return false;
     file_ = std::move(file);
     return true;
 }
 
-std::uint64_t NowPlayingShelf::changes() const {
+std::uint64_t SharedPlayer::changes() const {
     const std::lock_guard lock(mutex_);
     return changes_;
 }
 
-NowPlayingShelf::Reading NowPlayingShelf::read(Moment now) const {
+SharedPlayer::Reading SharedPlayer::read(Moment now) const {
     const std::lock_guard lock(mutex_);
     if (!player_) return {};
     Reading reading{dictionaryOf(*player_, now), player_->processIdentifier};
@@ -91,7 +91,7 @@ NowPlayingShelf::Reading NowPlayingShelf::read(Moment now) const {
     return reading;
 }
 
-std::optional<PlayerIdentity> NowPlayingShelf::identityOf(std::int32_t processIdentifier) const {
+std::optional<PlayerIdentity> SharedPlayer::identityOf(std::int32_t processIdentifier) const {
     const std::lock_guard lock(mutex_);
     for (const Identified& each : {identified_, identifiedBefore_}) {
         if (processIdentifier > 0 && each.first == processIdentifier) return each.second;

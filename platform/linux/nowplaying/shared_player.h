@@ -15,7 +15,7 @@ namespace purlock::host_linux {
 
 /// The current player, as the bus thread last put it there, for readers on any thread: a fetch asks no player
 /// and wakes no other thread.
-class NowPlayingShelf {
+class SharedPlayer {
   public:
     using Moment = std::chrono::steady_clock::time_point;
 
