@@ -10,8 +10,8 @@
 
 namespace purlock::host_linux {
 
-/// Makes answers of the mirror: the rules by which the server's objects become devices, streams and processes
-/// of the hardware layer. Only `identities` does input and output. The loop's thread.
+/// Makes the devices, streams and processes of the hardware layer from the server's objects. Only
+/// `identities` does input and output. The loop's thread.
 ///
 /// `connection` is the number of the connection on which the mirror was filled. Ids of objects that are no
 /// longer there are forgotten.

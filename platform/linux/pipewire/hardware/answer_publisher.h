@@ -30,8 +30,8 @@ class AnswerPublisher {
     SharedAnswers answers;
     ListenerTable listeners;
 
-    /// Somebody reads. That is the moment to find out, at most every now and then and only while something
-    /// plays, whether the server is still alive and who has the hardware open.
+    /// A reader reads. Now and then, and only while something plays, the publisher then checks that the
+    /// server still lives and who has the hardware open.
     void noticeRead();
 
   private:

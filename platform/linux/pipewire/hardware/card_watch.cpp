@@ -50,7 +50,7 @@ void CardWatch::follow(const AudioGraph& graph) {
     }
 }
 
-/// Somebody who turns one of them makes the server tell of the device's volume, and so changes the mirror.
+/// A change of one of these volumes has the server tell the device's volume, and so changes the mirror.
 void CardWatch::readVolumes() {
     volumes_.keepOnly([this](std::uint32_t card) { return facts_.libraryVolumes.contains(card); });
     for (auto& [card, factor] : facts_.libraryVolumes) factor = volumes_.of(card).value_or(1);

@@ -13,10 +13,10 @@
 
 namespace purlock::host_linux {
 
-/// Follows what the kernel says of the PCMs behind the server's nodes: another program may open them behind
-/// the server's back. It looks when the mirror has changed, when somebody opens or closes a sound device
-/// (inotify) and a little later, as a PCM is set up after it was opened. Owned by the hardware layer; the
-/// loop's thread.
+/// Reads from the kernel who has the PCMs behind the server's nodes open: another program may open them
+/// without the server. It reads when the mirror has changed, when a sound device is opened or closed
+/// (inotify), and a little later, because a PCM is set up after it was opened. Owned by the hardware layer;
+/// the loop's thread.
 class CardWatch {
   public:
     /// `soundDevices` is the folder with the device files, /dev/snd.
@@ -24,13 +24,13 @@ class CardWatch {
 
     const CardFacts& facts() const { return facts_; }
 
-    /// Looks at the hardware of these nodes now; does not call `changed`.
+    /// Reads the cards of these nodes now; does not call `changed`.
     void follow(const AudioGraph& graph);
 
-    /// Looks again; whether anything is new.
+    /// Reads them again. True if anything is new.
     bool read();
 
-    /// Whether a PCM is open in another program, whose doings cause no events.
+    /// True if a PCM is open in another program. Nothing announces what that does.
     bool isAnyTaken() const;
 
   private:

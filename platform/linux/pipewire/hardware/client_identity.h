@@ -29,7 +29,7 @@ class ClientIdentities {
     /// `stream` is one of the client's nodes. The identity of a client is kept until its properties change.
     const ClientIdentity& identityOf(const ClientRecord& client, const NodeProperties& stream);
 
-    /// Whether some client's application is not known yet, but may be when it is asked for again.
+    /// True if some client's application is not known yet, but may be when it is asked for again.
     bool isAnyUnresolved() const;
 
     /// The application behind any process; not kept.

@@ -19,7 +19,7 @@ class ListenerTable {
     void add(AudioObjectID object, const PropertyAddress& address, const std::shared_ptr<SerialQueue>& queue,
              const ListenerBlock& block);
 
-    /// Whether there was such a listener; of several equal ones, one is removed.
+    /// True if there was such a listener; of several equal ones, one is removed.
     bool remove(AudioObjectID object, const PropertyAddress& address,
                 const std::shared_ptr<SerialQueue>& queue, const ListenerBlock& block);
 

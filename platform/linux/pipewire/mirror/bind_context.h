@@ -7,7 +7,7 @@
 
 namespace purlock::host_linux {
 
-/// What the bound objects of a session work with. All of it outlives them.
+/// The parts of a session that its bound objects use. All of them outlive the objects.
 struct BindContext {
     AudioGraph& graph;  // the mirror
     pw_registry* registry;

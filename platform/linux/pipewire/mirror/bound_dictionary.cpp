@@ -4,19 +4,11 @@
 
 namespace purlock::host_linux {
 
-const pw_device_events BoundDictionary::deviceEvents = {.version = PW_VERSION_DEVICE_EVENTS,
-                                                        .info = event<&BoundDictionary::deviceInfo>};
+const pw_device_events BoundDictionary::deviceEvents = {
+    .version = PW_VERSION_DEVICE_EVENTS, .info = event<&BoundDictionary::info<pw_device_info>>};
 
-const pw_client_events BoundDictionary::clientEvents = {.version = PW_VERSION_CLIENT_EVENTS,
-                                                        .info = event<&BoundDictionary::clientInfo>};
-
-void BoundDictionary::deviceInfo(const pw_device_info* info) {
-    if (info != nullptr && (info->change_mask & PW_DEVICE_CHANGE_MASK_PROPS) != 0) changed_(info->props);
-}
-
-void BoundDictionary::clientInfo(const pw_client_info* info) {
-    if (info != nullptr && (info->change_mask & PW_CLIENT_CHANGE_MASK_PROPS) != 0) changed_(info->props);
-}
+const pw_client_events BoundDictionary::clientEvents = {
+    .version = PW_VERSION_CLIENT_EVENTS, .info = event<&BoundDictionary::info<pw_client_info>>};
 
 BoundDictionary::BoundDictionary(pw_registry* registry, std::uint32_t id, Kind kind, Observer changed)
     : changed_(std::move(changed)),

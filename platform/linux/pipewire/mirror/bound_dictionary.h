@@ -16,8 +16,12 @@ class BoundDictionary {
     BoundDictionary(pw_registry* registry, std::uint32_t id, Kind kind, Observer changed);
 
   private:
-    void deviceInfo(const pw_device_info* info);
-    void clientInfo(const pw_client_info* info);
+    static_assert(PW_DEVICE_CHANGE_MASK_PROPS == PW_CLIENT_CHANGE_MASK_PROPS);
+
+    template <typename Info>
+    void info(const Info* info) {
+        if (info != nullptr && (info->change_mask & PW_DEVICE_CHANGE_MASK_PROPS) != 0) changed_(info->props);
+    }
 
     static const pw_device_events deviceEvents;
     static const pw_client_events clientEvents;

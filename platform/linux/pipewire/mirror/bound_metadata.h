@@ -24,7 +24,7 @@ class BoundMetadata {
     /// manager tells its own.
     void removed();
 
-    /// The sync of this number is done; whether that has changed the mirror.
+    /// The sync of this number is done. True if that has changed the mirror.
     bool syncDone(std::uint64_t sync);
 
   private:

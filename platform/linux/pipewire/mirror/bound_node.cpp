@@ -68,7 +68,7 @@ BoundNode::BoundNode(const BindContext& context, std::uint64_t serial)
     }
 }
 
-/// Whether the server's message says anything that the record did not: dragging a volume, say, sends one for
+/// A message may say nothing that the record did not. A volume that is dragged, for instance, sends one for
 /// each step to every node of the device.
 void BoundNode::info(const pw_node_info* info) {
     if (info == nullptr) return;
@@ -103,7 +103,7 @@ bool BoundNode::setState(NodeState state) {
     return true;
 }
 
-/// Asks for all values of a parameter that has changed; whether it has.
+/// Asks for all values of a parameter if it has changed. True if it has.
 bool BoundNode::enumerate(Param& param, std::uint32_t flags) {
     if (param.flags == flags) return false;
     param.flags = flags;

@@ -30,7 +30,7 @@ class BoundNode {
     /// The default rate may have changed, and with it what the node would be opened with.
     void choosePreferred();
 
-    /// A cycle of its graph. Whether the rate, or whose clock it is, is news.
+    /// A cycle of its graph. True if the rate or the driver is new.
     bool clockCycle(const GraphClock& clock);
 
   private:

@@ -22,17 +22,17 @@ class BoundObjects {
     BoundObjects(const BoundObjects&) = delete;
     BoundObjects& operator=(const BoundObjects&) = delete;
 
-    /// Whether the mirror follows this object from now on.
+    /// True if the mirror follows this object from now on.
     bool add(std::uint32_t id, std::string_view type, const spa_dict* properties);
 
-    /// Whether the mirror followed it.
+    /// True if the mirror followed it.
     bool remove(std::uint32_t id);
 
     /// The sync of this number is done. The lists that were asked for before it are whole now and go to the
     /// mirror. The result says whether anything else of the mirror has changed.
     bool syncDone(std::uint64_t sync);
 
-    /// A cycle of the graph that a node belongs to; whether its rate is news.
+    /// A cycle of the graph that a node belongs to. True if its rate is new.
     bool clockCycle(std::uint32_t node, const GraphClock& clock);
 
   private:

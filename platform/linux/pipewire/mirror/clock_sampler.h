@@ -48,7 +48,7 @@ class ClockSampler {
     /// Listens until the next report, and no longer than `sample` does.
     void sampleOnce();
 
-    /// Whether it listens or is about to.
+    /// True if it listens or is about to.
     bool isSampling() const { return sampling_ != Sampling::off; }
 
     bool hasProfiler() const { return profiler_.has_value(); }

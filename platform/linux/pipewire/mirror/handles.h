@@ -108,7 +108,7 @@ class LoopTimer final : public LoopSource {
   public:
     LoopTimer(pw_loop* loop, Action action);
 
-    /// Whether the system gave a descriptor for it; without one it never fires.
+    /// True if the system gave a descriptor for it; without one it never fires.
     bool isAble() const { return source_ != nullptr; }
 
     /// Replaces an earlier time.

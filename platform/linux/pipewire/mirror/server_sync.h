@@ -36,7 +36,7 @@ class ServerSync {
     /// The number of the next sync. When it is done, everything that is asked now has been answered too.
     std::uint64_t next() const { return sent_ + 1; }
 
-    /// Whether the server has answered since the connection was made, and owes no answer for too long.
+    /// True if the server has answered since the connection was made, and owes no answer for too long.
     bool isResponding() const { return response_ == Response::prompt; }
 
   private:

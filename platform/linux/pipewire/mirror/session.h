@@ -38,7 +38,7 @@ class Session {
     const AudioGraph& graph() const { return graph_; }
     bool isResponding() const { return sync_.isResponding(); }
 
-    /// Whether the server is still telling a change of the graph.
+    /// True if the server is still telling a change of the graph.
     bool isInTransition() const;
 
     /// Takes the default sink of the session manager's store, which was asked for instead of listened to.

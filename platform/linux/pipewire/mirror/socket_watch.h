@@ -15,8 +15,8 @@ class SocketWatch {
   public:
     SocketWatch(pw_loop* loop, std::function<void()> appeared);
 
-    /// Whether appearances are being told. If not, or if a nearer folder exists by now, it tries again to
-    /// watch. `appeared` must call neither this nor `stop`.
+    /// True if appearances are being told. If they are not, or if a nearer folder exists by now, it tries
+    /// again to watch. `appeared` must call neither this nor `stop`.
     bool isWatching();
 
     void stop();

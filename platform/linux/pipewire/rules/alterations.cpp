@@ -113,7 +113,7 @@ class PathReader {
         }
     }
 
-    /// Whether each port that carries one of the stream's channels leads to the port of its place.
+    /// True if each port that carries one of the stream's channels leads to the port of its place.
     bool linksKeepPlaces(const NodeRecord& from, const NodeRecord& to) const {
         std::set<std::uint32_t> linked;
         for (const auto& [id, link] : graph_.links) {

@@ -22,8 +22,8 @@ struct PlayingPath {
     }
 };
 
-/// What the mixer does to the samples on a path besides converting their rate and depth, in the order in
-/// which it works. `playing` are all paths on which something plays, this one among them. Pure.
+/// The alterations of the samples on a path besides conversions of their rate and depth, in the order in
+/// which the mixer makes them. `playing` are all paths on which something plays, this one among them. Pure.
 std::vector<Alteration> alterationsOnPath(const PlayingPath& path, const std::vector<PlayingPath>& playing,
                                           const AudioGraph& graph, const CardFacts& cards);
 

@@ -22,10 +22,10 @@ struct CardFacts {
 /// Absent for a node that is no output of ALSA hardware. Pure, as the others are.
 const PcmInfo* pcmOf(const NodeRecord& node, const CardFacts& cards);
 
-/// Whether a PCM is open in a process that is not part of the audio server.
+/// True if a PCM is open in a process that is not part of the audio server.
 bool isTakenByAnother(const PcmInfo& pcm);
 
-/// Whether a program is a sound server, which mixes and converts for others.
+/// True if a program is a sound server, which mixes and converts for others.
 bool isSoundServer(const PcmOwner& owner);
 
 }  // namespace purlock::host_linux

@@ -10,7 +10,7 @@ class CheckUpSchedule {
 
     void restart() { *this = {}; }
 
-    /// Whether this check-up is one of them.
+    /// True if this check-up is one of them.
     bool isDue() {
         if (--left_ > 0) return false;
         distance_ = distance_ == 0 ? 1 : distance_ * 2;

@@ -8,8 +8,8 @@ struct spa_dict;
 
 namespace purlock::host_linux {
 
-// Makes records of the server's dictionaries of texts. Keys are those of pipewire/keys.h and
-// spa/utils/keys.h. Anybody who may connect to the server can write such a dictionary: texts are cut at 1024
+// Makes records from the server's dictionaries of texts. Keys are those of pipewire/keys.h and
+// spa/utils/keys.h. Any client of the server can write such a dictionary, so texts are cut at 1024
 // bytes, dictionaries at 1024 entries, a malformed number counts as missing. Pure functions; any thread;
 // `dictionary` may be null.
 
@@ -29,7 +29,7 @@ std::string dictionaryText(const spa_dict* dictionary, std::string_view key);
 /// The object's serial; 0 when it has none.
 std::uint64_t objectSerial(const spa_dict* dictionary);
 
-/// Whether a node of this media class has anything to do with sound; one without a class may.
+/// True if a node of this media class may have to do with sound, as one without a class may.
 bool isSoundClass(std::string_view mediaClass);
 
 }  // namespace purlock::host_linux

@@ -23,7 +23,7 @@ class NodeClock {
         if (isSuspended() || (runs && !ran)) rate_.reset();
     }
 
-    /// A cycle that the node took part in; whether the rate is news.
+    /// A cycle that the node took part in. True if the rate is new.
     bool cycle(double rate, std::int64_t time) {
         if (isSuspended() || rate_ == rate) return false;
         if (state_ == NodeState::running && time <= stopped_) return false;

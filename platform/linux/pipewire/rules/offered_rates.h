@@ -11,7 +11,7 @@ namespace purlock::host_linux {
 /// rate runs at every one. Pure.
 std::vector<RateRange> offeredRatesFromPods(const std::vector<PodView>& formats);
 
-/// Whether a node can run at a rate (Hz): one that does not tell its rates may. Pure.
+/// True if a node can run at a rate (Hz), or does not tell its rates. Pure.
 bool canRunAt(const NodeRecord& node, double rate);
 
 }  // namespace purlock::host_linux

@@ -77,9 +77,7 @@ class ReasonFinder {
     std::optional<RateReason> notAllowed() const {
         auto allowed = graph_.settings.allowedRates;
         if (allowed.empty()) allowed = {graph_.settings.clockRate};
-        const bool isAllowed =
-            std::ranges::any_of(allowed, [this](std::uint32_t rate) { return rate == streamRate_; });
-        if (isAllowed) return std::nullopt;
+        if (std::ranges::find(allowed, streamRate_) != allowed.end()) return std::nullopt;
         return rate_reason::NotAllowed{std::move(allowed)};
     }
 

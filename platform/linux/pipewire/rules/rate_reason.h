@@ -16,9 +16,9 @@ struct PathRates {
     double near = 0;
 };
 
-/// Why the rate is converted on a path, as far as the graph, its settings and the formats that the device
-/// offers tell. A reason that nothing can change comes before one that can be changed. How the server chooses
-/// a clock: pipewire.conf(5), "default.clock.allowed-rates", and pw_context_recalc_graph
+/// Finds out why the rate is converted on a path, as far as the graph, its settings and the formats that the
+/// device offers tell. A reason that nothing can change comes before one that can be changed. How the server
+/// chooses a clock: pipewire.conf(5), "default.clock.allowed-rates", and pw_context_recalc_graph
 /// (src/pipewire/context.c). Pure.
 RateConversion rateConversionOnPath(const PlayingPath& path, const PathRates& rates, const AudioGraph& graph);
 

@@ -28,7 +28,7 @@ class Routes {
     /// The sinks at which the sound of a sink ends: itself, unless it hands its sound on.
     std::vector<std::uint64_t> endsOf(std::uint64_t sink) const;
 
-    /// Whether a stream only passes on what another node of its group has taken in: it is no application's
+    /// True if a stream only passes on what another node of its group has taken in: it is no application's
     /// own.
     bool isRelay(const NodeRecord& stream) const;
 

@@ -15,8 +15,9 @@ struct SoftwareGain {
     std::optional<double> volume;
 };
 
-/// Where the device sets the volume, it leaves a remainder to be done in software, and only that counts; else
-/// all of the volume is done in software. `libraryVolume` is a factor that is applied behind the node. Pure.
+/// A device that sets the volume leaves a remainder to be done in software, and only that counts. For all
+/// others all of the volume is done in software. `libraryVolume` is a factor that is applied behind the node.
+/// Pure.
 SoftwareGain softwareGain(const NodeRecord& node, double libraryVolume = 1);
 
 }  // namespace purlock::host_linux

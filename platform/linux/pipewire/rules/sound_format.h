@@ -41,8 +41,8 @@ SoundFormat soundFormatFromHardware(const HardwareParameters& parameters);
 /// The places of the channels that a format's object names.
 std::vector<std::uint32_t> positionsFromPod(const PodView& format);
 
-/// How many bits of a sample the format keeps. The mixer computes in 32-bit float, which holds 24, so no
-/// format keeps more of what passes through it. 0 for one whose steps are not even.
+/// The number of bits of a sample that the format keeps. The mixer computes in 32-bit float, which holds 24,
+/// so no format keeps more of what passes through it. 0 for one whose steps are not even.
 std::uint32_t keptBits(const SoundFormat& format);
 
 /// The format in the words of the hardware layer.

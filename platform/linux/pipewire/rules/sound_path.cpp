@@ -6,7 +6,7 @@ namespace purlock::host_linux {
 
 namespace {
 
-/// Whether the sound goes through the converter of the node at this place.
+/// True if the sound goes through the converter of the node at this place.
 bool isConvertedAt(const SoundPath& path, std::size_t at) {
     const NodeRecord& node = *path[at];
     const bool isSink = !node.properties.isStream();

@@ -11,7 +11,7 @@ namespace purlock::host_linux {
 /// graph's records.
 using SoundPath = std::vector<const NodeRecord*>;
 
-/// Whether a sink hands on samples that its converter has processed. Otherwise others listen to its monitor,
+/// True if a sink hands on samples that its converter has processed. Otherwise others listen to its monitor,
 /// which gives what the sink takes in. Pure.
 bool handsOnConverted(const NodeRecord& sink, const NodeRecord& next);
 

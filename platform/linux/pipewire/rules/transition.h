@@ -6,12 +6,12 @@
 
 namespace purlock::host_linux {
 
-/// Whether the server is still telling a change of the graph. Signs of that are a running stream that leads
+/// True if the server is still telling a change of the graph. Signs of that are a running stream that leads
 /// nowhere or to a device that does not run, and a clock that is not the expected one. Such a state is only
 /// told if it lasts.
 ///
-/// `knowsClocks`: whether the server has a profiler. A cycle that began after `settledFrom` (monotonic clock,
-/// ns) is believed, also with an unexpected rate. Pure.
+/// `knowsClocks` is true if the server has a profiler. A cycle that began after `settledFrom` (monotonic
+/// clock, ns) is believed, also with an unexpected rate. Pure.
 bool isInTransition(const AudioGraph& graph, bool knowsClocks, std::int64_t settledFrom);
 
 }  // namespace purlock::host_linux

@@ -13,10 +13,10 @@ struct TransportFacts {
     EldConnection display = EldConnection::unknown;
 };
 
-/// How a device is attached, as one of the hardware layer's codes; 0 for a way that it has no code for. Pure.
+/// The hardware layer's code for the way in which a device is attached; 0 where it has none. Pure.
 std::uint32_t transportCode(const NodeProperties& node, const TransportFacts& facts);
 
-/// Whether the node is an HDMI or DisplayPort PCM, whose monitor is worth asking for. Pure.
+/// True if the node is an HDMI or DisplayPort PCM, whose monitor is worth asking for. Pure.
 bool isDisplayOutput(const NodeProperties& node);
 
 }  // namespace purlock::host_linux
