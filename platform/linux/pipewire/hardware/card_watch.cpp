@@ -66,8 +66,7 @@ bool CardWatch::read() {
 }
 
 bool CardWatch::isAnyTaken() const {
-    return std::any_of(facts_.pcms.begin(), facts_.pcms.end(),
-                       [](const auto& each) { return isTakenByAnother(each.second); });
+    return std::ranges::any_of(facts_.pcms, [](const auto& each) { return isTakenByAnother(each.second); });
 }
 
 void CardWatch::watchDevices() {

@@ -24,8 +24,7 @@ bool ClientIdentities::Known::isUnresolved() const {
 }
 
 bool ClientIdentities::isAnyUnresolved() const {
-    return std::any_of(known_.begin(), known_.end(),
-                       [](const auto& each) { return each.second.isUnresolved(); });
+    return std::ranges::any_of(known_, [](const auto& each) { return each.second.isUnresolved(); });
 }
 
 const ClientIdentity& ClientIdentities::identityOf(const ClientRecord& client, const NodeProperties& stream) {

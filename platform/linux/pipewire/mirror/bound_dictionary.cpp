@@ -5,10 +5,12 @@
 namespace purlock::host_linux {
 
 const pw_device_events BoundDictionary::deviceEvents = {
-    .version = PW_VERSION_DEVICE_EVENTS, .info = event<&BoundDictionary::info<pw_device_info>>};
+    .version = PW_VERSION_DEVICE_EVENTS,
+    .info = event<&BoundDictionary::info<pw_device_info, PW_DEVICE_CHANGE_MASK_PROPS>>};
 
 const pw_client_events BoundDictionary::clientEvents = {
-    .version = PW_VERSION_CLIENT_EVENTS, .info = event<&BoundDictionary::info<pw_client_info>>};
+    .version = PW_VERSION_CLIENT_EVENTS,
+    .info = event<&BoundDictionary::info<pw_client_info, PW_CLIENT_CHANGE_MASK_PROPS>>};
 
 BoundDictionary::BoundDictionary(pw_registry* registry, std::uint32_t id, Kind kind, Observer changed)
     : changed_(std::move(changed)),

@@ -16,11 +16,9 @@ class BoundDictionary {
     BoundDictionary(pw_registry* registry, std::uint32_t id, Kind kind, Observer changed);
 
   private:
-    static_assert(PW_DEVICE_CHANGE_MASK_PROPS == PW_CLIENT_CHANGE_MASK_PROPS);
-
-    template <typename Info>
+    template <typename Info, std::uint64_t mask>
     void info(const Info* info) {
-        if (info != nullptr && (info->change_mask & PW_DEVICE_CHANGE_MASK_PROPS) != 0) changed_(info->props);
+        if (info != nullptr && (info->change_mask & mask) != 0) changed_(info->props);
     }
 
     static const pw_device_events deviceEvents;

@@ -13,7 +13,7 @@ namespace {
 constexpr std::chrono::milliseconds samplingTime{2500};
 
 /// After this time a graph that changes its rate has run cycles at the new one.
-constexpr std::chrono::milliseconds settlingTime{130};
+constexpr std::chrono::milliseconds rateChangeTime{130};
 
 /// After a change a graph runs some cycles at its old rate.
 constexpr std::chrono::nanoseconds oldCycles = std::chrono::milliseconds(120);
@@ -69,7 +69,7 @@ void ClockSampler::follow(const AudioGraph& graph) {
     if (graph.isAnyRunning()) sample();
 }
 
-std::int64_t ClockSampler::settledFrom() const {
+std::int64_t ClockSampler::newRateFrom() const {
     return changedAt_ + oldCycles.count();
 }
 
@@ -80,7 +80,7 @@ void ClockSampler::checkUp() {
 void ClockSampler::sample() {
     sampling_ = Sampling::forAWhile;
     end_.arm(samplingTime);
-    if (!listening_) begin_.arm(settlingTime);
+    if (!listening_) begin_.arm(rateChangeTime);
 }
 
 void ClockSampler::sampleOnce() {

@@ -54,7 +54,7 @@ class ClockSampler {
     bool hasProfiler() const { return profiler_.has_value(); }
 
     /// A cycle after this time has the rate that the last change has led to. Monotonic clock, ns.
-    std::int64_t settledFrom() const;
+    std::int64_t newRateFrom() const;
 
   private:
     enum class Sampling { off, oneReport, forAWhile };

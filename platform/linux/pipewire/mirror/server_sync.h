@@ -16,8 +16,7 @@ class ServerSync {
     struct Observers {
         // The sync of this number is done. The result says whether that has changed the mirror.
         std::function<bool(std::uint64_t)> done;
-        std::function<void()>
-            synced;  // the mirror has changed and is consistent, or the server answers again
+        std::function<void()> synced;  // the mirror has changed and is whole, or the server answers again
         std::function<void()> silent;  // the server owes an answer for too long
         std::function<void()> lost;    // the server has been silent for good
     };

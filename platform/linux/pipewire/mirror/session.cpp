@@ -51,7 +51,7 @@ Session::Session(Core core, pw_loop* loop, const Observers& observers)
 }
 
 bool Session::isInTransition() const {
-    return host_linux::isInTransition(graph_, clocks_.hasProfiler(), clocks_.settledFrom());
+    return host_linux::isInTransition(graph_, clocks_.hasProfiler(), clocks_.newRateFrom());
 }
 
 void Session::setDefaultSinkName(std::optional<std::string> name) {

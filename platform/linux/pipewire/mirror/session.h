@@ -22,8 +22,7 @@ namespace purlock::host_linux {
 class Session {
   public:
     struct Observers {
-        std::function<void()>
-            synced;  // the mirror has changed and is consistent, or the server answers again
+        std::function<void()> synced;  // the mirror has changed and is whole, or the server answers again
         std::function<void()> clocksChanged;
         std::function<void()> clientConnected;  // another one than this
         std::function<void()> silent;           // the server owes an answer for too long

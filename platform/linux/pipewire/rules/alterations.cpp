@@ -159,11 +159,8 @@ class PathReader {
     void addMixed(std::size_t at) {
         std::vector<std::string> applications;
         for (const PlayingPath& other : playing_) {
-            if (!joinsAt(other, at)) continue;
-            if (std::find(applications.begin(), applications.end(), other.application) ==
-                applications.end()) {
-                applications.push_back(other.application);
-            }
+            const bool isKnown = std::ranges::find(applications, other.application) != applications.end();
+            if (!isKnown && joinsAt(other, at)) applications.push_back(other.application);
         }
         if (!applications.empty()) found_.push_back(alteration::Mixed{std::move(applications)});
     }
@@ -176,8 +173,7 @@ class PathReader {
         if (before == ours) return false;  // joined further up
         const auto theirPorts = inputPorts(*before, **place);
         const auto ourPorts = inputPorts(*ours, **place);
-        return std::any_of(theirPorts.begin(), theirPorts.end(),
-                           [&](std::uint32_t port) { return ourPorts.contains(port); });
+        return std::ranges::any_of(theirPorts, [&](auto port) { return ourPorts.contains(port); });
     }
 
     std::set<std::uint32_t> inputPorts(const NodeRecord& from, const NodeRecord& to) const {

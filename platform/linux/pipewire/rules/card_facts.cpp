@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <string_view>
 
 namespace purlock::host_linux {
 
@@ -15,15 +14,13 @@ const PcmInfo* pcmOf(const NodeRecord& node, const CardFacts& cards) {
 bool isTakenByAnother(const PcmInfo& pcm) {
     constexpr std::array server = {"pipewire", "pipewire-media-", "pipewire-pulse", "wireplumber"};
     if (!pcm.owner || pcm.status.state == PcmState::closed) return false;
-    return std::none_of(server.begin(), server.end(),
-                        [&pcm](std::string_view command) { return pcm.owner->command == command; });
+    return std::ranges::find(server, pcm.owner->command) == server.end();
 }
 
 bool isSoundServer(const PcmOwner& owner) {
     constexpr std::array servers = {"pulseaudio", "jackd", "jackdbus", "roard",  "esd",
                                     "arts",       "artsd", "nasd",     "sndiod", "cras"};
-    return std::any_of(servers.begin(), servers.end(),
-                       [&owner](std::string_view command) { return owner.command == command; });
+    return std::ranges::find(servers, owner.command) != servers.end();
 }
 
 }  // namespace purlock::host_linux

@@ -143,7 +143,7 @@ class StreamReader {
         const auto ends = routes_.endsOf(serial_);
         if (sink_.format) {
             for (const std::uint64_t end : ends) {
-                const auto physical = physicalFormat(graph_.nodes.at(end));
+                auto physical = physicalFormat(graph_.nodes.at(end));
                 if (physical && !areEqual(*physical, *sink_.format)) return physical;
             }
         }

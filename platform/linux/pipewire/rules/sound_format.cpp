@@ -76,17 +76,9 @@ constexpr std::array formatRows = {
     FormatRow{SPA_AUDIO_FORMAT_F64P, {64, 64, isFloat, !isSigned, nativeIsBigEndian}, isPlanar},
 };
 
-const FormatRow* findRow(std::uint32_t format) {
-    const auto* const row = std::find_if(formatRows.begin(), formatRows.end(),
-                                         [format](const FormatRow& each) { return each.format == format; });
-    return row == formatRows.end() ? nullptr : row;
-}
-
 std::optional<PodView> valueOf(const std::vector<PodView::Property>& properties, std::uint32_t key) {
-    for (const PodView::Property& property : properties) {
-        if (property.key == key) return property.value;
-    }
-    return std::nullopt;
+    const auto found = std::ranges::find(properties, key, &PodView::Property::key);
+    return found != properties.end() ? std::optional(found->value) : std::nullopt;
 }
 
 std::optional<PodView> preferred(const std::optional<PodView>& value) {
@@ -154,10 +146,8 @@ std::uint32_t encodedFormatID(std::uint32_t codec) {
         {SPA_AUDIO_IEC958_CODEC_MPEG, fourCharCode(".mp2")},
         {SPA_AUDIO_IEC958_CODEC_MPEG2_AAC, fourCharCode("aac ")},
     }};
-    for (const auto& [known, format] : rows) {
-        if (known == codec) return format;
-    }
-    return fourCharCode("enco");
+    const auto* const row = std::ranges::find(rows, codec, [](const auto& each) { return each.first; });
+    return row != rows.end() ? row->second : fourCharCode("enco");
 }
 
 std::uint32_t formatID(const SoundFormat& format) {
@@ -202,7 +192,8 @@ std::optional<SoundFormat> soundFormatFromPod(const PodView& pod, std::uint32_t 
             format.kind = SoundKind::companded;
             format.layout = companded;
             format.codec = sample;
-        } else if (const FormatRow* const row = findRow(sample)) {
+        } else if (const auto* const row = std::ranges::find(formatRows, sample, &FormatRow::format);
+                   row != formatRows.end()) {
             format.layout = row->layout;
             format.isPlanar = row->isPlanar;
         } else {

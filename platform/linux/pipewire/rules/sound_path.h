@@ -24,7 +24,7 @@ struct PathLoss {
 };
 
 /// The loss between a stream and the hardware at the end of its path, which runs in `physical`. `clock` is
-/// the rate of the graph. Captured samples settled the rules: 24 bits pass the mixer, widening changes
+/// the rate of the graph. Captured samples show the rules: 24 bits pass the mixer, widening changes
 /// nothing, and every conversion of the rate changes every sample. Pure.
 PathLoss lossOnPath(const SoundPath& path, const SoundFormat& physical, double clock);
 

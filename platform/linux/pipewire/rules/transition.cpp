@@ -63,7 +63,7 @@ std::optional<double> expectedClock(const AudioGraph& graph, const Playing& play
 
 }  // namespace
 
-bool isInTransition(const AudioGraph& graph, bool knowsClocks, std::int64_t settledFrom) {
+bool isInTransition(const AudioGraph& graph, bool knowsClocks, std::int64_t newRateFrom) {
     const Playing playing = playingIn(graph);
     if (playing.isUnfinished) return true;
     const auto expected = expectedClock(graph, playing);
@@ -71,7 +71,7 @@ bool isInTransition(const AudioGraph& graph, bool knowsClocks, std::int64_t sett
         if (sink->state != NodeState::running || !sink->format) return true;
         if (!knowsClocks) return false;
         if (!sink->clockRate) return !expected;  // else the expected one is as good as seen
-        return sink->clockTime < settledFrom && sink->clockRate != expected;
+        return sink->clockTime < newRateFrom && sink->clockRate != expected;
     });
 }
 

@@ -23,10 +23,7 @@ bool isDigitalOutput(const NodeProperties& node) {
 /// Cards that exist in software only: loopback and dummy drivers.
 bool isSoftwareCard(std::string_view driver) {
     constexpr std::array drivers = {"snd_aloop", "Loopback", "snd_dummy", "Dummy"};
-    for (const std::string_view each : drivers) {
-        if (driver == each) return true;
-    }
-    return false;
+    return std::ranges::find(drivers, driver) != drivers.end();
 }
 
 /// The drivers of sound that is part of the machine, by the names of their modules and of their cards. Cards
@@ -45,8 +42,7 @@ bool isIntegratedSound(std::string_view driver) {
         "macaudio",                  // laptops with ARM processors
         "snd_bcm2835",   "bcm2835",  // the Raspberry Pi's own jack
     };
-    return std::any_of(beginnings.begin(), beginnings.end(),
-                       [driver](std::string_view each) { return driver.starts_with(each); });
+    return std::ranges::any_of(beginnings, [driver](auto each) { return driver.starts_with(each); });
 }
 
 std::uint32_t hardwareTransport(const NodeProperties& node, const TransportFacts& facts,

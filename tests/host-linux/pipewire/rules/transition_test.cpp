@@ -13,7 +13,7 @@ using namespace purlock::test;
 
 constexpr std::uint32_t player = 1;
 constexpr std::uint32_t device = 4;
-constexpr std::int64_t settled = 1000;
+constexpr std::int64_t newRateFrom = 1000;
 
 /// A player that plays to a device, with stock settings.
 struct Scene : GraphWords {
@@ -60,19 +60,19 @@ const Case cases[] = {
     {"an old cycle has another rate",
      [](Scene& scene) {
          scene.allow();
-         scene.see(48000, settled - 1);
+         scene.see(48000, newRateFrom - 1);
      },
      true},
     {"a new cycle has another rate",
      [](Scene& scene) {
          scene.allow();
-         scene.see(48000, settled);
+         scene.see(48000, newRateFrom);
      },
      false},
     {"an old cycle has the expected rate",
      [](Scene& scene) {
          scene.allow();
-         scene.see(44100, settled - 1);
+         scene.see(44100, newRateFrom - 1);
      },
      false},
     {"two rates, the clock was not seen",
@@ -109,7 +109,7 @@ const Case cases[] = {
     {"the settings force a rate, an old cycle has another",
      [](Scene& scene) {
          scene.graph.settings.forcedRate = 96000;
-         scene.see(48000, settled - 1);
+         scene.see(48000, newRateFrom - 1);
      },
      true},
 };
@@ -119,7 +119,7 @@ TEST(Transition, Rows) {
         SCOPED_TRACE(row.name);
         Scene scene;
         row.change(scene);
-        EXPECT_EQ(isInTransition(scene.graph, row.knowsClocks, settled), row.expected);
+        EXPECT_EQ(isInTransition(scene.graph, row.knowsClocks, newRateFrom), row.expected);
     }
 }
 
