@@ -7,8 +7,8 @@
 #include <string>
 #include <thread>
 
-#include "platform/linux/pipewire/answer_builder.h"
-#include "platform/linux/pipewire/current_answers.h"
+#include "platform/linux/pipewire/hardware/answer_builder.h"
+#include "platform/linux/pipewire/hardware/shared_answers.h"
 
 namespace purlock::host_linux {
 namespace {
@@ -73,7 +73,7 @@ struct Mirror {
     ClientIdentities identities{applications, "host"};
     ObjectIDs ids;
     AudioGraph graph;
-    CurrentAnswers current;
+    SharedAnswers current;
 };
 
 void oneRead(benchmark::State& state) {

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "base/text.h"
-#include "platform/linux/pipewire/dictionaries.h"
-#include "platform/linux/pipewire/transport_rule.h"
+#include "platform/linux/pipewire/rules/dictionaries.h"
+#include "platform/linux/pipewire/rules/transport_rule.h"
 #include "tests/fuzz/fuzz_input.h"
 
 using namespace purlock;
@@ -35,6 +35,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzz::promise(!client.connectedProcess || *client.connectedProcess > 0);
     static_cast<void>(host_linux::linkRecord(&dictionary));
     static_cast<void>(host_linux::objectSerial(&dictionary));
-    static_cast<void>(host_linux::transportType(node, {.device = &device}));
+    static_cast<void>(host_linux::transportCode(node, {.device = &device}));
     return 0;
 }

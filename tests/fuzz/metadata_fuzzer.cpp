@@ -1,5 +1,5 @@
 #include "base/text.h"
-#include "platform/linux/pipewire/metadata_text.h"
+#include "platform/linux/pipewire/rules/metadata_text.h"
 #include "tests/fuzz/fuzz_input.h"
 
 using namespace purlock;

@@ -2,9 +2,9 @@
 
 #include <span>
 
-#include "platform/linux/pipewire/offered_rates.h"
-#include "platform/linux/pipewire/profile_pod.h"
-#include "platform/linux/pipewire/sound_format.h"
+#include "platform/linux/pipewire/rules/offered_rates.h"
+#include "platform/linux/pipewire/rules/profile_pod.h"
+#include "platform/linux/pipewire/rules/sound_format.h"
 #include "tests/fuzz/fuzz_input.h"
 
 using namespace purlock;

@@ -25,7 +25,7 @@ Json textOrNull(const std::optional<std::string>& text) {
     return text ? Json(*text) : Json();
 }
 
-Json describe(const PcmView& pcm) {
+Json describe(const PcmInfo& pcm) {
     Json json{{"isClosed", pcm.status.state == PcmState::closed}};
     if (pcm.parameters) {
         json["rate"] = pcm.parameters->sampleRate;

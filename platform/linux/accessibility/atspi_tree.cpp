@@ -24,8 +24,8 @@ constexpr std::chrono::seconds pauseBetweenSweeps{30};
 }  // namespace
 
 /// The bus thread fills it and the main thread reads it.
-struct AtSpiTree::Shelf {
-    explicit Shelf(const ReadingPace& pace) : trees(pace) {}
+struct AtSpiTree::Shared {
+    explicit Shared(const ReadingPace& pace) : trees(pace) {}
 
     std::mutex mutex;
     bool trusted = false;  // guarded by mutex
@@ -33,17 +33,17 @@ struct AtSpiTree::Shelf {
 };
 
 /// Reads applications when they are asked for; on the bus thread.
-class AtSpiTree::Worker {
+class AtSpiTree::Reader {
   public:
-    Worker(BusThread& thread, const std::string& busAddress, std::shared_ptr<Shelf> shelf)
+    Reader(BusThread& thread, const std::string& busAddress, std::shared_ptr<Shared> shared)
         : thread_(thread),
-          shelf_(std::move(shelf)),
+          shared_(std::move(shared)),
           sweep_(thread),
           trim_(thread),
           bus_(thread, busAddress, [this](bool usable) { changeTrust(usable); }) {}
-    ~Worker() { changeTrust(false); }
-    Worker(const Worker&) = delete;
-    Worker& operator=(const Worker&) = delete;
+    ~Reader() { changeTrust(false); }
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
 
     void want(std::int32_t pid, std::optional<FoundElement> found) {
         if (!registry_ || (!reads_.contains(pid) && reads_.size() >= maximumReads)) {
@@ -78,9 +78,9 @@ class AtSpiTree::Worker {
         reads_.clear();
         registry_.reset();
         if (trusted) registry_ = std::make_unique<ApplicationRegistry>(bus_.connection());
-        const std::lock_guard lock(shelf_->mutex);
-        shelf_->trusted = trusted;
-        shelf_->trees.clear();
+        const std::lock_guard lock(shared_->mutex);
+        shared_->trusted = trusted;
+        shared_->trees.clear();
     }
 
     void follow(std::int32_t pid, const std::string& busName) {
@@ -93,8 +93,8 @@ class AtSpiTree::Worker {
         application.windows = bus_.connection().addMatch(
             joined({"type='signal',sender='", busName, "',interface='org.a11y.atspi.Event.Window'"}),
             [this, pid](const BusIncoming&) {
-                const std::lock_guard lock(shelf_->mutex);
-                shelf_->trees.noteWindow(pid, Clock::now());
+                const std::lock_guard lock(shared_->mutex);
+                shared_->trees.noteWindow(pid, Clock::now());
             });
     }
 
@@ -105,8 +105,8 @@ class AtSpiTree::Worker {
                                                            *std::exchange(application.found, {}),
                                                            [this, pid](bool isUnchanged) {
                                                                if (!isUnchanged) return readTree(pid);
-                                                               const std::lock_guard lock(shelf_->mutex);
-                                                               shelf_->trees.confirm(pid, Clock::now());
+                                                               const std::lock_guard lock(shared_->mutex);
+                                                               shared_->trees.confirm(pid, Clock::now());
                                                            });
     }
 
@@ -125,8 +125,8 @@ class AtSpiTree::Worker {
             reads_.erase(pid);
         }
         {
-            const std::lock_guard lock(shelf_->mutex);
-            shelf_->trees.take(pid, std::move(snapshot), Clock::now());
+            const std::lock_guard lock(shared_->mutex);
+            shared_->trees.take(pid, std::move(snapshot), Clock::now());
         }
         // Once the walk over it has shrunk the tree.
         trim_.start(std::chrono::milliseconds(2000), [] { malloc_trim(0); });
@@ -134,13 +134,13 @@ class AtSpiTree::Worker {
     }
 
     void sweep() {
-        const std::lock_guard lock(shelf_->mutex);
-        if (shelf_->trees.sweep(Clock::now())) return sweep_.start(pauseBetweenSweeps, [this] { sweep(); });
+        const std::lock_guard lock(shared_->mutex);
+        if (shared_->trees.sweep(Clock::now())) return sweep_.start(pauseBetweenSweeps, [this] { sweep(); });
         reads_.clear();
     }
 
     BusThread& thread_;
-    const std::shared_ptr<Shelf> shelf_;
+    const std::shared_ptr<Shared> shared_;
     BusTimer sweep_;
     BusTimer trim_;
     AccessibilityBus bus_;
@@ -151,45 +151,45 @@ class AtSpiTree::Worker {
 AtSpiTree::AtSpiTree(BusThread& thread, std::string busAddress, std::function<bool()> soundRuns,
                      const ReadingPace& pace)
     : soundRuns_(std::move(soundRuns)),
-      shelf_(std::make_shared<Shelf>(pace)),
-      worker_(std::make_unique<OnBusThread<Worker>>(
-          thread, [&thread, address = std::move(busAddress), shelf = shelf_] {
-              return std::make_unique<Worker>(thread, address, shelf);
+      shared_(std::make_shared<Shared>(pace)),
+      reader_(std::make_unique<OnBusThread<Reader>>(
+          thread, [&thread, address = std::move(busAddress), shared = shared_] {
+              return std::make_unique<Reader>(thread, address, shared);
           })) {}
 
 AtSpiTree::~AtSpiTree() = default;
 
 bool AtSpiTree::isProcessTrusted() {
-    const std::lock_guard lock(shelf_->mutex);
-    return shelf_->trusted;
+    const std::lock_guard lock(shared_->mutex);
+    return shared_->trusted;
 }
 
 std::shared_ptr<AccessibilityElement> AtSpiTree::createApplication(std::int32_t pid) {
     const auto now = Clock::now();
     const bool mayRead = !soundRuns_ || soundRuns_();
-    KeptTrees::View view;
+    KeptTrees::Answer answer;
     std::optional<KeptTrees::Question> question;
     {
-        const std::lock_guard lock(shelf_->mutex);
-        if (shelf_->trusted) {
-            view = shelf_->trees.view(pid, now);
-            if (mayRead) question = shelf_->trees.due(pid, now);
+        const std::lock_guard lock(shared_->mutex);
+        if (shared_->trusted) {
+            answer = shared_->trees.answer(pid, now);
+            if (mayRead) question = shared_->trees.due(pid, now);
         }
     }
     if (question) {
-        worker_->post([pid, found = std::move(question->found)](Worker& worker) { worker.want(pid, found); });
+        reader_->post([pid, found = std::move(question->found)](Reader& reader) { reader.want(pid, found); });
     }
-    if (!view.record) view.record = std::make_shared<WalkRecord>();
-    return std::make_shared<SnapshotElement>(std::move(view.snapshot), 0U, std::move(view.record));
+    if (!answer.record) answer.record = std::make_shared<WalkRecord>();
+    return std::make_shared<SnapshotElement>(std::move(answer.snapshot), 0U, std::move(answer.record));
 }
 
 void AtSpiTree::noteChange() {
-    const std::lock_guard lock(shelf_->mutex);
-    shelf_->trees.noteChange(Clock::now());
+    const std::lock_guard lock(shared_->mutex);
+    shared_->trees.noteChange(Clock::now());
 }
 
 void AtSpiTree::enable() {
-    worker_->post([](Worker& worker) { worker.enable(); });
+    reader_->post([](Reader& reader) { reader.enable(); });
 }
 
 }  // namespace purlock::host_linux

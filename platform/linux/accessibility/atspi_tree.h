@@ -41,12 +41,12 @@ class AtSpiTree final : public AccessibilityTree {
     void enable();
 
   private:
-    class Worker;
-    struct Shelf;
+    class Reader;
+    struct Shared;
 
     const std::function<bool()> soundRuns_;
-    const std::shared_ptr<Shelf> shelf_;
-    const std::unique_ptr<OnBusThread<Worker>> worker_;
+    const std::shared_ptr<Shared> shared_;
+    const std::unique_ptr<OnBusThread<Reader>> reader_;
 };
 
 }  // namespace purlock::host_linux

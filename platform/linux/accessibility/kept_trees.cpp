@@ -28,7 +28,7 @@ void KeptTrees::learn(Tree& tree, Moment now) const {
     }
 }
 
-KeptTrees::View KeptTrees::view(std::int32_t pid, Moment now) {
+KeptTrees::Answer KeptTrees::answer(std::int32_t pid, Moment now) {
     if (!trees_.contains(pid) && trees_.size() >= maximumTrees) return {};
     Tree& tree = trees_[pid];
     tree.asked = now;

@@ -46,7 +46,7 @@ class KeptTrees {
     explicit KeptTrees(const ReadingPace& pace) : pace_(pace) {}
 
     /// The answer to a walk over the application.
-    struct View {
+    struct Answer {
         std::shared_ptr<const Snapshot> snapshot;  // null while nothing is known, or nothing found
         std::shared_ptr<WalkRecord> record;
     };
@@ -57,7 +57,7 @@ class KeptTrees {
     };
 
     /// Takes note of where the walk before this one ended, so that the tree shrinks to what it found.
-    View view(std::int32_t pid, Moment now);
+    Answer answer(std::int32_t pid, Moment now);
 
     /// Whether the application is to be read now; then it counts as being read.
     std::optional<Question> due(std::int32_t pid, Moment now);

@@ -97,15 +97,15 @@ class InstanceActivation::Service {
 
 InstanceActivation::InstanceActivation(RunLoop& mainLoop, BusThread& busThread, std::string busAddress,
                                        std::function<void()> onActivate, std::function<bool()> isPanelOpen)
-    : link_(std::make_shared<Link>()) {
-    link_->onActivate = std::move(onActivate);
-    link_->isPanelOpen = std::move(isPanelOpen);
-    link_->answer = [this](bool isOpen) {
+    : shared_(std::make_shared<Shared>()) {
+    shared_->onActivate = std::move(onActivate);
+    shared_->isPanelOpen = std::move(isPanelOpen);
+    shared_->answer = [this](bool isOpen) {
         service_->post([isOpen](Service& service) { service.answer(isOpen); });
     };
-    const auto onCall = [&mainLoop, weak = std::weak_ptr(link_)] {
-        const auto link = weak.lock();
-        if (!link || link->underWay.exchange(true)) return;
+    const auto onCall = [&mainLoop, weak = std::weak_ptr(shared_)] {
+        const auto shared = weak.lock();
+        if (!shared || shared->underWay.exchange(true)) return;
         mainLoop.post([weak] {
             const auto running = weak.lock();
             if (!running) return;
@@ -113,9 +113,9 @@ InstanceActivation::InstanceActivation(RunLoop& mainLoop, BusThread& busThread, 
             running->onActivate();
         });
     };
-    const auto onQuestion = [&mainLoop, weak = std::weak_ptr(link_)] {
-        const auto link = weak.lock();
-        if (!link || link->questionUnderWay.exchange(true)) return;
+    const auto onQuestion = [&mainLoop, weak = std::weak_ptr(shared_)] {
+        const auto shared = weak.lock();
+        if (!shared || shared->questionUnderWay.exchange(true)) return;
         mainLoop.post([weak] {
             const auto running = weak.lock();
             if (!running) return;

@@ -33,7 +33,7 @@ class InstanceActivation {
     class Service;
 
     /// Shared with the bus thread. The functions are for the main thread alone.
-    struct Link {
+    struct Shared {
         std::function<void()> onActivate;
         std::function<bool()> isPanelOpen;
         std::function<void(bool)> answer;
@@ -41,7 +41,7 @@ class InstanceActivation {
         std::atomic<bool> questionUnderWay = false;
     };
 
-    std::shared_ptr<Link> link_;
+    std::shared_ptr<Shared> shared_;
     std::unique_ptr<OnBusThread<Service>> service_;
 };
 

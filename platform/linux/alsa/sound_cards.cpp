@@ -34,11 +34,11 @@ std::optional<std::uint32_t> pinFromFileName(std::string_view name) {
 
 }  // namespace
 
-PcmView SoundCards::pcm(const PcmAddress& address) const {
+PcmInfo SoundCards::pcm(const PcmAddress& address) const {
     const std::string folder =
         joined({cardFolder(root_, address.card), "/pcm", std::to_string(address.device), "p/sub",
                 std::to_string(address.subdevice)});
-    PcmView view;
+    PcmInfo view;
     const auto status = readFile(folder + "/status", longestFile);
     if (!status) return view;
     view.status = parsePcmStatus(*status);

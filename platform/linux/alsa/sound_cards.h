@@ -30,12 +30,12 @@ struct PcmOwner {
 };
 
 /// What the kernel says of one playback PCM at one moment.
-struct PcmView {
+struct PcmInfo {
     PcmStatus status;
     std::optional<HardwareParameters> parameters;  // absent while closed or not set up
     std::optional<PcmOwner> owner;  // absent while closed, and when the process cannot be found
 
-    bool operator==(const PcmView&) const = default;
+    bool operator==(const PcmInfo&) const = default;
 };
 
 /// The sound cards as the kernel sees them, whatever the audio daemon believes: small files, read afresh at
@@ -46,7 +46,7 @@ class SoundCards {
     /// place.
     explicit SoundCards(std::string processFileSystem = "/proc") : root_(std::move(processFileSystem)) {}
 
-    PcmView pcm(const PcmAddress& address) const;
+    PcmInfo pcm(const PcmAddress& address) const;
 
     /// How the monitor behind an HDMI or DisplayPort PCM is attached. With several monitors on one card, the
     /// one whose name stands in `description` is taken, else the one at the PCM's place in the order of the

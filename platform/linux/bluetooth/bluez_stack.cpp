@@ -21,11 +21,11 @@ constexpr BusReadLimits objectsLimits{.totalTextBytes = 8U << 20U, .values = 200
 
 }  // namespace
 
-/// The mirror's writer, on the bus thread.
+/// Keeps the devices up to date, on the bus thread.
 class BlueZStack::Watcher {
   public:
-    Watcher(BusThread& thread, const std::string& address, std::shared_ptr<Mirror> mirror)
-        : mirror_(std::move(mirror)),
+    Watcher(BusThread& thread, const std::string& address, std::shared_ptr<Shared> shared)
+        : shared_(std::move(shared)),
           retry_(thread),
           connection_(thread, address, {[this] { watchDaemon(); }, [this] { forget(); }}) {}
     ~Watcher() { publish(std::nullopt); }
@@ -108,11 +108,11 @@ class BlueZStack::Watcher {
     }
 
     void publish(std::optional<std::vector<PairedBluetoothDevice>> devices) {
-        const std::lock_guard lock(mirror_->mutex);
-        mirror_->devices = std::move(devices);
+        const std::lock_guard lock(shared_->mutex);
+        shared_->devices = std::move(devices);
     }
 
-    const std::shared_ptr<Mirror> mirror_;
+    const std::shared_ptr<Shared> shared_;
     BlueZObjects objects_;
     bool answered_ = false;  // whether this daemon has told of its objects
     BusTimer retry_;
@@ -122,15 +122,15 @@ class BlueZStack::Watcher {
 
 BlueZStack::BlueZStack(BusThread& thread, std::string busAddress)
     : watcher_(std::make_unique<OnBusThread<Watcher>>(
-          thread, [&thread, address = std::move(busAddress), mirror = mirror_] {
-              return std::make_unique<Watcher>(thread, address, mirror);
+          thread, [&thread, address = std::move(busAddress), shared = shared_] {
+              return std::make_unique<Watcher>(thread, address, shared);
           })) {}
 
 BlueZStack::~BlueZStack() = default;
 
 std::optional<std::vector<PairedBluetoothDevice>> BlueZStack::pairedDevices() {
-    const std::lock_guard lock(mirror_->mutex);
-    return mirror_->devices;
+    const std::lock_guard lock(shared_->mutex);
+    return shared_->devices;
 }
 
 }  // namespace purlock::host_linux

@@ -26,12 +26,12 @@ class BlueZStack final : public BluetoothStack {
 
   private:
     class Watcher;
-    struct Mirror {
+    struct Shared {
         std::mutex mutex;
         std::optional<std::vector<PairedBluetoothDevice>> devices;  // guarded by mutex
     };
 
-    const std::shared_ptr<Mirror> mirror_ = std::make_shared<Mirror>();
+    const std::shared_ptr<Shared> shared_ = std::make_shared<Shared>();
     const std::unique_ptr<OnBusThread<Watcher>> watcher_;
 };
 

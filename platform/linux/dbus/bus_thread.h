@@ -114,10 +114,10 @@ class OnBusThread {
     /// `make` returns a std::unique_ptr<T>.
     template <typename Make>
     OnBusThread(BusThread& thread, Make make) : thread_(thread) {
-        thread_.post([slot = slot_, make = std::move(make)] { slot->object = make(); });
+        thread_.post([object = object_, make = std::move(make)] { *object = make(); });
     }
     ~OnBusThread() {
-        thread_.runAndWait([this] { slot_->object.reset(); });
+        thread_.runAndWait([this] { object_->reset(); });
     }
     OnBusThread(const OnBusThread&) = delete;
     OnBusThread& operator=(const OnBusThread&) = delete;
@@ -125,17 +125,14 @@ class OnBusThread {
     /// Runs `work(T&)` on the bus thread, unless the object is gone by then. Any thread.
     template <typename Work>
     void post(Work work) {
-        thread_.post([slot = slot_, work = std::move(work)] {
-            if (slot->object) work(*slot->object);
+        thread_.post([object = object_, work = std::move(work)] {
+            if (*object) work(**object);
         });
     }
 
   private:
-    struct Slot {
-        std::unique_ptr<T> object;
-    };
     BusThread& thread_;
-    std::shared_ptr<Slot> slot_ = std::make_shared<Slot>();
+    const std::shared_ptr<std::unique_ptr<T>> object_ = std::make_shared<std::unique_ptr<T>>();
 };
 
 }  // namespace purlock::host_linux

@@ -14,7 +14,7 @@
 
 namespace purlock::host_linux {
 
-class NowPlayingShelf;
+class SharedPlayer;
 
 /// Provides the now-playing framework's contract from the media players of the session bus.
 ///
@@ -44,15 +44,15 @@ class MprisFrameworkLoader final : public FrameworkLoader {
   private:
     class Service;
     class Framework;
-    struct Door;
+    struct Shared;
 
     BusThread& thread_;
     const std::string address_;
     MainNotificationCenter& center_;
     PlayedFiles& files_;
-    const std::shared_ptr<NowPlayingShelf> shelf_;
+    const std::shared_ptr<SharedPlayer> player_;
     std::unique_ptr<Service> service_;
-    const std::shared_ptr<Door> door_;
+    const std::shared_ptr<Shared> shared_;
 };
 
 }  // namespace purlock::host_linux

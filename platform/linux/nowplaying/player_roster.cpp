@@ -124,7 +124,7 @@ const PlayerRoster::Player* PlayerRoster::find(const std::string& owner) const {
     return entry == players_.end() ? nullptr : &entry->second;
 }
 
-PlayerRoster::View PlayerRoster::view() const {
+PlayerRoster::Current PlayerRoster::current() const {
     std::string owner = currentOwner();
     const Player* player = find(owner);
     if (player == nullptr) return {};
@@ -133,7 +133,7 @@ PlayerRoster::View PlayerRoster::view() const {
 }
 
 NowPlayingChanges PlayerRoster::takeChanges() {
-    View now = view();
+    Current now = current();
     NowPlayingChanges changes;
     changes.application = now.owner != seen_.owner || now.processIdentifier != seen_.processIdentifier ||
                           now.identity != seen_.identity;

@@ -100,7 +100,7 @@ class PlayerRoster {
 
   private:
     /// The current player as a reader sees it.
-    struct View {
+    struct Current {
         std::string owner;
         std::int32_t processIdentifier = 0;
         PlayerIdentity identity;
@@ -110,11 +110,11 @@ class PlayerRoster {
 
     bool makeRoom();
     void removeName(const std::string& name);
-    View view() const;
+    Current current() const;
 
     std::map<std::string, Player> players_;  // by unique name
     std::uint64_t now_ = 0;
-    View seen_;
+    Current seen_;
 };
 
 /// Whether the player of this well-known name repeats what other players say, or stands for one on another

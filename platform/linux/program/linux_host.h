@@ -19,7 +19,7 @@
 #include "platform/linux/nowplaying/player_applications.h"
 #include "platform/linux/panel/outside_clicks.h"
 #include "platform/linux/panel/qt_panel_window.h"
-#include "platform/linux/pipewire/pipewire_hardware.h"
+#include "platform/linux/pipewire/hardware/pipewire_hardware.h"
 #include "platform/linux/playedfile/played_files.h"
 #include "platform/linux/propertylist/preference_files.h"
 #include "platform/linux/storage/disk_application_files.h"

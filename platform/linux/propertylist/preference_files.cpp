@@ -33,9 +33,9 @@ struct PreferenceFiles::Seen {
     std::optional<PropertyListDictionary> dictionary;
 };
 
-class PreferenceFiles::Shelf {
+class PreferenceFiles::Shared {
   public:
-    explicit Shelf(std::chrono::milliseconds pause) : pause_(pause) {}
+    explicit Shared(std::chrono::milliseconds pause) : pause_(pause) {}
 
     Seen seen(const std::string& path) {
         const std::lock_guard lock(mutex_);
@@ -90,17 +90,17 @@ class PreferenceFiles::Shelf {
 };
 
 PreferenceFiles::PreferenceFiles(std::shared_ptr<SerialQueue> queue, std::chrono::milliseconds pause)
-    : queue_(std::move(queue)), shelf_(std::make_shared<Shelf>(pause)) {}
+    : queue_(std::move(queue)), shared_(std::make_shared<Shared>(pause)) {}
 
 PreferenceFiles::~PreferenceFiles() = default;
 
 PreferenceFiles::Seen PreferenceFiles::seen(const std::string& path) {
-    if (shelf_->isDue(path)) {
-        queue_->async([weak = std::weak_ptr(shelf_), path] {
-            if (const auto shelf = weak.lock()) shelf->look(path);
+    if (shared_->isDue(path)) {
+        queue_->async([weak = std::weak_ptr(shared_), path] {
+            if (const auto shared = weak.lock()) shared->look(path);
         });
     }
-    return shelf_->seen(path);
+    return shared_->seen(path);
 }
 
 bool PreferenceFiles::fileExistsAtPath(const std::string& path) {

@@ -32,12 +32,12 @@ class PreferenceFiles final : public FileSystem, public PropertyListReader {
 
   private:
     struct Seen;
-    class Shelf;
+    class Shared;
 
     Seen seen(const std::string& path);
 
     const std::shared_ptr<SerialQueue> queue_;
-    const std::shared_ptr<Shelf> shelf_;
+    const std::shared_ptr<Shared> shared_;
 };
 
 }  // namespace purlock::host_linux

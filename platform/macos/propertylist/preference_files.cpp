@@ -23,9 +23,9 @@ struct PreferenceFiles::Seen {
     std::optional<PropertyListDictionary> dictionary;
 };
 
-class PreferenceFiles::Shelf {
+class PreferenceFiles::Shared {
   public:
-    explicit Shelf(Refusal refusal) : refusal_(std::move(refusal)) {}
+    explicit Shared(Refusal refusal) : refusal_(std::move(refusal)) {}
 
     Seen seen(const std::string& path) {
         const std::lock_guard lock(mutex_);
@@ -71,7 +71,7 @@ class PreferenceFiles::Shelf {
 };
 
 PreferenceFiles::PreferenceFiles(std::shared_ptr<SerialQueue> queue, Now now, Refusal refusal)
-    : queue_(std::move(queue)), now_(std::move(now)), shelf_(std::make_shared<Shelf>(std::move(refusal))) {}
+    : queue_(std::move(queue)), now_(std::move(now)), shared_(std::make_shared<Shared>(std::move(refusal))) {}
 
 PreferenceFiles::~PreferenceFiles() = default;
 
@@ -83,12 +83,12 @@ bool PreferenceFiles::isRefused(const std::string& path) {
 }
 
 PreferenceFiles::Seen PreferenceFiles::seen(const std::string& path) {
-    if (shelf_->isDue(path, now_())) {
-        queue_->async([weak = std::weak_ptr(shelf_), path] {
-            if (const auto shelf = weak.lock()) shelf->look(path);
+    if (shared_->isDue(path, now_())) {
+        queue_->async([weak = std::weak_ptr(shared_), path] {
+            if (const auto shared = weak.lock()) shared->look(path);
         });
     }
-    return shelf_->seen(path);
+    return shared_->seen(path);
 }
 
 bool PreferenceFiles::fileExistsAtPath(const std::string& path) {

@@ -38,11 +38,11 @@ class PreferenceFiles final : public FileSystem, public PropertyListReader {
 
   private:
     struct Seen;
-    class Shelf;
+    class Shared;
 
     const std::shared_ptr<SerialQueue> queue_;
     const Now now_;
-    const std::shared_ptr<Shelf> shelf_;
+    const std::shared_ptr<Shared> shared_;
 
     Seen seen(const std::string& path);
 };

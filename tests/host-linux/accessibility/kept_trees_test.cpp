@@ -30,7 +30,7 @@ Snapshot tree(const std::string& badge) {
 /// The trees with a walk over them as the program does it, at a time that the test sets.
 struct Walks {
     std::optional<std::string> walk() {
-        const auto view = trees.view(pid, now);
+        const auto view = trees.answer(pid, now);
         lastSize = view.snapshot ? view.snapshot->nodes.size() : 0;
         SnapshotElement application(view.snapshot, 0, view.record);
         return AccessibilityScraper::walk(application, {"high"}, 0);

@@ -22,7 +22,7 @@ class SoundCardsTest : public testing::Test {
 TEST_F(SoundCardsTest, AnOpenPcmNamesTheProcessOfItsThread) {
     recorded.openPcm("card1/pcm0p", 4712, "S24_3LE", 96000);
     recorded.addThread(4712, 4700, "player");
-    const PcmView view = cards.pcm({1, 0, 0});
+    const PcmInfo view = cards.pcm({1, 0, 0});
     EXPECT_EQ(view.status.state, PcmState::running);
     ASSERT_TRUE(view.parameters);
     EXPECT_EQ(view.parameters->sampleRate, 96000);
@@ -36,11 +36,11 @@ TEST_F(SoundCardsTest, ClosedMissingAndForeignFiles) {
     std::filesystem::create_directories(recorded.folder() + "/asound/card0/pcm2p/sub0/status");
     std::filesystem::create_directories(recorded.folder() + "/asound/card0/pcm3p/sub0");
     ::mkfifo((recorded.folder() + "/asound/card0/pcm3p/sub0/status").c_str(), 0600);
-    EXPECT_EQ(cards.pcm({0, 0, 0}), PcmView{});
+    EXPECT_EQ(cards.pcm({0, 0, 0}), PcmInfo{});
     EXPECT_EQ(cards.pcm({0, 1, 0}).owner, std::nullopt);
-    EXPECT_EQ(cards.pcm({0, 2, 0}), PcmView{}) << "a folder";
-    EXPECT_EQ(cards.pcm({0, 3, 0}), PcmView{}) << "a pipe that nobody writes to";
-    EXPECT_EQ(cards.pcm({7, 0, 0}), PcmView{}) << "no such card";
+    EXPECT_EQ(cards.pcm({0, 2, 0}), PcmInfo{}) << "a folder";
+    EXPECT_EQ(cards.pcm({0, 3, 0}), PcmInfo{}) << "a pipe that nobody writes to";
+    EXPECT_EQ(cards.pcm({7, 0, 0}), PcmInfo{}) << "no such card";
 }
 
 TEST_F(SoundCardsTest, AFileWithoutAnEndIsReadInPart) {

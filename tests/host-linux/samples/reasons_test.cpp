@@ -8,7 +8,7 @@
 #include "base/text.h"
 #include "core/cause_engine.h"
 #include "platform/linux/words/linux_words.h"
-#include "tests/host-linux/pipewire/audio_test.h"
+#include "tests/host-linux/pipewire/hardware/audio_test.h"
 #include "tests/host-linux/samples/captured_sink.h"
 #include "tests/host-linux/samples/comparison.h"
 #include "tests/support/temporary_folder.h"
