@@ -161,9 +161,7 @@ AudioMonitor::Observation AudioMonitor::observe(AudioProperties& hardware, Audio
     if (state.transportType == DeviceTransport::bluetooth) {
         state.bluetoothInfo = BluetoothDevices::infoMatchingName(state.name, seams_.bluetooth);
     }
-    if (ProcessAudio::currentSourceFor(device, {hardware, seams_.applications, seams_.operatingSystem})) {
-        state.isRunning = true;
-    }
+    if (ProcessAudio::hasSource(hardware, seams_.operatingSystem)) state.isRunning = true;
     state.mixerWork = hardware.mixerWork(device);
     return observed;
 }

@@ -36,7 +36,6 @@ struct AudioMonitorSeams {
     AudioHardware& hardware;
     UsbRegistry& usb;
     BluetoothStack& bluetooth;
-    RunningApplications& applications;
     OperatingSystem& operatingSystem;
     RunLoop& mainLoop;
     SerialQueueFactory& queues;

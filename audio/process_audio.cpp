@@ -11,13 +11,22 @@ namespace {
 
 constexpr OperatingSystemVersion firstWithProcessObjects{14, 2, 0};
 
+std::vector<AudioObjectID> processObjects(AudioProperties& hardware) {
+    return readObjects(hardware, kAudioObjectSystemObject, kAudioHardwarePropertyProcessObjectList,
+                       kAudioObjectPropertyScopeGlobal)
+        .value_or(std::vector<AudioObjectID>());
+}
+
+bool isRunningOutput(AudioProperties& hardware, AudioObjectID process) {
+    return readFlag(hardware, process, kAudioProcessPropertyIsRunningOutput);
+}
+
 RawProcess readProcess(AudioProperties& hardware, AudioObjectID object) {
     std::uint32_t pid = 0;
     readValue(hardware, object, kAudioProcessPropertyPID, pid);  // a failed read leaves 0
     auto bundleID = readText(hardware, object, kAudioProcessPropertyBundleID);
     if (bundleID && bundleID->empty()) bundleID.reset();
-    return {object, std::bit_cast<std::int32_t>(pid), std::move(bundleID),
-            readFlag(hardware, object, kAudioProcessPropertyIsRunningOutput)};
+    return {object, std::bit_cast<std::int32_t>(pid), std::move(bundleID), isRunningOutput(hardware, object)};
 }
 
 bool outputsTo(AudioProperties& hardware, const RawProcess& process, AudioObjectID device) {
@@ -35,13 +44,10 @@ std::optional<std::string> applicationName(const RawProcess& process, RunningApp
 }  // namespace
 
 std::vector<RawProcess> audioProcesses(AudioProperties& hardware) {
-    const auto objects =
-        readObjects(hardware, kAudioObjectSystemObject, kAudioHardwarePropertyProcessObjectList,
-                    kAudioObjectPropertyScopeGlobal);
     std::vector<RawProcess> processes;
-    if (!objects) return processes;
-    processes.reserve(objects->size());
-    for (const AudioObjectID object : *objects) processes.push_back(readProcess(hardware, object));
+    for (const AudioObjectID object : processObjects(hardware)) {
+        processes.push_back(readProcess(hardware, object));
+    }
     return processes;
 }
 
@@ -56,6 +62,13 @@ std::optional<AudioProcessInfo> currentSourceFor(AudioObjectID device, const Pro
     if (source == processes.end()) return std::nullopt;
     return AudioProcessInfo{source->pid, source->bundleID, applicationName(*source, seams.applications),
                             true};
+}
+
+bool hasSource(AudioProperties& hardware, OperatingSystem& operatingSystem) {
+    if (operatingSystem.version() < firstWithProcessObjects) return false;
+    const auto picture = hardware.picture();
+    return std::ranges::any_of(processObjects(*picture),
+                               [&](AudioObjectID process) { return isRunningOutput(*picture, process); });
 }
 
 }  // namespace purlock::ProcessAudio

@@ -40,6 +40,9 @@ std::vector<RawProcess> audioProcesses(AudioProperties& hardware);
 /// systems before 14.2, which have no process objects.
 std::optional<AudioProcessInfo> currentSourceFor(AudioObjectID device, const ProcessAudioSeams& seams);
 
+/// True if `currentSourceFor` has an answer. Costs less, since it does not ask who that is.
+bool hasSource(AudioProperties& hardware, OperatingSystem& operatingSystem);
+
 }  // namespace ProcessAudio
 
 }  // namespace purlock

@@ -76,8 +76,7 @@ struct MonitorFixture {
 
     std::shared_ptr<AudioMonitor> makeMonitor(HardwareUnderTest& itsWay) {
         return std::make_shared<AudioMonitor>(
-            AudioMonitorSeams{itsWay.hardware(), usb, bluetooth, applications, operatingSystem, loop,
-                              itsWay.queues()},
+            AudioMonitorSeams{itsWay.hardware(), usb, bluetooth, operatingSystem, loop, itsWay.queues()},
             settings);
     }
 

@@ -41,7 +41,9 @@ struct Machine {
     std::optional<AudioProcessInfo> source(AudioObjectID device,
                                            OperatingSystemVersion version = {15, 3, 0}) {
         test::FakeOperatingSystem operatingSystem(version);
-        return ProcessAudio::currentSourceFor(device, {way->hardware(), applications, operatingSystem});
+        auto found = ProcessAudio::currentSourceFor(device, {way->hardware(), applications, operatingSystem});
+        EXPECT_EQ(ProcessAudio::hasSource(way->hardware(), operatingSystem), found.has_value());
+        return found;
     }
 };
 

@@ -180,6 +180,8 @@ MISTAKES = [
         ("one that is silent counts", "process.isRunningOutput && outputsTo", "outputsTo"),
         ("an empty identifier counts", "if (bundleID && bundleID->empty()) bundleID.reset();", ""),
         ("older systems are asked", "if (seams.operatingSystem.version() < firstWithProcessObjects) return std::nullopt;", ""),
+        ("nobody is a source", "return isRunningOutput(*picture, process);", "return isRunningOutput(*picture, process) && false;"),
+        ("older systems have a source", "if (operatingSystem.version() < firstWithProcessObjects) return false;", ""),
         ("nobody elsewhere counts", "if (source == processes.end()) source = std::ranges::find_if(processes, &RawProcess::isRunningOutput);", "")),
     *of("audio/bluetooth_devices.cpp",
         ("what is not connected counts", "return !device.isConnected;", "static_cast<void>(device); return false;"),

@@ -50,7 +50,7 @@ struct ShellFixture : MonitorFixture {
 
     AppDelegateSeams seams() {
         return {.mainLoop = loop,
-                .audio = {hardware, usb, bluetooth, applications, operatingSystem, loop, queues},
+                .audio = {hardware, usb, bluetooth, operatingSystem, loop, queues},
                 .nowPlaying = {loop, queues, operatingSystem, applications, loader, center},
                 .coordinator =
                     {loop, clock, {hardware, applications, operatingSystem}, introspection.seams, host.words},

@@ -100,7 +100,7 @@ void LinuxHost::listenToStarts(std::function<void()> onActivate) {
 
 AppDelegateSeams LinuxHost::seams() {
     return {.mainLoop = mainLoop_,
-            .audio = {hardware_, usb_, bluetooth_, applications_, operatingSystem_, mainLoop_, mainQueues_},
+            .audio = {hardware_, usb_, bluetooth_, operatingSystem_, mainLoop_, mainQueues_},
             .nowPlaying = {mainLoop_, mainQueues_, operatingSystem_, playerApplications_, players_,
                            notificationCenter_},
             .coordinator = {mainLoop_,

@@ -22,7 +22,7 @@ void MacHost::provideSharedServices() {
 AppDelegateSeams MacHost::seams() {
     return {
         .mainLoop = mainLoop_,
-        .audio = {hardware_, usb_, bluetooth_, applications_, operatingSystem_, mainLoop_, queues_},
+        .audio = {hardware_, usb_, bluetooth_, operatingSystem_, mainLoop_, queues_},
         .nowPlaying = {mainLoop_, queues_, operatingSystem_, applications_, frameworks_, notificationCenter_},
         .coordinator = {mainLoop_,
                         clock_,
