@@ -28,11 +28,11 @@ class SettingsStore final : public DevicePin {
     const Published<std::optional<std::string>>& pinnedDeviceUID() const override { return pinnedDeviceUID_; }
     void setPinnedDeviceUID(std::optional<std::string> uid);
 
-    /// Whether the state log is written.
+    /// True if the state log is written.
     const Published<bool>& logEnabled() const { return logEnabled_; }
     void setLogEnabled(bool enabled);
 
-    /// Whether the panel stays open when the user clicks elsewhere.
+    /// True if the panel stays open when the user clicks elsewhere.
     const Published<bool>& panelPinned() const { return panelPinned_; }
     void setPanelPinned(bool pinned);
 

@@ -29,8 +29,8 @@ struct PropertyAddress {
     bool operator==(const PropertyAddress&) const = default;
 };
 
-/// Called with nothing: whoever is notified reads again. Its identity, not its content, names it when it is
-/// removed.
+/// Called with nothing: the one that is notified reads again. Its identity, not its content, names it when it
+/// is removed.
 using ListenerBlock = std::shared_ptr<const std::function<void()>>;
 
 /// A stream format as the hardware layer lays it out in memory: 40 bytes, CoreAudio's

@@ -109,7 +109,7 @@ void AudioMonitor::readDevices() {
 }
 
 void AudioMonitor::readStateThatIsDue() {
-    refreshIsDue_ = false;  // whoever asks from here on may know more than what is read now
+    refreshIsDue_ = false;  // a later request may come of a change that this read misses
     readState();
 }
 

@@ -25,7 +25,7 @@ class [[nodiscard]] Cancellable {
 
     void cancel() { token_.reset(); }
 
-    /// Whether this handle keeps something; a one-shot timer that has fired counts until it is dropped.
+    /// True if this handle keeps something; a one-shot timer that has fired counts until it is dropped.
     explicit operator bool() const { return token_ != nullptr; }
 
   private:

@@ -96,7 +96,7 @@ class JsonWriter {
         out_.append(2 * level_, ' ');
     }
 
-    /// Whether `byte` stands for itself in a text.
+    /// True if `byte` stands for itself in a text.
     static bool isPlain(char byte) {
         return byte >= 0x20 && byte < 0x7F && byte != '"' && byte != '\\' && byte != '/';
     }

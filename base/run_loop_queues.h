@@ -10,7 +10,7 @@
 namespace purlock {
 
 /// Serial queues whose work runs on the main thread, as turns of its loop: for work that is short, waits for
-/// nothing and ends on the main thread anyhow, so that it wakes no other thread on its way.
+/// nothing and ends on the main thread in any case, so that it wakes no other thread on its way.
 ///
 /// Nobody may use a queue once the run loop has ended. Work that the loop no longer gets to is dropped.
 class RunLoopQueues final : public SerialQueueFactory {

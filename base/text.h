@@ -18,7 +18,7 @@ std::string lowercased(std::string_view text);
 /// Every letter in upper case by Unicode's full mapping (a sharp s becomes "SS"), whatever the locale.
 std::string uppercased(std::string_view text);
 
-/// Whether `part` stands in `text`, code point by code point; an empty part stands in every text.
+/// True if `part` stands in `text`, code point by code point; an empty part stands in every text.
 bool contains(std::string_view text, std::string_view part);
 
 /// `text` without leading and trailing white space and line breaks: Unicode's separators (Z*), tab to
@@ -32,7 +32,7 @@ std::string wellFormed(std::string_view text);
 /// The first characters of `text`, as many as have room in `bytes`; none is cut in two.
 std::string_view firstCharacters(std::string_view text, std::size_t bytes);
 
-/// Whether there is a text that is not empty.
+/// True if there is a text that is not empty.
 inline bool hasText(const std::optional<std::string>& text) {
     return text && !text->empty();
 }

@@ -42,7 +42,7 @@ void print(const Watched& watched, double seconds) {
                 memory->resident, memory->anonymous);
 }
 
-/// Whether the program has written a state in which the device runs.
+/// True if the program has written a state in which the device runs.
 bool isPlaying(const std::string& stateFile) {
     std::ifstream file(stateFile);
     const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());

@@ -63,7 +63,7 @@ SignalStage sourceStage(const std::optional<SourceClaim>& claim,
     constexpr std::string_view title = "Source";
     if (claim && claim->file) return fileStage(*claim);
     if (claim) {
-        // A claim that does not say that it is lossless counts as lossy: no benefit of the doubt.
+        // A claim that does not say that it is lossless counts as lossy.
         const Quality quality = claim->isLossless.value_or(false) ? Quality::lossless : Quality::lossy;
         return makeStage(Kind::source, title, std::string(displayName(claim->app)), shownTier(*claim),
                          claimedBitrate(*claim), quality);

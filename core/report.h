@@ -10,7 +10,7 @@
 namespace purlock {
 
 /// One hop of the signal path. Two stages built by two evaluations are never equal, for their `id` differs;
-/// whoever wants to know whether a report says something new compares texts, kinds and the verdict.
+/// to find out if a report says something new, compare texts, kinds and the verdict.
 struct SignalStage {
     enum class Kind {
         source,       // the application's own claim

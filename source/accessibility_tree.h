@@ -51,7 +51,7 @@ class AccessibilityTree {
     AccessibilityTree(const AccessibilityTree&) = delete;
     AccessibilityTree& operator=(const AccessibilityTree&) = delete;
 
-    /// Whether this process may look into other applications. Never asks the user.
+    /// True if this process may look into other applications. Never asks the user.
     virtual bool isProcessTrusted() = 0;
 
     /// The top element of the application; never null. Of a process without elements every attribute is

@@ -14,7 +14,7 @@ class FileSystem {
     FileSystem(const FileSystem&) = delete;
     FileSystem& operator=(const FileSystem&) = delete;
 
-    /// Whether the path leads to a file or folder, symbolic links followed.
+    /// True if the path leads to a file or folder, symbolic links followed.
     virtual bool fileExistsAtPath(const std::string& path) = 0;
 
     /// The user's home folder, without a slash at its end; absent when it is not known.

@@ -77,7 +77,7 @@ class NotificationCenter {
     NotificationCenter(const NotificationCenter&) = delete;
     NotificationCenter& operator=(const NotificationCenter&) = delete;
 
-    /// Runs `block` on the main run loop after every notification of this name, whoever posts it, until the
+    /// Runs `block` on the main run loop after every notification of this name, from any sender, until the
     /// handle is dropped.
     virtual Cancellable addObserverForName(std::string_view name, std::function<void()> block) = 0;
 };

@@ -55,7 +55,7 @@ class MenubarPanel {
     void appear();
     void disappear();
 
-    /// Whether it has appeared: only then does it tell of changes.
+    /// True if it has appeared: only then does it tell of changes.
     bool isOnScreen() const { return !subscriptions_.empty(); }
 
     /// What is to be seen now.

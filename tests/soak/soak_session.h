@@ -24,7 +24,7 @@ class SoakSession {
     /// that comes or goes, the panel opened or closed, now and then a tray or an audio server that dies.
     std::string happen();
 
-    /// Whether the program's snapshot says what is: by our own record, and by what the server's dump says at
+    /// True if the program's snapshot says what is: by our own record, and by what the server's dump says at
     /// the same moment; and whether its icon is in the tray. Empty when both are so within ten seconds, else
     /// what differs.
     std::string disagreement();

@@ -9,7 +9,7 @@
 
 namespace purlock::test {
 
-/// Whether somebody listens at this socket. Its file is there a moment before.
+/// True if somebody listens at this socket. Its file is there a moment before.
 inline bool canConnect(const std::string& path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;

@@ -14,7 +14,7 @@ using Environment = std::vector<std::string>;  // "NAME=value"
 
 /// How a program that a test starts is bound to the test.
 struct ChildOptions {
-    /// Whether what the program starts in turn ends with it.
+    /// The programs that this one starts end with it (`own`), or do not (`shared`).
     enum class Group { shared, own };
 
     std::string log = {};  // the file that its output is appended to; empty for the test's own output

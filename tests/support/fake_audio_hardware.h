@@ -65,7 +65,7 @@ class FakeAudioHardware final : public AudioHardware {
     /// Removals that named no installed listener.
     int strayRemovals() const;
 
-    /// Whether the property's value is a text; no read.
+    /// True if the property's value is a text; no read.
     bool holdsText(AudioObjectID object, const PropertyAddress& address) const;
 
     // AudioHardware

@@ -14,9 +14,9 @@
 
 namespace purlock::test {
 
-/// A folder whose file system never answers: a FUSE mount that nobody serves. Whoever asks it for anything
-/// waits until this is gone, or until it is killed; once `takesRequest` has said yes, nothing ends the first
-/// wait but the end of this. Only root may mount; where it cannot be, `isThere` says so.
+/// A folder whose file system never answers: a FUSE mount that nobody serves. A thread that asks it for
+/// anything waits until this is gone, or until it is killed; once `takesRequest` has said yes, nothing ends
+/// the first wait but the end of this. Only root may mount; where it cannot be, `isThere` says so.
 class HangingMount {
   public:
     explicit HangingMount(const std::filesystem::path& folder)
@@ -36,7 +36,7 @@ class HangingMount {
 
     bool isThere() const { return isThere_; }
 
-    /// Whether somebody has asked for something. The request is taken, as a server does that then dies. Ask
+    /// True if somebody has asked for something. The request is taken, as a server does that then dies. Ask
     /// again and again; at first the kernel wants to know which protocol it is.
     bool takesRequest() {
         alignas(fuse_in_header) std::array<std::byte, FUSE_MIN_READ_BUFFER> request;

@@ -14,8 +14,8 @@
 namespace purlock::test {
 
 /// A desktop session of a test's own: a folder with home, runtime and configuration directories, and the
-/// daemons that the test starts in it. Nothing in it can reach the session of whoever runs the tests, nor the
-/// system bus.
+/// daemons that the test starts in it. Nothing in it can reach the session of the user who runs the tests,
+/// nor the system bus.
 ///
 /// Making one points this process's environment into it, so that client libraries find its daemons; one at a
 /// time. Everything ends, by process id, and the folder goes, with the object. The test's own thread.

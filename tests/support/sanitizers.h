@@ -2,7 +2,7 @@
 
 namespace purlock::test {
 
-/// Whether the program was built with a sanitizer that makes it much slower and keeps what was freed.
+/// True if the program was built with a sanitizer that makes it much slower and keeps what was freed.
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
 inline constexpr bool isSanitized = true;

@@ -38,7 +38,7 @@ class TestService {
     TestService(const TestService&) = delete;
     TestService& operator=(const TestService&) = delete;
 
-    /// Whether the service is on the bus, with its name if it wants one.
+    /// True if the service is on the bus, with its name if it wants one.
     bool ready() const { return ready_; }
 
     /// Runs `work(sd_bus*)` on the service's thread and waits for it.
@@ -52,7 +52,7 @@ class TestService {
         return name;
     }
 
-    /// Makes and sends a signal whose body `fill` writes: to whoever listens, or to one peer alone.
+    /// Makes and sends a signal whose body `fill` writes: to all who listen, or to one peer alone.
     void emit(const char* path, const char* interface, const char* member,
               const std::function<void(sd_bus_message*)>& fill, const char* destination = nullptr) {
         run([&](sd_bus* bus) {

@@ -10,11 +10,11 @@ namespace purlock::host_linux {
 // The parts of an element that count, for both ways of reading (at-spi2-core, atspi-constants.h). Pure; any
 // thread.
 
-/// Whether an element with these states can be on the screen. One that is neither shown nor visible is not,
+/// True if an element with these states can be on the screen. One that is neither shown nor visible is not,
 /// such as a closed menu or a hidden page of a notebook; nothing inside it is either.
 bool isOnScreen(const BusValue* states);
 
-/// Whether an element's content is read, beside its name: where there is no name, and in fields that a name
+/// True if an element's content is read, beside its name: where there is no name, and in fields that a name
 /// only labels. Never that of a password, nor of a table or a row, whose cells count.
 bool countsByContent(std::int64_t role, bool isNameless);
 

@@ -59,7 +59,7 @@ class KeptTrees {
     /// Takes note of where the walk before this one ended, so that the tree shrinks to what it found.
     Answer answer(std::int32_t pid, Moment now);
 
-    /// Whether the application is to be read now; then it counts as being read.
+    /// True if the application is to be read now; then it counts as being read.
     std::optional<Question> due(std::int32_t pid, Moment now);
 
     /// The tree that was read; absent when the read failed, and nothing is known then.

@@ -50,7 +50,7 @@ class InstanceActivation {
 /// on it, or no answer. Any thread but the bus thread.
 bool activateRunningInstance(const std::string& busAddress, std::chrono::milliseconds longest);
 
-/// Whether the panel of the running instance is open, once that instance has done what it was asked before.
+/// True if the panel of the running instance is open, once that instance has done what it was asked before.
 /// Absent when it does not say within `longest`. Any thread but the bus thread.
 std::optional<bool> panelOfRunningInstance(const std::string& busAddress, std::chrono::milliseconds longest);
 

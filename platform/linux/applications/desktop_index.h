@@ -35,10 +35,10 @@ class DesktopIndex {
     /// only run others.
     std::optional<std::string> idOfExecutable(std::string_view path) const;
 
-    /// Whether only desktop files that no menu shows name the program: a desktop's shell, a handler.
+    /// True if only desktop files that no menu shows name the program: a desktop's shell, a handler.
     bool isHelper(std::string_view path) const;
 
-    /// Whether a folder that was read has changed since, appeared or gone. Some calls of stat.
+    /// True if a folder that was read has changed since, appeared or gone. Some calls of stat.
     bool isOutdated() const;
 
     std::size_t size() const { return entries_.size(); }

@@ -14,7 +14,7 @@ namespace purlock::host_linux {
 /// quality.
 std::string bundleIdentifierOf(std::string_view desktopID);
 
-/// Whether the desktop file's id stands for that bundle identifier.
+/// True if the desktop file's id stands for that bundle identifier.
 bool isBundleIdentifierOf(std::string_view bundleID, std::string_view desktopID);
 
 }  // namespace purlock::host_linux

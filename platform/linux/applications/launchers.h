@@ -10,7 +10,7 @@ namespace purlock::host_linux {
 // Programs that run other programs: interpreters, shells, start helpers. A desktop file that starts with one
 // says nothing of the process, and a process that runs one is named by what it runs. Pure; any thread.
 
-/// Whether the program at that path, or of that name, is one: "/usr/bin/python3.11", "electron29". A version
+/// True if the program at that path, or of that name, is one: "/usr/bin/python3.11", "electron29". A version
 /// at the name's end does not count.
 bool isLauncher(std::string_view program);
 

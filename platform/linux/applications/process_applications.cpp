@@ -35,7 +35,7 @@ std::optional<std::string> ProcessApplications::identify(std::int32_t pid) const
     return identifyByProgram(pid);
 }
 
-/// Whether the process is a desktop's shell, a handler or the like.
+/// True if the process is a desktop's shell, a handler or the like.
 bool ProcessApplications::isHelper(std::int32_t pid) const {
     const auto program = processes_.executable(pid);
     return program && index_->isHelper(*program);

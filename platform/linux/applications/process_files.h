@@ -22,7 +22,7 @@ class ProcessFiles {
     /// The text of its control groups.
     std::string controlGroups(std::int32_t pid) const;
 
-    /// Whether it sees other mounts than this process, as in a sandbox; not asked of its own file system.
+    /// True if it sees other mounts than this process, as in a sandbox; not asked of its own file system.
     bool hasOwnMounts(std::int32_t pid) const;
 
     /// The text of its sandbox's description; absent outside a sandbox of Flatpak's. Read from the process's

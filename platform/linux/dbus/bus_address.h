@@ -19,7 +19,7 @@ std::string systemBusAddress();
 /// The address of a socket in the file system; bytes that an address must not hold are escaped.
 std::string busAddressOfPath(const std::string& path);
 
-/// Whether every bus that the address names is a socket of this machine. Other kinds of address run a command
+/// True if every bus that the address names is a socket of this machine. Other kinds of address run a command
 /// or use the network.
 bool isSocketAddress(std::string_view address);
 

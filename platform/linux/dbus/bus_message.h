@@ -48,7 +48,7 @@ class BusIncoming {
   public:
     explicit BusIncoming(sd_bus_message* message) : message_(message) {}
 
-    /// Whether this is an error in place of a reply: from the peer, or "no reply" after the time limit or the
+    /// True if this is an error in place of a reply: from the peer, or "no reply" after the time limit or the
     /// end of the connection.
     bool isError() const;
     std::string_view errorName() const;  // empty when it is none

@@ -54,7 +54,7 @@ class BusReader {
     /// next.
     std::string nextArrayType() const;
 
-    /// Whether a limit or a malformed value, rather than the end, ended the reading.
+    /// True if a limit or a malformed value, rather than the end, ended the reading.
     bool isCutShort() const { return state_ == State::cutShort; }
 
   private:

@@ -46,7 +46,7 @@ struct PlayerProperties {
 
     bool operator==(const PlayerProperties&) const = default;
 
-    /// Whether there is anything that it plays or could go on with: a player that is merely open, stopped and
+    /// True if there is anything that it plays or could go on with: a player that is merely open, stopped and
     /// without a track, has nothing.
     bool hasSomething() const;
 

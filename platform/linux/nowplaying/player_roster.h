@@ -81,7 +81,7 @@ class PlayerRoster {
     /// The position in the track that the player told; absent when it did not tell one.
     void setPosition(const std::string& owner, std::optional<double> seconds, Moment now = Clock::now());
 
-    /// Whether the player has stopped to answer.
+    /// True if the player has stopped to answer.
     void setSilent(const std::string& owner, bool isSilent, Moment now = Clock::now());
 
     /// The player has left, with all of its names.
@@ -117,7 +117,7 @@ class PlayerRoster {
     Current seen_;
 };
 
-/// Whether the player of this well-known name repeats what other players say, or stands for one on another
+/// True if the player of this well-known name repeats what other players say, or stands for one on another
 /// machine: playerctl's daemon, KDE's integration of browsers, which are players themselves, and the phones
 /// that KDE Connect shows.
 bool isProxyingPlayer(std::string_view name);

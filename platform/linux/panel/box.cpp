@@ -11,7 +11,7 @@ namespace purlock::host_linux {
 
 namespace {
 
-/// Whether a child takes the whole height of its row: bars that have no height of their own.
+/// True if a child takes the whole height of its row: bars that have no height of their own.
 Qt::Alignment alignment(const QBoxLayout& layout, const QWidget& child) {
     const bool inRow = layout.direction() == QBoxLayout::LeftToRight;
     const bool fills = child.sizePolicy().verticalPolicy() == QSizePolicy::Expanding;

@@ -24,7 +24,7 @@ class Element {
     Element(const Element&) = delete;
     Element& operator=(const Element&) = delete;
 
-    /// Whether the widget can draw `view`: it is of the same kind.
+    /// True if the widget can draw `view`: it is of the same kind.
     bool canShow(const View& view) const { return view.content.index() == kind_; }
     void show(const View& view);
 

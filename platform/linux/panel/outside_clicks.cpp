@@ -36,7 +36,7 @@ bool isActive() {
     return QGuiApplication::applicationState() == Qt::ApplicationActive;
 }
 
-/// Whether presses exist that X does not tell of.
+/// True if presses exist that X does not tell of.
 bool hidesPresses() {
     return toolkitConnection() == nullptr || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
 }

@@ -8,7 +8,7 @@
 
 namespace purlock::host_linux {
 
-/// Whether the status item's icon is at a place.
+/// True if the status item's icon is at a place.
 enum class IconAt { no, maybe, yes };
 
 /// Clicks that go to other programs.

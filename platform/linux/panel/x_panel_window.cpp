@@ -22,7 +22,7 @@ xcb_window_t focused(xcb_connection_t* connection) {
     return reply ? reply->focus : static_cast<xcb_window_t>(XCB_NONE);
 }
 
-/// Whether a window of somebody's has the focus, rather than nobody or the ground.
+/// True if a window of somebody's has the focus, rather than nobody or the ground.
 bool isTaken(xcb_connection_t* connection, xcb_window_t focus) {
     return focus != XCB_INPUT_FOCUS_NONE && focus != XCB_INPUT_FOCUS_POINTER_ROOT &&
            focus != rootOf(connection);

@@ -17,7 +17,7 @@ enum class WindowKind {
 /// thread; asks the server once.
 WindowKind panelWindowKind();
 
-/// Whether the desktop shows partly transparent windows as such: on Wayland always, on X while there is a
+/// True if the desktop shows partly transparent windows as such: on Wayland always, on X while there is a
 /// compositing manager, which may come and go (EWMH's selection _NET_WM_CM_S0). Main thread; asks the server.
 bool isComposited();
 

@@ -43,7 +43,7 @@ class PreferenceFiles::Shared {
         return file != files_.end() ? file->second.seen : Seen{};
     }
 
-    /// Whether the file is to be looked at now; then it counts as being looked at.
+    /// True if the file is to be looked at now; then it counts as being looked at.
     bool isDue(const std::string& path) {
         const std::lock_guard lock(mutex_);
         if (!files_.contains(path) && files_.size() >= maximumFiles) return false;

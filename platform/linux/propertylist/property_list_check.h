@@ -19,11 +19,11 @@ struct PropertyListLimits {
     std::size_t entityWork = 64 * 1024 * 1024;  // XML: bytes to be moved while entities are replaced
 };
 
-/// Whether the binary list is well formed as far as its top object leads, without a cycle and within the
+/// True if the binary list is well formed as far as its top object leads, without a cycle and within the
 /// limits. The layout is the one that CoreFoundation's CFBinaryPList.c describes.
 bool isSafeBinaryPropertyList(std::string_view data, const PropertyListLimits& limits = {});
 
-/// Whether a reader of XML lists can read the text within the limits. The text may be anything.
+/// True if a reader of XML lists can read the text within the limits. The text may be anything.
 bool isSafeXmlPropertyList(std::string_view data, const PropertyListLimits& limits = {});
 
 }  // namespace purlock::host_linux

@@ -106,7 +106,7 @@ void JsonUserDefaults::write() {
     replaceFile(file_, text);
 }
 
-/// Whether the settings file may be replaced now; a malformed one is moved aside first.
+/// True if the settings file may be replaced now; a malformed one is moved aside first.
 bool JsonUserDefaults::makeRoom() {
     if (contents_->obstacle == Obstacle::unreadable) return false;
     if (contents_->obstacle == Obstacle::malformed) {

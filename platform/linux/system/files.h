@@ -24,7 +24,7 @@ struct FileText {
 /// its place.
 FileText readWholeFile(const std::filesystem::path& file, std::size_t limit);
 
-/// Whether an open file is a regular one, no pipe, socket or device.
+/// True if an open file is a regular one, no pipe, socket or device.
 bool isRegularFile(int descriptor);
 
 /// The first `limit` bytes of a regular file (of the kernel's folders too); absent when it cannot be read. A

@@ -33,7 +33,7 @@ Pages pagesOf(const dl_phdr_info& object, const ElfW(Phdr) & segment) {
     return {begin / pageSize() * pageSize(), begin + segment.p_filesz};
 }
 
-/// Whether no page was changed in this process alone, by a debugger's breakpoints for example; such a change
+/// True if no page was changed in this process alone, by a debugger's breakpoints for example; such a change
 /// would be lost. The kernel tells by a number for each page (Documentation/admin-guide/mm/pagemap.rst).
 bool areAsInFile(const FileDescriptor& pagemap, const Pages& pages) {
     constexpr std::uint64_t present = std::uint64_t{1} << 63;

@@ -97,7 +97,7 @@ void QtRunLoop::turn() {
     setTimer();
 }
 
-/// Whether there was any work. When there was none, the next to be posted wakes the loop.
+/// True if there was any work. When there was none, the next to be posted wakes the loop.
 bool QtRunLoop::runPosted() {
     std::vector<Task> tasks;
     {

@@ -13,7 +13,7 @@
 namespace purlock::host_linux {
 
 struct NotifierEvents {
-    /// Whether a tray shows the item: once as soon as it is known, then at each change.
+    /// True if a tray shows the item: once as soon as it is known, then at each change.
     std::function<void(bool hosted)> hosted;
 
     /// A click, at a place on the screen as the tray counts; many trays pass 0, 0. A click that asks for the

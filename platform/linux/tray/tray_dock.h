@@ -42,7 +42,7 @@ class TrayDock {
     TrayDock(const TrayDock&) = delete;
     TrayDock& operator=(const TrayDock&) = delete;
 
-    /// Whether the icon is to be in the tray from now on. At first it is not.
+    /// True if the icon is to be in the tray from now on. At first it is not.
     void setShown(bool shown);
 
     /// Asks `paint` again.

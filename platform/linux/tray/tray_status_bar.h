@@ -42,7 +42,7 @@ class TrayStatusBar final : public StatusBar {
     /// Where the last item's icon is, in the shell's coordinates; absent, or empty, when it is nowhere.
     std::optional<Rect> iconFrame() const { return whereabouts_.frame ? whereabouts_.frame() : std::nullopt; }
 
-    /// Whether it is at a place, in pixels of the X screen with y downwards.
+    /// True if it is at a place, in pixels of the X screen with y downwards.
     IconAt iconAt(double x, double y) const {
         return whereabouts_.iconAt ? whereabouts_.iconAt(x, y) : IconAt::no;
     }

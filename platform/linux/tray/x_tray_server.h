@@ -43,7 +43,7 @@ class XTrayServer {
     xcb_window_t tray() const { return tray_; }      // 0: none
     xcb_window_t window() const { return window_; }  // 0: none
 
-    /// Whether a message on the root window announces a new tray.
+    /// True if a message on the root window announces a new tray.
     bool announcesTray(const xcb_client_message_event_t& message) const;
 
     /// Finds the tray and listens to its end. False when there is none.

@@ -4,7 +4,7 @@
 
 #include <functional>
 
-/// What a control sends its action to. Controls hold their targets weakly: whoever owns the control keeps
+/// The target of a control's action. Controls hold their targets weakly, so the owner of the control keeps
 /// this too.
 @interface PurlockActionTarget : NSObject
 - (instancetype)initWithBlock:(std::function<void()>)block;

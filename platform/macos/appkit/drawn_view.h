@@ -27,7 +27,7 @@ class DrawnView {
     /// What stands in the window; the same object for as long as this lives.
     NSView* view() const;
 
-    /// Whether this element may become `next`: the same kind of content, of the same size where that is
+    /// True if this element may become `next`: the same kind of content, of the same size where that is
     /// fixed.
     bool canShow(const View& next) const;
 
@@ -44,7 +44,7 @@ class DrawnView {
     std::unique_ptr<DrawnContent> content_;
 };
 
-/// Whether an element takes all the width that its column has: it says so, or something in it wants to fill
+/// True if an element takes all the width that its column has: it says so, or something in it wants to fill
 /// what is to spare.
 bool takesAvailableWidth(const View& view);
 

@@ -60,7 +60,7 @@ std::unique_ptr<DrawnContent> drawn(const View& view, const OnAction& onAction) 
                       view.content);
 }
 
-/// Whether both have the same fixed size, or neither has one.
+/// True if both have the same fixed size, or neither has one.
 bool haveSameSize(const View& one, const View& other) {
     if (const auto* const circle = std::get_if<Circle>(&one.content)) {
         return circle->diameter == std::get<Circle>(other.content).diameter;

@@ -4,7 +4,7 @@ namespace purlock::host_macos {
 
 void installMainMenu() {
     NSMenu* const entries = [NSMenu new];
-    // Without a target: whoever has the keyboard is asked, the application last.
+    // Without a target: the window with the keyboard is asked first, the application last.
     [entries addItemWithTitle:@"Close" action:@selector(closePanel:) keyEquivalent:@"w"];
     [entries addItemWithTitle:@"Quit Purlock" action:@selector(terminate:) keyEquivalent:@"q"];
     NSMenu* const bar = [NSMenu new];

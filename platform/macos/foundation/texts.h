@@ -16,7 +16,7 @@ std::optional<std::string> textOf(NSString* text);
 /// The empty text when `text` is not UTF-8.
 NSString* makeNSString(std::string_view text);
 
-/// Whether `object` is one of the two Booleans; other numbers are not, whatever their value.
+/// True if `object` is one of the two Booleans; other numbers are not, whatever their value.
 bool isBoolean(id object);
 
 }  // namespace purlock::host_macos

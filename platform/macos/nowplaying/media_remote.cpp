@@ -28,7 +28,7 @@ class OpenQuestions {
   public:
     explicit OpenQuestions(MediaRemoteLoader::Now now) : now_(std::move(now)) {}
 
-    /// Whether one more may be asked; it counts then.
+    /// True if one more may be asked; it counts then.
     bool mayAsk() {
         const auto now = now_();
         if (now - lastAsked_ >= MediaRemoteLoader::patience) open_ = 0;  // they will not be answered any more
@@ -102,7 +102,7 @@ std::shared_ptr<NowPlayingFramework> MediaRemoteLoader::openNowPlayingFramework(
     const Owned url(
         CFURLCreateWithFileSystemPath(kCFAllocatorDefault, text.get(), kCFURLPOSIXPathStyle, true));
     if (!url) return nullptr;
-    // Whether the file is there says nothing: the system keeps its frameworks' code in one common cache.
+    // The file's presence says nothing: the system keeps its frameworks' code in one common cache.
     Owned bundle(CFBundleCreate(kCFAllocatorDefault, url.get()));
     if (!bundle) return nullptr;
     return std::make_shared<MediaRemote>(std::move(bundle), now_);

@@ -32,7 +32,7 @@ class PreferenceFiles::Shared {
         return files_[path].seen;
     }
 
-    /// Whether the file is to be looked at now; then it counts as being looked at.
+    /// True if the file is to be looked at now; then it counts as being looked at.
     bool isDue(const std::string& path, Time now) {
         const std::lock_guard lock(mutex_);
         File& file = files_[path];

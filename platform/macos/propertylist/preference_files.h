@@ -24,7 +24,7 @@ class PreferenceFiles final : public FileSystem, public PropertyListReader {
     static constexpr std::chrono::seconds keptFor{5};
     using Now = std::function<std::chrono::steady_clock::time_point()>;
 
-    /// Whether the system lets this process read no file at that place. Waits while the user is asked.
+    /// True if the system lets this process read no file at that place. Waits while the user is asked.
     static bool isRefused(const std::string& path);
     using Refusal = std::function<bool(const std::string& path)>;
 

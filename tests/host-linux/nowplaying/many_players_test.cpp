@@ -57,8 +57,8 @@ TEST(MprisPlayers, APeerWithTwoNamesIsAskedOnce) {
     EXPECT_EQ(player.propertiesAsked(), 1);
 }
 
-/// The process that is asked for from within a dictionary's block is that dictionary's, whoever has become
-/// current meanwhile: no title is ever published with another player's name.
+/// The process that is asked for from within a dictionary's block is that dictionary's, also when another
+/// player has become current meanwhile: no title is ever published with another player's name.
 TEST(MprisFramework, ADictionaryAndItsProcessAreThoseOfOnePlayer) {
     PrivateBus bus;
     auto player = std::make_unique<ScriptedPlayer>(bus.address(), std::vector<std::string>{"scripted"});

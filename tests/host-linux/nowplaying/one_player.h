@@ -25,7 +25,7 @@ inline NowPlayingInfo still(const NowPlayingSession& session) {
     return info;
 }
 
-/// Whether a position that was this one at some moment of the test is shown.
+/// True if a position that was this one at some moment of the test is shown.
 inline bool showsAbout(const NowPlayingSession& session, double seconds) {
     const double shown = session.info() ? session.info()->elapsedSeconds.value_or(-1) : -1;
     return shown >= seconds && shown < seconds + 5;

@@ -106,7 +106,7 @@ class Reasons : public AudioTest {
         return found;
     }
 
-    /// Whether the program says so, and the samples of the noise at this rate do.
+    /// True if the program says so, and the samples of the noise at this rate do.
     void expectBitPerfect(int rate) {
         EXPECT_TRUE(waitUntil([this] {
             return std::holds_alternative<verdict::BitPerfect>(report().verdict);

@@ -75,7 +75,7 @@ struct Finding {
     std::chrono::milliseconds delay{0};  // after the samples were looked at, until the verdict agreed
     std::string trouble;                 // what kept the situation from being made; empty when it was
 
-    /// Whether the verdict is what the samples say.
+    /// True if the verdict is what the samples say.
     bool agrees(const Situation& situation) const;
 
     /// The first line of the log that says what never was; empty when there is none.

@@ -188,7 +188,7 @@ TEST_F(Panel, AClickOutsideClosesItUnlessItIsPinned) {
     ASSERT_NO_FATAL_FAILURE(openPanel());
 }
 
-/// Whether the panel stays for a while.
+/// True if the panel stays for a while.
 bool panelStays() {
     return !waitUntil([] { return !panelOnScreen(); }, std::chrono::milliseconds(600));
 }

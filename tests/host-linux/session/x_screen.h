@@ -23,7 +23,7 @@ struct ScreenArea {
     bool operator==(const ScreenArea&) const = default;
 };
 
-/// Whether something on the screen stands still. Trays and panels find their places in steps, and a click on
+/// True if something on the screen stands still. Trays and panels find their places in steps, and a click on
 /// a step hits what stands there a moment later.
 class AtRest {
   public:
@@ -64,13 +64,13 @@ class CompositingClaim {
     const std::unique_ptr<Connection> connection_;
 };
 
-/// Whether a window of another program, which calls itself `instance`, can be seen.
+/// True if a window of another program, which calls itself `instance`, can be seen.
 bool isOnScreen(const std::string& instance);
 
 /// The first window of another program that can be seen.
 std::optional<ScreenArea> areaOnScreen(const std::string& instance);
 
-/// Whether the keyboard's focus is with a window of the program that calls itself `instance`.
+/// True if the keyboard's focus is with a window of the program that calls itself `instance`.
 bool isFocused(const std::string& instance);
 
 /// The menu that the program has opened.

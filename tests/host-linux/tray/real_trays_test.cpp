@@ -21,7 +21,7 @@ class InTint2 : public TrayDockTest {
                              {.log = (bus.folder().path() / "tint2.log").string()});
     }
 
-    /// Whether the icon is on the screen where it says that it is.
+    /// True if the icon is on the screen where it says that it is.
     bool iconIsThere() {
         return runUntil([&] {
             const Rect frame = button()->windowFrame();

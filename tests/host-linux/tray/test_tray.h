@@ -50,7 +50,7 @@ class TestTray {
     std::vector<xcb_window_t> icons_;
 };
 
-/// Says what a window manager would say, for whoever waits for one: there is one desktop.
+/// Says what a window manager would say, for programs that wait for one: there is one desktop.
 void announceOneDesktop();
 
 /// The colours of part of the screen of $DISPLAY as 0xRRGGBB, row after row; empty when it cannot be read.

@@ -78,7 +78,7 @@ Method ownMethodOf(const Class* type, Selector selector);
 /// those of this class too low; before the first object is made they are moved.
 std::uint32_t realizedSize(Class* type);
 
-/// Whether the object is a block, which has no class record.
+/// True if the object is a block, which has no class record.
 bool isBlock(Object object);
 bool isBlockOnStack(Object object);
 

@@ -117,7 +117,7 @@ struct ClientProperties {
     std::string application;        // application.id
     std::string applicationName;    // application.name
     std::string access;             // how the server lets it in
-    std::string portalApplication;  // the identifier under which a sandbox's portal vouches for it
+    std::string portalApplication;  // the identifier that a sandbox's portal gives it
     std::string host;               // application.process.host
     std::string serverType;         // of a PulseAudio client: "unix", "tcp"
     std::optional<std::int32_t> claimedProcess;    // application.process.id, the client's own word

@@ -48,7 +48,7 @@ TEST_F(Exclusive, AProgramThatTakesTheHardwareAndGivesItBack) {
     EXPECT_EQ(observer().text(owner, kAudioProcessPropertyBundleID), "process.4700");
     EXPECT_EQ(observer().ids(owner, kAudioProcessPropertyDevices), std::vector{device});
 
-    // No event tells of a pause; whoever reads finds it.
+    // No event tells of a pause; the next read finds it.
     cards.openPcm("card1/pcm0p", 4712, "S24_3LE", 96000, "PAUSED");
     EXPECT_TRUE(waitUntil([&] { return !observer().isRunning(device); }));
 
