@@ -15,14 +15,10 @@ namespace {
 using test::globalScope;
 
 /// The fake machine of the other tests, with real queues.
-struct ThreadedFixture : test::MonitorFixture {
+struct ThreadedFixture : test::MonitoredMachine {
     WorkerPool pool{4};
     std::unique_ptr<test::HardwareUnderTest> poolWay = test::HardwareUnderTest::make(hardware, pool);
-
-    ThreadedFixture() {
-        kept.clear();
-        monitor = makeMonitor(*poolWay);
-    }
+    std::shared_ptr<AudioMonitor> monitor = makeMonitor(*poolWay);
 
     ~ThreadedFixture() {
         monitor.reset();
@@ -57,12 +53,12 @@ TEST(AudioMonitorConcurrency, NotificationsTimerAndPinTogether) {
     for (int i = 0; !stop; ++i) {
         f.monitor->refreshState();
         if (i % 7 == 0) {
-            f.settings->setPinnedDeviceUID(i % 2 == 0 ? std::optional<std::string>("cans-1") : std::nullopt);
+            f.pin->setPinnedDeviceUID(i % 2 == 0 ? std::optional<std::string>("cans-1") : std::nullopt);
         }
         f.loop.runPosted();
     }
     events.join();
-    f.settings->setPinnedDeviceUID(std::nullopt);
+    f.pin->setPinnedDeviceUID(std::nullopt);
     EXPECT_TRUE(f.pumpUntil([&] {
         const auto& state = f.monitor->state().value();
         return state && state->deviceID == 50;

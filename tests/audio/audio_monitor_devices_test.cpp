@@ -30,7 +30,7 @@ TEST_F(AudioMonitorDevices, TheMainThreadNeverAsksTheLayer) {
     monitor->start();
     monitor->refreshDevices();
     monitor->refreshState();
-    settings->setPinnedDeviceUID("cans-1");
+    pin->setPinnedDeviceUID("cans-1");
     EXPECT_TRUE(hardware.takeReads().empty());
     EXPECT_TRUE(hardware.listeners().empty());
     queues.run();
@@ -54,7 +54,7 @@ TEST_F(AudioMonitorDevices, WhileTheQueueIsHeldUpOneRefreshWaits) {
 TEST_F(AudioMonitorDevices, ARefreshThatWaitsDoesNotHideANewPin) {
     start();
     monitor->refreshState();
-    settings->setPinnedDeviceUID("cans-1");
+    pin->setPinnedDeviceUID("cans-1");
     settle();
     EXPECT_EQ(monitor->state().value()->deviceID, 60U);
 }
@@ -185,7 +185,7 @@ TEST_F(AudioMonitorDevices, AListThatCannotBeReadLeavesTheOldOne) {
     settle();
     EXPECT_EQ(lists.size(), 1U);
     EXPECT_EQ(monitor->findDeviceByUID("cans-1"), 60U);
-    settings->setPinnedDeviceUID("cans-1");
+    pin->setPinnedDeviceUID("cans-1");
     EXPECT_EQ(refreshed()->uid, "cans-1") << "also for the choice of the device";
 }
 
@@ -229,21 +229,21 @@ TEST(AudioMonitorDeviceChoice, Rows) {
         SCOPED_TRACE(row.name);
         MonitorFixture f;
         f.setDefault(row.defaultDevice);
-        f.settings->setPinnedDeviceUID(row.pin);
+        f.pin->setPinnedDeviceUID(row.pin);
         f.start();
         const auto& state = f.monitor->state().value();
         ASSERT_EQ(state.has_value(), row.chosen.has_value());
         if (state) {
             EXPECT_EQ(state->deviceID, *row.chosen);
         }
-        EXPECT_EQ(f.settings->pinnedDeviceUID().value(), row.pin) << "the pin is never cleared here";
+        EXPECT_EQ(f.pin->pinnedDeviceUID().value(), row.pin) << "the pin is never cleared here";
     }
 }
 
 TEST_F(AudioMonitorDevices, APinThatIsFoundSparesTheReadOfTheDefault) {
     start();
     hardware.takeReads();
-    settings->setPinnedDeviceUID("cans-1");
+    pin->setPinnedDeviceUID("cans-1");
     settle();
     EXPECT_EQ(monitor->state().value()->deviceID, 60U);
     for (const auto& read : hardware.takeReads()) {
@@ -259,10 +259,10 @@ TEST_F(AudioMonitorDevices, ADefaultThatCannotBeReadIsNone) {
 
 TEST_F(AudioMonitorDevices, SettingThePinRefreshesAtOnce) {
     start();
-    settings->setPinnedDeviceUID("cans-1");
+    pin->setPinnedDeviceUID("cans-1");
     settle();
     EXPECT_EQ(monitor->state().value()->deviceID, 60U);
-    settings->setPinnedDeviceUID(std::nullopt);
+    pin->setPinnedDeviceUID(std::nullopt);
     settle();
     EXPECT_EQ(monitor->state().value()->deviceID, 50U);
     EXPECT_EQ(states.size(), 3U);
@@ -270,14 +270,14 @@ TEST_F(AudioMonitorDevices, SettingThePinRefreshesAtOnce) {
 
 TEST_F(AudioMonitorDevices, TheStartTakesOverThePinsCallback) {
     int old = 0;
-    settings->setOnPinnedDeviceChange([&](const auto&) { ++old; });
+    pin->setOnPinnedDeviceChange([&](const auto&) { ++old; });
     start();
-    settings->setPinnedDeviceUID("cans-1");
+    pin->setPinnedDeviceUID("cans-1");
     EXPECT_EQ(old, 0);
 }
 
 TEST_F(AudioMonitorDevices, APinnedDeviceThatIsPluggedInIsTakenWithTheNextList) {
-    settings->setPinnedDeviceUID("new-1");
+    pin->setPinnedDeviceUID("new-1");
     start();
     test::FakeDevice{70,    "New", "new-1", 71, test::floatStream(48000), test::integerStream(48000, 16),
                      false, 0}

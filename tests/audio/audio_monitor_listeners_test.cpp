@@ -146,7 +146,7 @@ TEST_F(AudioMonitorListeners, TheEndRemovesEveryListener) {
     // What was under way still arrives, and finds nobody.
     hardware.takeReads();
     for (const auto& listener : installed) (*listener.block)();
-    settings->setPinnedDeviceUID("cans-1");
+    pin->setPinnedDeviceUID("cans-1");
     settle();
     EXPECT_TRUE(hardware.takeReads().empty());
 }

@@ -33,7 +33,7 @@ TEST_F(AudioMonitorPicture, TheMixersWorkIsThatOfTheChosenDevice) {
     hardware.setMixerWork(60, {});
     start();
     EXPECT_EQ(monitor->state().value()->mixerWork, work);
-    settings->setPinnedDeviceUID("cans-1");
+    pin->setPinnedDeviceUID("cans-1");
     settle();
     EXPECT_EQ(monitor->state().value()->mixerWork, MixerWork{});
 }
@@ -44,7 +44,7 @@ TEST_F(AudioMonitorPicture, ALayerThatCannotKnowGivesNone) {
 }
 
 TEST_F(AudioMonitorPicture, ThePinIsKnownBeforeTheStart) {
-    settings->setPinnedDeviceUID("cans-1");
+    pin->setPinnedDeviceUID("cans-1");
     make();
     monitor->refreshDevices();
     monitor->refreshState();

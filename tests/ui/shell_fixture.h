@@ -6,17 +6,19 @@
 #include <string>
 #include <utility>
 
-#include "tests/audio/monitor_fixture.h"
 #include "tests/source/introspection_fixture.h"
 #include "tests/source/now_playing_fixture.h"
 #include "tests/support/fake_desktop.h"
+#include "tests/support/fake_machine.h"
 #include "tests/support/memory_files.h"
+#include "tests/support/memory_user_defaults.h"
 #include "ui/app_delegate.h"
 
 namespace purlock::test {
 
 /// The whole program on a fake machine.
-struct ShellFixture : MonitorFixture {
+struct ShellFixture : FakeMachine {
+    std::shared_ptr<MemoryUserDefaults> defaults = std::make_shared<MemoryUserDefaults>();
     IntrospectionFixture introspection;
     FakeFrameworkLoader loader;
     FakeNotificationCenter center{loop};
@@ -37,8 +39,6 @@ struct ShellFixture : MonitorFixture {
 
     explicit ShellFixture(Host ability) : host(std::move(ability)) {
         desktop.hasClipboard = host.hasClipboard;
-        kept.clear();
-        monitor.reset();  // the shell makes its own
         loader.provide(framework);
         SettingsStore::shared.provide([this] { return std::make_shared<SettingsStore>(defaults); });
         StateLogger::shared.provide(
