@@ -17,6 +17,7 @@
 #include "tests/host-linux/accessibility/fast_pace.h"
 #include "tests/support/fake_accessibility_bus.h"
 #include "tests/support/sanitizers.h"
+#include "tests/support/thread_processor_time.h"
 
 namespace purlock::host_linux {
 namespace {
@@ -80,9 +81,7 @@ class Walks {
 
   private:
     static double processorMilliseconds() {
-        timespec time{};
-        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+        return std::chrono::duration<double, std::milli>(test::threadProcessorTime()).count();
     }
 
     AtSpiTree& tree_;

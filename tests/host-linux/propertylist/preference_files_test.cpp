@@ -77,7 +77,7 @@ TEST_F(PreferenceFilesTest, ADiskThatHangsIsNotWaitedFor) {
         std::this_thread::sleep_for(1ms);
     }
     EXPECT_FALSE(pool.finishWithin(100ms));
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 500ms);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 5s) << "nothing waits for the folder";
 }
 
 }  // namespace
