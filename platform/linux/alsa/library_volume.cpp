@@ -57,8 +57,9 @@ std::optional<double> factorOf(int device, const snd_ctl_elem_id& id) {
     snd_ctl_elem_info info{};
     info.id = id;
     if (::ioctl(device, SNDRV_CTL_IOCTL_ELEM_INFO, &info) < 0) return std::nullopt;
-    if ((info.access & SNDRV_CTL_ELEM_ACCESS_USER) == 0 || info.type != SNDRV_CTL_ELEM_TYPE_INTEGER)
+    if ((info.access & SNDRV_CTL_ELEM_ACCESS_USER) == 0 || info.type != SNDRV_CTL_ELEM_TYPE_INTEGER) {
         return std::nullopt;
+    }
     const auto scale = scaleOf(device, id);
     snd_ctl_elem_value value{};
     value.id = id;

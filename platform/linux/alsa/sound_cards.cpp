@@ -43,8 +43,9 @@ PcmInfo SoundCards::pcm(const PcmAddress& address) const {
     if (!status) return view;
     view.status = parsePcmStatus(*status);
     if (view.status.state == PcmState::closed) return view;
-    if (const auto text = readFile(folder + "/hw_params", longestFile))
+    if (const auto text = readFile(folder + "/hw_params", longestFile)) {
         view.parameters = parseHardwareParameters(*text);
+    }
     if (view.status.ownerThread) view.owner = ownerOfThread(*view.status.ownerThread);
     return view;
 }

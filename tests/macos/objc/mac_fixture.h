@@ -32,8 +32,9 @@ struct MacFixture : testing::Test {
         settle();
         objc_autoreleasePoolPop(pool_);
         for (const auto& [name, count] : runtime::liveObjects()) {
-            if (!sharedClasses().contains(name))
+            if (!sharedClasses().contains(name)) {
                 EXPECT_EQ(count, before_[name]) << "objects of class " << name;
+            }
         }
         EXPECT_EQ(simulated::liveObjects(), foundationBefore_) << "objects of CoreFoundation";
         EXPECT_TRUE(world.timers.empty());

@@ -75,8 +75,9 @@ std::u16string unitsOf(std::string_view utf8) {
         const auto lead = static_cast<unsigned char>(utf8[i]);
         const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
         char32_t code = length == 1 ? lead : lead & (0xFFU >> (length + 1));
-        for (std::size_t k = 1; k < length; ++k)
+        for (std::size_t k = 1; k < length; ++k) {
             code = code << 6 | (static_cast<unsigned char>(utf8[i + k]) & 0x3FU);
+        }
         if (code >= 0x10000) {
             units += static_cast<char16_t>(0xD800 + ((code - 0x10000) >> 10));
             units += static_cast<char16_t>(0xDC00 + ((code - 0x10000) & 0x3FF));
@@ -257,8 +258,9 @@ void CFRelease(CFTypeRef cf) {
 
 CFTypeID CFGetTypeID(CFTypeRef cf) {
     const std::lock_guard lock(heap().mutex);
-    if (cf != nullptr && find(cf) == nullptr && typeOfForeignObject != nullptr)
+    if (cf != nullptr && find(cf) == nullptr && typeOfForeignObject != nullptr) {
         return typeOfForeignObject(cf);
+    }
     return checked(cf).type;
 }
 
@@ -327,8 +329,9 @@ CFIndex CFArrayGetCount(CFArrayRef theArray) {
 const void* CFArrayGetValueAtIndex(CFArrayRef theArray, CFIndex idx) {
     const std::lock_guard lock(heap().mutex);
     const auto& values = checked(theArray, arrayType).values;
-    if (idx < 0 || static_cast<std::size_t>(idx) >= values.size())
+    if (idx < 0 || static_cast<std::size_t>(idx) >= values.size()) {
         stop("an index beyond the array", theArray);
+    }
     return values[static_cast<std::size_t>(idx)];
 }
 

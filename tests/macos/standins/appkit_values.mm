@@ -183,8 +183,9 @@ const NSAppearanceName NSAppearanceNameVibrantDark = @"NSAppearanceNameVibrantDa
 
 @implementation NSLayoutConstraint
 + (void)activateConstraints:(NSArray<NSLayoutConstraint*>*)constraints {
-    for (NSLayoutConstraint* constraint in constraints)
+    for (NSLayoutConstraint* constraint in constraints) {
         activated.emplace_back(constraint->sentence_, constraint->facts_);
+    }
 }
 @end
 
@@ -273,8 +274,9 @@ std::vector<ConstraintFacts> constraintsBetween(NSView* one, NSView* other) {
     const void* const b = (__bridge void*)other;
     std::vector<ConstraintFacts> found;
     for (const auto& [sentence, facts] : activated) {
-        if ((facts.first == a && facts.second == b) || (facts.first == b && facts.second == a))
+        if ((facts.first == a && facts.second == b) || (facts.first == b && facts.second == a)) {
             found.push_back(facts);
+        }
     }
     return found;
 }

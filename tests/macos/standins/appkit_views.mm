@@ -119,8 +119,9 @@ const NSAccessibilityRole NSAccessibilityPopUpButtonRole = @"AXPopUpButton";
 - (void)setContentHuggingPriority:(NSLayoutPriority)priority
                    forOrientation:(NSLayoutConstraintOrientation)orientation {
     // Where there is no size of its own, there is nothing to hug.
-    if ([self isKindOfClass:[NSStackView class]] || [self isKindOfClass:[NSScrollView class]])
+    if ([self isKindOfClass:[NSStackView class]] || [self isKindOfClass:[NSScrollView class]]) {
         World::current().note("hugging of no effect");
+    }
     priorities_.push_back(priorityText("hugging", priority, orientation));
 }
 - (void)setContentCompressionResistancePriority:(NSLayoutPriority)priority
@@ -257,8 +258,9 @@ const NSAccessibilityRole NSAccessibilityPopUpButtonRole = @"AXPopUpButton";
 }
 - (BOOL)popUpMenuPositioningItem:(NSMenuItem*)item atLocation:(NSPoint)location inView:(NSView*)view {
     openedMenu.clear();
-    for (NSMenuItem* const& shown : items_)
+    for (NSMenuItem* const& shown : items_) {
         openedMenu.push_back(shown->isSeparator_ ? "-" : utf8(shown.title));
+    }
     const std::string choice = std::exchange(nextChoice, {});
     for (NSMenuItem* const& shown : items_) {
         if (shown->isSeparator_ || utf8(shown.title) != choice) continue;
@@ -304,9 +306,10 @@ AccessibilityFacts accessibilityOf(NSView* view) {
 std::vector<std::string> keysOf(NSMenu* menu) {
     std::vector<std::string> lines;
     for (NSMenuItem* const& item : menu->items_) {
-        if (item->action_ != nullptr)
+        if (item->action_ != nullptr) {
             lines.push_back(utf8(item.title) + " " + utf8(item->key_) + " " +
                             static_cast<const char*>(static_cast<void*>(item->action_)));
+        }
         if (item.submenu == nil) continue;
         for (const std::string& line : keysOf(item.submenu)) lines.push_back(line);
     }
