@@ -34,7 +34,7 @@ class StateLogger {
     /// The log file; it may not exist yet.
     const std::filesystem::path& logURL() const { return logURL_; }
 
-    /// What of a state counts: "X|true|44100.0/16|48000.0/24", with "-" for an absent format.
+    /// The parts of a state that count: "X|true|44100.0/16|48000.0/24", with "-" for an absent format.
     static std::string signature(const DeviceState& state);
 
   private:

@@ -38,16 +38,16 @@ PcmInfo SoundCards::pcm(const PcmAddress& address) const {
     const std::string folder =
         joined({cardFolder(root_, address.card), "/pcm", std::to_string(address.device), "p/sub",
                 std::to_string(address.subdevice)});
-    PcmInfo view;
+    PcmInfo info;
     const auto status = readFile(folder + "/status", longestFile);
-    if (!status) return view;
-    view.status = parsePcmStatus(*status);
-    if (view.status.state == PcmState::closed) return view;
+    if (!status) return info;
+    info.status = parsePcmStatus(*status);
+    if (info.status.state == PcmState::closed) return info;
     if (const auto text = readFile(folder + "/hw_params", longestFile)) {
-        view.parameters = parseHardwareParameters(*text);
+        info.parameters = parseHardwareParameters(*text);
     }
-    if (view.status.ownerThread) view.owner = ownerOfThread(*view.status.ownerThread);
-    return view;
+    if (info.status.ownerThread) info.owner = ownerOfThread(*info.status.ownerThread);
+    return info;
 }
 
 std::optional<PcmOwner> SoundCards::ownerOfThread(std::int32_t thread) const {
