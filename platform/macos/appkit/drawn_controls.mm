@@ -181,7 +181,7 @@ class DrawnMenu final : public DrawnContent {
 
     void show(const View& next) override {
         *entries_ = std::get<Menu>(next.content).entries;
-        // What is chosen stands on the face, and is the menu's value here.
+        // The face shows the chosen device, which is the menu's value here.
         const AccessibleWords words = accessibleWords(next);
         [button_ setAccessibilityLabel:makeNSString(words.description)];
         [button_ setAccessibilityValue:makeNSString(words.name)];
