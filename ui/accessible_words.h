@@ -9,7 +9,7 @@ namespace purlock {
 /// What a screen reader says for an element.
 struct AccessibleWords {
     std::string name;         // empty for an ornament, which is not read
-    std::string description;  // of a control whose name does not tell what it is for
+    std::string description;  // of a control: its purpose, where the name lacks it
 
     bool operator==(const AccessibleWords&) const = default;
 };
