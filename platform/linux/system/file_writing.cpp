@@ -28,24 +28,16 @@ bool writeAll(int descriptor, std::string_view text) {
     return true;
 }
 
-/// A complete nameless file in `folder`, given the name `temporary` at the end. Returns false where the file
-/// system has no nameless files, or when it cannot be written.
-bool writeNameless(const std::string& folder, const std::string& temporary, std::string_view text) {
-    const FileDescriptor file(::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, ownerOnly));
-    if (!file || !writeAll(file.get(), text)) return false;
-    const std::string self = "/proc/self/fd/" + std::to_string(file.get());
-    const auto link = [&] {
-        return ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, temporary.c_str(), AT_SYMLINK_FOLLOW) == 0;
+/// Always a new file: neither the target of a symbolic link nor a file that somebody reads is written to.
+bool writeNew(const std::string& name, std::string_view text) {
+    const auto create = [&] {
+        return FileDescriptor(::open(name.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, ownerOnly));
     };
-    if (link()) return true;
-    if (errno != EEXIST) return false;
-    ::unlink(temporary.c_str());  // left by a crash between the two last steps
-    return link();
-}
-
-bool writeNamed(const std::string& temporary, std::string_view text) {
-    const FileDescriptor file(
-        ::open(temporary.c_str(), O_CREAT | O_TRUNC | O_WRONLY | O_NOFOLLOW | O_CLOEXEC, ownerOnly));
+    FileDescriptor file = create();
+    if (!file && errno == EEXIST) {
+        ::unlink(name.c_str());  // left by a crash
+        file = create();
+    }
     return file && writeAll(file.get(), text);
 }
 
@@ -66,10 +58,8 @@ bool exchange(const std::string& from, const std::string& to) {
 template <typename Finish>
 bool replaceBy(Finish finish, const std::string& file, std::string_view text) {
     const std::size_t name = file.rfind('/') + 1;  // 0 where there is no slash
-    const std::string folder = name == 0 ? "." : file.substr(0, name);
     const std::string temporary = file.substr(0, name) + "." + file.substr(name) + ".new";
-    const bool written = writeNameless(folder, temporary, text) || writeNamed(temporary, text);
-    if (written && finish(temporary, file)) return true;
+    if (writeNew(temporary, text) && finish(temporary, file)) return true;
     ::unlink(temporary.c_str());
     return false;
 }

@@ -6,9 +6,9 @@
 namespace purlock::host_linux {
 
 /// Replaces `file` by `text` in one step: readers see the old text or the new, never half of one. The
-/// temporary file is nameless until it is complete, where the file system can do that, so that a crash leaves
-/// none behind; elsewhere it has a fixed name beside `file`. There is no flush to disk. Returns whether it
-/// was done.
+/// temporary file beside `file` has a fixed name, so the next call replaces one that a crash has left. (A
+/// nameless file, O_TMPFILE, would be left less often, and costs half as much time again.) There is no flush
+/// to the disk. Returns true if it was done.
 bool replaceFile(const std::filesystem::path& file, std::string_view text);
 
 /// Like `replaceFile`, for a file that is rewritten all the time. A file system that guards a replaced file
