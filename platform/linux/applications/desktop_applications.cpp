@@ -24,10 +24,8 @@ std::vector<RunningApplication> withoutTimes(const std::vector<StartedApplicatio
 
 }  // namespace
 
-/// Answers are asked for again and again while something plays, and each costs several reads of /proc; so
-/// they are kept for a moment, each as long as its processes are the same ones. A process may change its
-/// control group soon after its start, and an application may start at any time. So answers are not kept for
-/// longer.
+/// Answers are asked for again and again while something plays, and each costs several reads of /proc. So they
+/// are kept for a moment, each as long as its processes are the same ones.
 class DesktopApplications::Desk : public std::enable_shared_from_this<Desk> {
   public:
     Desk(std::shared_ptr<SerialQueue> queue, DesktopRoots roots)
@@ -48,6 +46,9 @@ class DesktopApplications::Desk : public std::enable_shared_from_this<Desk> {
         std::uint64_t startTime = 0;
         Moment asked;
         Moment seen;
+        std::chrono::milliseconds keptTime;
+
+        bool isCurrent(Moment now) const { return now - asked < keptTime; }
     };
     struct KeptInstances {
         std::vector<StartedApplication> instances;
@@ -76,6 +77,7 @@ class DesktopApplications::Desk : public std::enable_shared_from_this<Desk> {
     void search(const std::string& bundleID);
     void keepInstances(const std::string& bundleID, std::vector<StartedApplication> found);
     std::vector<StartedApplication> stillRunning(std::vector<StartedApplication> instances) const;
+    void keepApplication(std::int32_t pid, KeptProcess found);
     void forgetOld(Moment now);
 
     static constexpr std::size_t maximumWords = 1024;
@@ -99,14 +101,14 @@ void DesktopApplications::Desk::readIndex() {
     const std::lock_guard lock(mutex_);
     index_ = std::move(index);
     checking_ = false;
-    checked_ = std::chrono::steady_clock::now();
+    checked_ = roots_.now();
     keptProcesses_.clear();
     keptInstances_.clear();
 }
 
 std::shared_ptr<const DesktopIndex> DesktopApplications::Desk::currentIndex() {
     const std::lock_guard lock(mutex_);
-    const auto now = std::chrono::steady_clock::now();
+    const auto now = roots_.now();
     if (checking_ || now - checked_ < roots_.keptIndexTime) return index_;
     checking_ = true;
     checked_ = now;
@@ -145,12 +147,13 @@ DesktopApplications::Desk::KeptWord DesktopApplications::Desk::ownWord(OwnWord w
 
 std::optional<RunningApplication> DesktopApplications::Desk::application(std::int32_t pid) {
     const auto index = currentIndex();
-    const auto now = std::chrono::steady_clock::now();
+    const auto now = roots_.now();
     {
         const std::lock_guard lock(mutex_);
         forgetOld(now);
         const auto kept = keptProcesses_.find(pid);
-        if (kept != keptProcesses_.end() && now - kept->second.seen < roots_.trustedProcessTime) {
+        if (kept != keptProcesses_.end() && kept->second.isCurrent(now) &&
+            now - kept->second.seen < roots_.trustedProcessTime) {
             return kept->second.application;
         }
     }
@@ -161,7 +164,7 @@ std::optional<RunningApplication> DesktopApplications::Desk::application(std::in
         const auto kept = keptProcesses_.find(pid);
         if (kept != keptProcesses_.end() && kept->second.startTime == status->startTime) {
             kept->second.seen = now;
-            return kept->second.application;
+            if (kept->second.isCurrent(now)) return kept->second.application;
         }
     }
     bool waitsForScript = false;
@@ -177,14 +180,24 @@ std::optional<RunningApplication> DesktopApplications::Desk::application(std::in
     const std::lock_guard lock(mutex_);
     // Newer desktop files that came meanwhile are used next time.
     if (index == index_) {
-        keptProcesses_.insert_or_assign(pid, KeptProcess{application, status->startTime, now, now});
+        keepApplication(pid, {application, status->startTime, now, now, roots_.keptProcessTime});
     }
     return application;
 }
 
+/// With the mutex held.
+void DesktopApplications::Desk::keepApplication(std::int32_t pid, KeptProcess found) {
+    const auto before = keptProcesses_.find(pid);
+    if (before != keptProcesses_.end() && before->second.startTime == found.startTime &&
+        before->second.application == found.application) {
+        found.keptTime = std::min(before->second.keptTime * 2, DesktopRoots::longestKeptProcessTime);
+    }
+    keptProcesses_.insert_or_assign(pid, std::move(found));
+}
+
 std::vector<RunningApplication> DesktopApplications::Desk::instances(std::string_view bundleID) {
     currentIndex();
-    const auto now = std::chrono::steady_clock::now();
+    const auto now = roots_.now();
     KeptInstances kept;
     {
         const std::lock_guard lock(mutex_);
@@ -233,7 +246,7 @@ void DesktopApplications::Desk::search(const std::string& bundleID) {
 
 void DesktopApplications::Desk::keepInstances(const std::string& bundleID,
                                               std::vector<StartedApplication> found) {
-    const auto now = std::chrono::steady_clock::now();
+    const auto now = roots_.now();
     const std::lock_guard lock(mutex_);
     keptInstances_.insert_or_assign(bundleID, KeptInstances{std::move(found), now, now, false});
 }
@@ -244,7 +257,7 @@ std::vector<RunningApplication> DesktopApplications::Desk::instancesNow(std::str
         const std::lock_guard lock(mutex_);
         const auto kept = keptInstances_.find(bundleID);
         if (kept != keptInstances_.end() &&
-            std::chrono::steady_clock::now() - kept->second.searched < keptAbsenceTime) {
+            roots_.now() - kept->second.searched < keptAbsenceTime) {
             return withoutTimes(kept->second.instances);
         }
     }
@@ -255,8 +268,9 @@ std::vector<RunningApplication> DesktopApplications::Desk::instancesNow(std::str
 
 /// With the mutex held.
 void DesktopApplications::Desk::forgetOld(Moment now) {
-    std::erase_if(keptProcesses_,
-                  [&](const auto& each) { return now - each.second.asked >= keptProcessTime; });
+    std::erase_if(keptProcesses_, [&](const auto& each) {
+        return now - each.second.seen >= DesktopRoots::longestKeptProcessTime;
+    });
 }
 
 class DesktopApplications::Direct final : public RunningApplications {

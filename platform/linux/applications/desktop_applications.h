@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,7 +16,8 @@
 
 namespace purlock::host_linux {
 
-/// Where this host looks for processes and desktop files, and the language of the names that it gives.
+/// Where this host looks for processes and desktop files, how often, and the language of the names that it
+/// gives.
 struct DesktopRoots {
     std::string processFolder = "/proc";
     std::vector<std::string> dataFolders = desktopDataFolders();
@@ -28,6 +30,13 @@ struct DesktopRoots {
     /// How long a process that was seen counts as the one that has its number, before /proc is asked again.
     /// Numbers of ended processes come up again only after thousands of others.
     std::chrono::milliseconds trustedProcessTime{2000};
+
+    /// How long the first answer for a process is kept: it may change its control group soon after its start.
+    /// An answer that is found again is kept twice as long as before, up to the longest time.
+    std::chrono::milliseconds keptProcessTime{5000};
+    static constexpr std::chrono::milliseconds longestKeptProcessTime{40'000};
+
+    std::function<std::chrono::steady_clock::time_point()> now = &std::chrono::steady_clock::now;
 };
 
 /// Processes and the desktop's applications.
@@ -62,8 +71,7 @@ class DesktopApplications final : public RunningApplications {
     /// The name of the desktop file with that id; absent when there is none that a menu shows.
     std::optional<std::string> nameOfDesktopFile(std::string_view id);
 
-    /// How long an answer is kept: that of a process, that nothing runs, and instances that still run.
-    static constexpr std::chrono::seconds keptProcessTime{5};
+    /// How long the answer is kept that nothing runs, and instances that still run.
     static constexpr std::chrono::seconds keptAbsenceTime{2};
     static constexpr std::chrono::seconds keptInstancesTime{30};
 

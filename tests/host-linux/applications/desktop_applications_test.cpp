@@ -16,6 +16,7 @@
 namespace purlock::host_linux {
 namespace {
 
+using namespace std::chrono_literals;
 using Applications = std::vector<RunningApplication>;
 
 /// A machine with processes and desktop files that the test writes down.
@@ -65,7 +66,9 @@ class DesktopApplicationsTest : public ::testing::Test {
                              {(machine_.path() / "home").string(), (machine_.path() / "usr").string()},
                              "de_DE.UTF-8",
                              keptIndexTime_,
-                             trustedProcessTime_});
+                             trustedProcessTime_,
+                             5s,
+                             [this] { return now_; }});
             queue_->run();
         }
         return *applications_;
@@ -96,6 +99,7 @@ class DesktopApplicationsTest : public ::testing::Test {
         std::make_shared<test::ManualSerialQueue>("desktop");
     std::chrono::milliseconds keptIndexTime_{0};       // every question looks at the folders
     std::chrono::milliseconds trustedProcessTime_{0};  // and at the process
+    std::chrono::steady_clock::time_point now_{1h};
     std::unique_ptr<DesktopApplications> applications_;
 };
 
@@ -313,13 +317,15 @@ TEST_F(DesktopApplicationsTest, TheUsersOwnDesktopFileWinsAndFoldersBecomeDashes
 }
 
 TEST_F(DesktopApplicationsTest, ForAWhileTheFoldersAreNotLookedAt) {
-    keptIndexTime_ = std::chrono::hours(1);
+    keptIndexTime_ = 10s;
     add({.pid = 10, .program = "/usr/bin/player"});
     EXPECT_EQ(of(10), std::nullopt);  // the first question looks
     addDesktopFile("usr/applications/player.desktop", "Player", "player");
     add({.pid = 11, .program = "/usr/bin/player"});
     EXPECT_EQ(of(11), std::nullopt);
     EXPECT_EQ(queue_->run(), 0U);
+    now_ += 10s;
+    EXPECT_EQ(later(11), application(11, "player", "Player"));
 }
 
 TEST_F(DesktopApplicationsTest, AnotherProcessWithTheSameNumberIsToldApart) {
@@ -332,12 +338,35 @@ TEST_F(DesktopApplicationsTest, AnotherProcessWithTheSameNumberIsToldApart) {
 }
 
 TEST_F(DesktopApplicationsTest, ForAMomentAProcessThatWasSeenIsNotLookedAt) {
-    trustedProcessTime_ = std::chrono::hours(1);
+    trustedProcessTime_ = 2s;
     addDesktopFile("usr/applications/player.desktop", "Player", "player");
     add({.pid = 10, .program = "/usr/bin/player"});
     EXPECT_EQ(of(10), application(10, "player", "Player"));
     std::filesystem::remove_all(machine_.path() / "proc/10");
+    now_ += 1s;
     EXPECT_EQ(of(10), application(10, "player", "Player"));
+    now_ += 1s;
+    EXPECT_EQ(of(10), std::nullopt);
+}
+
+/// What names a process may change; the longer it has not, the longer it is trusted.
+TEST_F(DesktopApplicationsTest, AnAnswerThatStandsIsKeptTwiceAsLongUpToALimit) {
+    add({.pid = 10, .unit = "app-old-1.scope"});
+    ASSERT_EQ(of(10), application(10, "old", nullptr));
+    for (const auto kept : {5s, 10s, 20s, 40s, 40s}) {
+        add({.pid = 10, .unit = "app-new-1.scope"});
+        now_ += kept - 1ms;
+        EXPECT_EQ(of(10), application(10, "old", nullptr)) << kept.count() << " s";
+        add({.pid = 10, .unit = "app-old-1.scope"});
+        now_ += 1ms;
+        EXPECT_EQ(of(10), application(10, "old", nullptr));
+    }
+    add({.pid = 10, .unit = "app-new-1.scope"});
+    now_ += 40s;
+    EXPECT_EQ(of(10), application(10, "new", nullptr));
+    add({.pid = 10, .unit = "app-old-1.scope"});
+    now_ += 5s;
+    EXPECT_EQ(of(10), application(10, "old", nullptr)) << "another answer is young again";
 }
 
 TEST_F(DesktopApplicationsTest, ANewDesktopFileIsNoticedByTheNextQuestion) {
