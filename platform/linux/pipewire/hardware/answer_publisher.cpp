@@ -23,7 +23,10 @@ constexpr std::chrono::milliseconds quietTime = 25ms;
 constexpr std::chrono::nanoseconds longestBurst = 100ms;
 constexpr std::chrono::nanoseconds longestTransition = 1300ms;
 
-constexpr std::chrono::nanoseconds serverCheckUp = 2s;
+// A check-up wakes this program twice and the server once, so what is hardly ever found is looked for less
+// often.
+constexpr std::chrono::nanoseconds serverCheckUp = 4s;
+constexpr std::chrono::nanoseconds namesCheckUp = 2s;
 constexpr std::chrono::nanoseconds cardsCheckUp = 300ms;
 constexpr std::int64_t never = std::numeric_limits<std::int64_t>::max();
 
@@ -137,7 +140,9 @@ void AnswerPublisher::planCheckUp() {
     if (!plays && !isTaken) {
         nextCheckUp_ = never;
     } else if (nextCheckUp_ == never) {
-        nextCheckUp_ = monotonicNow() + (isTaken ? cardsCheckUp : serverCheckUp) / 1ns;
+        const auto distance =
+            isTaken ? cardsCheckUp : (identities_.isAnyUnresolved() ? namesCheckUp : serverCheckUp);
+        nextCheckUp_ = monotonicNow() + distance / 1ns;
     }
 }
 

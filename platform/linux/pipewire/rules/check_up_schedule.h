@@ -6,7 +6,7 @@ namespace purlock::host_linux {
 /// an announced change, then others at growing distances.
 class CheckUpSchedule {
   public:
-    static constexpr int longestDistance = 8;  // check-ups
+    static constexpr int longestDistance = 4;  // check-ups
 
     void restart() { *this = {}; }
 

@@ -17,7 +17,7 @@ TEST(CheckUpSchedule, GrowsToItsLongestDistance) {
         }
         return due;
     };
-    EXPECT_EQ(checkUps(32), (std::vector{1, 2, 4, 8, 16, 24, 32}));
+    EXPECT_EQ(checkUps(16), (std::vector{1, 2, 4, 8, 12, 16}));
     schedule.restart();
     EXPECT_EQ(checkUps(4), (std::vector{1, 2, 4}));
 }
