@@ -1,9 +1,8 @@
 // A USB converter in software, plugged into the kernel's own USB/IP port. It stays until it is told to end,
 // or its input ends.
 //
-//   usb_converter FOLDER [--rates 44100,96000] [--bits 16,24] [--name TEXT] [--serial TEXT] [--product
-//   NUMBER]
-//                        [--no-volume] [--no-sound]
+//   usb_converter FOLDER [--rates 44100,96000] [--bits 16,24] [--maker TEXT] [--name TEXT] [--serial TEXT]
+//                        [--product NUMBER] [--no-volume] [--no-sound]
 
 #include <sys/signalfd.h>
 #include <csignal>
@@ -44,6 +43,8 @@ bool read(const std::vector<std::string>& words, ConverterTexts& texts, Converte
             abilities.rates = numbersOf<std::uint32_t>(words[++at]);
         } else if (words[at] == "--bits") {
             abilities.bits = numbersOf<int>(words[++at]);
+        } else if (words[at] == "--maker") {
+            texts.maker = words[++at];
         } else if (words[at] == "--name") {
             texts.name = words[++at];
         } else if (words[at] == "--serial") {

@@ -36,7 +36,7 @@ def at_random(chosen, seconds, seed):
     while time.monotonic() < end:
         if chance.random() < 0.5:
             if bystander is None:
-                bystander = converter.Converter("--product", "0x7A20", name="Birch Bystander")
+                bystander = converter.Converter("--maker", "Birch Audio", "--product", "0x7A20", name="Birch Bystander")
                 lab.STARTED.remove(bystander.process)  # it outlives the case
             else:
                 bystander.unplug()
