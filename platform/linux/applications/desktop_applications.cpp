@@ -24,8 +24,8 @@ std::vector<RunningApplication> withoutTimes(const std::vector<StartedApplicatio
 
 }  // namespace
 
-/// Answers are asked for again and again while something plays, and each costs several reads of /proc. So they
-/// are kept for a moment, each as long as its processes are the same ones.
+/// Answers are asked for again and again while something plays, and each costs several reads of /proc. So
+/// they are kept for a moment, each as long as its processes are the same ones.
 class DesktopApplications::Desk : public std::enable_shared_from_this<Desk> {
   public:
     Desk(std::shared_ptr<SerialQueue> queue, DesktopRoots roots)
@@ -256,8 +256,7 @@ std::vector<RunningApplication> DesktopApplications::Desk::instancesNow(std::str
     {
         const std::lock_guard lock(mutex_);
         const auto kept = keptInstances_.find(bundleID);
-        if (kept != keptInstances_.end() &&
-            roots_.now() - kept->second.searched < keptAbsenceTime) {
+        if (kept != keptInstances_.end() && roots_.now() - kept->second.searched < keptAbsenceTime) {
             return withoutTimes(kept->second.instances);
         }
     }
