@@ -1,7 +1,6 @@
 #include "platform/linux/system/file_writing.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -45,13 +44,15 @@ bool moveOver(const std::string& from, const std::string& to) {
     return ::rename(from.c_str(), to.c_str()) == 0;
 }
 
-/// Only for a regular file: a folder would change its name. Some file systems cannot exchange files.
+/// Fails where the file system cannot exchange files, and for a folder, which gets its name back.
 bool exchange(const std::string& from, const std::string& to) {
-    struct stat target {};
-    if (::lstat(to.c_str(), &target) != 0 || !S_ISREG(target.st_mode)) return false;
-    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_EXCHANGE) != 0) return false;
-    ::unlink(from.c_str());
-    return true;
+    const auto swapNames = [&] {
+        return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_EXCHANGE) == 0;
+    };
+    if (!swapNames()) return false;
+    if (::unlink(from.c_str()) == 0) return true;
+    swapNames();
+    return false;
 }
 
 /// Writes a temporary file and has `finish` give it the place of `file`.
