@@ -244,6 +244,9 @@ class Audio:
 
         wait(is_set, f"the volume {volume}")
 
+    def suspend(self, part):
+        run("pw-cli", "send-command", str(self.sink(part)[1]), "Suspend", "{}")
+
     def default(self):
         found = re.search(r"default\.audio\.sink' value:'\{\"name\":\s*\"([^\"]*)\"",
                           run("pw-metadata", "0", "default.audio.sink", check=False))
