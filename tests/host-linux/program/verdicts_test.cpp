@@ -110,7 +110,7 @@ TEST_F(Verdicts, AServerThatDiesIsNoDeviceUntilItReturns) {
 
 /// While anything plays, the watched device counts as running, even when the sound goes elsewhere.
 TEST_F(Verdicts, APinnedDeviceIsWatchedWhateverTheDefaultIs) {
-    ASSERT_TRUE(session.loadNullSink("null44", 44100));
+    ASSERT_TRUE(session.loadNullSink("null44", 44100) && session.loadNullSink("null96", 96000));
     test::writeFile(session.folder() + "/config/Purlock/defaults.json", R"({"pinnedDeviceUID": "null44"})");
     ASSERT_TRUE(session.setDefaultSink("null48"));
     play(48000);
@@ -124,7 +124,8 @@ TEST_F(Verdicts, APinnedDeviceIsWatchedWhateverTheDefaultIs) {
     EXPECT_EQ(signatureOf(program.snapshot()), running);
     EXPECT_EQ(program.verdict(), "altered") << "the sound goes to another device";
     const std::size_t lines = program.log().size();
-    ASSERT_TRUE(session.setDefaultSink("null44"));
+    // Not to the pinned one: the sound would follow, which is a change.
+    ASSERT_TRUE(session.setDefaultSink("null96"));
     ASSERT_TRUE(session.setDefaultSink("null48"));
     stopPlaying();
     EXPECT_TRUE(program.awaitVerdict("idle"));
