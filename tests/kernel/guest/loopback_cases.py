@@ -16,8 +16,8 @@ def loopback(machine, rate, bits):
 
 
 def await_release(machine):
-    """Until the server has let go of the card, some seconds after the last stream. PipeWire 0.3.65 now and then keeps the
-    node running to which nothing is linked any more, and is told to suspend it."""
+    """Waits until the server has let go of the card. PipeWire 0.3.65 now and then keeps the node running to which nothing
+    is linked any more (docs/drivers.md), and is told to suspend it."""
     try:
         wait(lambda: is_closed(card("Loopback")), "", 15)
     except Failure:
