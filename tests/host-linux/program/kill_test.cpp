@@ -59,15 +59,17 @@ TEST_F(Kill, LeavesWholeFilesAtAnyMoment) {
     ASSERT_TRUE(session.process("storm").isRunning()) << session.logs();
     std::cout << count << " kills, " << reads_ << " reads between them, " << program.log().size()
               << " lines, stray files after " << strayCount << " kills\n";
-    // The last step of replacing a file has two parts, and a kill between them leaves the new file under its
-    // first name; the next write takes it away.
+    // A kill before the new file has the old one's place leaves it under its first name; the next write takes
+    // it away.
     std::filesystem::remove(program.stateFile());
     program.start();
     ASSERT_TRUE(waitUntil([&] { return program.snapshot().is_object(); }));
     program.process().signal(SIGTERM);
     EXPECT_EQ(program.process().waitForExit(5s), 0);
     EXPECT_EQ(strays(), "");
-    EXPECT_GT(program.log().size(), static_cast<std::size_t>(count)) << "there was something to interrupt";
+    // A busy machine does not get to a line before every kill.
+    EXPECT_GT(program.log().size(), static_cast<std::size_t>(count / 2))
+        << "there was something to interrupt";
 }
 
 }  // namespace
