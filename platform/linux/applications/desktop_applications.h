@@ -29,7 +29,7 @@ struct DesktopRoots {
 
     /// How long a process that was seen counts as the one that has its number, before /proc is asked again.
     /// Numbers of ended processes come up again only after thousands of others.
-    std::chrono::milliseconds trustedProcessTime{2000};
+    std::chrono::milliseconds trustedProcessTime{5000};
 
     /// How long the first answer for a process is kept: it may change its control group soon after its start.
     /// An answer that is found again is kept twice as long as before, up to the longest time.
