@@ -349,7 +349,7 @@ TEST_F(DesktopApplicationsTest, ForAMomentAProcessThatWasSeenIsNotLookedAt) {
     EXPECT_EQ(of(10), std::nullopt);
 }
 
-/// What names a process may change; the longer it has not, the longer it is trusted.
+/// A process may change its name. A name that has stood for long is trusted for long.
 TEST_F(DesktopApplicationsTest, AnAnswerThatStandsIsKeptTwiceAsLongUpToALimit) {
     add({.pid = 10, .unit = "app-old-1.scope"});
     ASSERT_EQ(of(10), application(10, "old", nullptr));
