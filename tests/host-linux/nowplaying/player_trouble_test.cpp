@@ -41,7 +41,7 @@ TEST(MprisPlayers, ASilentPlayerDelaysNoReaderAndDoesNotPlayForEver) {
             fetch();
             return !one.session->info()->isPlaying;
         },
-        40s));  // takes 15 on a machine that does nothing else
+        20s));
     EXPECT_EQ(titleOf(*one.session), "Song");
     one.player.tellStatus("Playing");
     EXPECT_TRUE(one.session->turnUntil([&] { return one.session->info()->isPlaying; }));

@@ -18,7 +18,7 @@
 namespace purlock::host_linux {
 
 /// Owns PipeWire's loop and its thread, and publishes new answers there after every change of the mirror or
-/// of the sound cards. Other threads may use `answers`, `listeners` and `noticeRead`, and nothing else.
+/// of the sound cards. Other threads may use only `answers`, `listeners` and `noticeRead`.
 class AnswerPublisher {
   public:
     /// `soundDevices` is the folder with the device files, /dev/snd.
