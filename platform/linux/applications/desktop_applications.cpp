@@ -25,7 +25,8 @@ std::vector<RunningApplication> withoutTimes(const std::vector<StartedApplicatio
 }  // namespace
 
 /// Answers are asked for again and again while something plays, and each costs several reads of /proc. So
-/// they are kept for a moment, each as long as its processes are the same ones.
+/// they are kept for a while. No other process has the same number then: numbers of ended processes come up
+/// again only after thousands of others, and what an ended process played has gone with it.
 class DesktopApplications::Desk : public std::enable_shared_from_this<Desk> {
   public:
     Desk(std::shared_ptr<SerialQueue> queue, DesktopRoots roots)
@@ -45,7 +46,6 @@ class DesktopApplications::Desk : public std::enable_shared_from_this<Desk> {
         std::optional<RunningApplication> application;
         std::uint64_t startTime = 0;
         Moment asked;
-        Moment seen;
         std::chrono::milliseconds keptTime;
 
         bool isCurrent(Moment now) const { return now - asked < keptTime; }
@@ -152,21 +152,10 @@ std::optional<RunningApplication> DesktopApplications::Desk::application(std::in
         const std::lock_guard lock(mutex_);
         forgetOld(now);
         const auto kept = keptProcesses_.find(pid);
-        if (kept != keptProcesses_.end() && kept->second.isCurrent(now) &&
-            now - kept->second.seen < roots_.trustedProcessTime) {
-            return kept->second.application;
-        }
+        if (kept != keptProcesses_.end() && kept->second.isCurrent(now)) return kept->second.application;
     }
     const auto status = processes_.status(pid);
     if (!status) return std::nullopt;
-    {
-        const std::lock_guard lock(mutex_);
-        const auto kept = keptProcesses_.find(pid);
-        if (kept != keptProcesses_.end() && kept->second.startTime == status->startTime) {
-            kept->second.seen = now;
-            if (kept->second.isCurrent(now)) return kept->second.application;
-        }
-    }
     bool waitsForScript = false;
     const auto scriptOf = [&](std::int32_t other) {
         KeptWord script = ownWord(OwnWord::script, other);
@@ -180,7 +169,7 @@ std::optional<RunningApplication> DesktopApplications::Desk::application(std::in
     const std::lock_guard lock(mutex_);
     // Newer desktop files that came meanwhile are used next time.
     if (index == index_) {
-        keepApplication(pid, {application, status->startTime, now, now, roots_.keptProcessTime});
+        keepApplication(pid, {application, status->startTime, now, roots_.keptProcessTime});
     }
     return application;
 }
@@ -204,7 +193,7 @@ std::vector<RunningApplication> DesktopApplications::Desk::instances(std::string
         const auto found = keptInstances_.find(bundleID);
         if (found != keptInstances_.end()) kept = found->second;
     }
-    const bool isTrusted = now - kept.seen < roots_.trustedProcessTime;
+    const bool isTrusted = now - kept.seen < roots_.trustedInstanceTime;
     if (!isTrusted) kept.instances = stillRunning(std::move(kept.instances));
     const auto keptTime = kept.instances.empty() ? keptAbsenceTime : keptInstancesTime;
     const bool isOld = now - kept.searched >= keptTime;
@@ -268,7 +257,7 @@ std::vector<RunningApplication> DesktopApplications::Desk::instancesNow(std::str
 /// With the mutex held.
 void DesktopApplications::Desk::forgetOld(Moment now) {
     std::erase_if(keptProcesses_, [&](const auto& each) {
-        return now - each.second.seen >= DesktopRoots::longestKeptProcessTime;
+        return now - each.second.asked >= 2 * DesktopRoots::longestKeptProcessTime;
     });
 }
 

@@ -27,14 +27,13 @@ struct DesktopRoots {
     /// at.
     std::chrono::milliseconds keptIndexTime{10'000};
 
-    /// How long a process that was seen counts as the one that has its number, before /proc is asked again.
-    /// Numbers of ended processes come up again only after thousands of others.
-    std::chrono::milliseconds trustedProcessTime{5000};
-
     /// How long the first answer for a process is kept: it may change its control group soon after its start.
     /// An answer that is found again is kept twice as long as before, up to the longest time.
     std::chrono::milliseconds keptProcessTime{5000};
     static constexpr std::chrono::milliseconds longestKeptProcessTime{40'000};
+
+    /// How long an instance of an application counts as running, before /proc is asked again.
+    std::chrono::milliseconds trustedInstanceTime{5000};
 
     std::function<std::chrono::steady_clock::time_point()> now = &std::chrono::steady_clock::now;
 };

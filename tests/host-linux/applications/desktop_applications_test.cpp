@@ -6,102 +6,15 @@
 #include <chrono>
 #include <filesystem>
 #include <string>
-#include <vector>
 
 #include "base/worker_pool.h"
-#include "tests/support/manual_queues.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/host-linux/applications/desktop_machine.h"
 #include "tests/support/thread_processor_time.h"
 
 namespace purlock::host_linux {
 namespace {
 
-using namespace std::chrono_literals;
-using Applications = std::vector<RunningApplication>;
-
-/// A machine with processes and desktop files that the test writes down.
-class DesktopApplicationsTest : public ::testing::Test {
-  protected:
-    struct Process {
-        std::int32_t pid = 0;
-        std::int32_t parent = 1;
-        std::int32_t session = 0;
-        std::uint64_t startTime = 0;
-        std::string program = {};
-        std::string unit = "session-2.scope";
-        std::string flatpak = {};
-        std::string commandLine = {};
-    };
-
-    void add(const Process& process) {
-        const std::string folder = "proc/" + std::to_string(process.pid) + "/";
-        machine_.write(folder + "stat",
-                       std::to_string(process.pid) + " (x) S " + std::to_string(process.parent) + " 1 " +
-                           std::to_string(process.session) + " 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 " +
-                           std::to_string(process.startTime) + " 0\n");
-        machine_.write(folder + "cgroup", "0::/user.slice/" + process.unit + "\n");
-        if (!process.commandLine.empty()) machine_.write(folder + "cmdline", process.commandLine);
-        if (!process.program.empty()) {
-            std::filesystem::create_symlink(process.program, machine_.path() / (folder + "exe"));
-        }
-        if (!process.flatpak.empty()) {
-            machine_.write(folder + "root/.flatpak-info", "[Application]\nname=" + process.flatpak + "\n");
-            std::filesystem::create_directories(machine_.path() / (folder + "ns"));
-            std::filesystem::create_symlink("mnt:[4026531999]", machine_.path() / (folder + "ns/mnt"));
-        }
-    }
-
-    void addDesktopFile(const std::string& path, const std::string& name, const std::string& command,
-                        const std::string& more = "") {
-        machine_.write(path,
-                       "[Desktop Entry]\nType=Application\nName=" + name + "\nExec=" + command + "\n" + more);
-    }
-
-    /// The subject, with the desktop files read.
-    DesktopApplications& applications() {
-        if (!applications_) {
-            applications_ = std::make_unique<DesktopApplications>(
-                queue_,
-                DesktopRoots{(machine_.path() / "proc").string(),
-                             {(machine_.path() / "home").string(), (machine_.path() / "usr").string()},
-                             "de_DE.UTF-8",
-                             keptIndexTime_,
-                             trustedProcessTime_,
-                             5s,
-                             [this] { return now_; }});
-            queue_->run();
-        }
-        return *applications_;
-    }
-
-    std::optional<RunningApplication> of(std::int32_t pid) {
-        return applications().runningApplicationWithProcessIdentifier(pid);
-    }
-
-    /// What is known once the queue has done what the question asked for.
-    std::optional<RunningApplication> later(std::int32_t pid) {
-        of(pid);
-        queue_->run();
-        return of(pid);
-    }
-    Applications instancesLater(std::string_view bundleID) {
-        applications().runningApplicationsWithBundleIdentifier(bundleID);
-        queue_->run();
-        return applications().runningApplicationsWithBundleIdentifier(bundleID);
-    }
-
-    static std::optional<RunningApplication> application(std::int32_t pid, const char* id, const char* name) {
-        return RunningApplication{pid, id, name != nullptr ? std::optional<std::string>(name) : std::nullopt};
-    }
-
-    const test::TemporaryFolder machine_;
-    const std::shared_ptr<test::ManualSerialQueue> queue_ =
-        std::make_shared<test::ManualSerialQueue>("desktop");
-    std::chrono::milliseconds keptIndexTime_{0};       // every question looks at the folders
-    std::chrono::milliseconds trustedProcessTime_{0};  // and at the process
-    std::chrono::steady_clock::time_point now_{1h};
-    std::unique_ptr<DesktopApplications> applications_;
-};
+class DesktopApplicationsTest : public test::DesktopMachine {};
 
 TEST_F(DesktopApplicationsTest, TheControlGroupNamesAProcessBeforeItsSandbox) {
     addDesktopFile("usr/applications/com.spotify.Client.desktop", "Spotify",
@@ -208,25 +121,6 @@ TEST_F(DesktopApplicationsTest, ACommandLineIsReadOnTheQueueAndNobodyIsNamedBefo
     EXPECT_EQ(of(10), application(10, "quodlibet", "Quod Libet"));
 }
 
-TEST_F(DesktopApplicationsTest, ACommandLineIsReadOnceForEachProcess) {
-    addDesktopFile("usr/applications/first.desktop", "First", "first");
-    addDesktopFile("usr/applications/second.desktop", "Second", "second");
-    const std::string interpreter = "/usr/bin/python3.11";
-    add({.pid = 10,
-         .startTime = 100,
-         .program = interpreter,
-         .commandLine = std::string("python3\0first\0", 14)});
-    EXPECT_EQ(later(10), application(10, "first", "First"));
-    machine_.write("proc/10/cmdline", std::string("python3\0second\0", 15));
-    EXPECT_EQ(later(10), application(10, "first", "First"));
-    std::filesystem::remove_all(machine_.path() / "proc/10");
-    add({.pid = 10,
-         .startTime = 200,
-         .program = interpreter,
-         .commandLine = std::string("python3\0second\0", 15)});
-    EXPECT_EQ(later(10), application(10, "second", "Second"));
-}
-
 /// Debian's package of the interpreter has a desktop file of its own, which names the very program that every
 /// such player runs.
 TEST_F(DesktopApplicationsTest, TheScriptIsAskedBeforeItsInterpreter) {
@@ -314,111 +208,6 @@ TEST_F(DesktopApplicationsTest, TheUsersOwnDesktopFileWinsAndFoldersBecomeDashes
     addDesktopFile("home/applications/kde-player.desktop", "Mine", "player");
     add({.pid = 10, .program = "/usr/bin/player"});
     EXPECT_EQ(of(10), application(10, "kde-player", "Mine"));
-}
-
-TEST_F(DesktopApplicationsTest, ForAWhileTheFoldersAreNotLookedAt) {
-    keptIndexTime_ = 10s;
-    add({.pid = 10, .program = "/usr/bin/player"});
-    EXPECT_EQ(of(10), std::nullopt);  // the first question looks
-    addDesktopFile("usr/applications/player.desktop", "Player", "player");
-    add({.pid = 11, .program = "/usr/bin/player"});
-    EXPECT_EQ(of(11), std::nullopt);
-    EXPECT_EQ(queue_->run(), 0U);
-    now_ += 10s;
-    EXPECT_EQ(later(11), application(11, "player", "Player"));
-}
-
-TEST_F(DesktopApplicationsTest, AnotherProcessWithTheSameNumberIsToldApart) {
-    addDesktopFile("usr/applications/player.desktop", "Player", "player");
-    add({.pid = 10, .startTime = 100, .program = "/usr/bin/player"});
-    EXPECT_EQ(of(10), application(10, "player", "Player"));
-    std::filesystem::remove_all(machine_.path() / "proc/10");
-    add({.pid = 10, .startTime = 200, .program = "/usr/bin/other"});
-    EXPECT_EQ(of(10), std::nullopt);
-}
-
-TEST_F(DesktopApplicationsTest, ForAMomentAProcessThatWasSeenIsNotLookedAt) {
-    trustedProcessTime_ = 2s;
-    addDesktopFile("usr/applications/player.desktop", "Player", "player");
-    add({.pid = 10, .program = "/usr/bin/player"});
-    EXPECT_EQ(of(10), application(10, "player", "Player"));
-    std::filesystem::remove_all(machine_.path() / "proc/10");
-    now_ += 1s;
-    EXPECT_EQ(of(10), application(10, "player", "Player"));
-    now_ += 1s;
-    EXPECT_EQ(of(10), std::nullopt);
-}
-
-/// A process may change its name. A name that has stood for long is trusted for long.
-TEST_F(DesktopApplicationsTest, AnAnswerThatStandsIsKeptTwiceAsLongUpToALimit) {
-    add({.pid = 10, .unit = "app-old-1.scope"});
-    ASSERT_EQ(of(10), application(10, "old", nullptr));
-    for (const auto kept : {5s, 10s, 20s, 40s, 40s}) {
-        add({.pid = 10, .unit = "app-new-1.scope"});
-        now_ += kept - 1ms;
-        EXPECT_EQ(of(10), application(10, "old", nullptr)) << kept.count() << " s";
-        add({.pid = 10, .unit = "app-old-1.scope"});
-        now_ += 1ms;
-        EXPECT_EQ(of(10), application(10, "old", nullptr));
-    }
-    add({.pid = 10, .unit = "app-new-1.scope"});
-    now_ += 40s;
-    EXPECT_EQ(of(10), application(10, "new", nullptr));
-    add({.pid = 10, .unit = "app-old-1.scope"});
-    now_ += 5s;
-    EXPECT_EQ(of(10), application(10, "old", nullptr)) << "another answer is young again";
-}
-
-TEST_F(DesktopApplicationsTest, ANewDesktopFileIsNoticedByTheNextQuestion) {
-    add({.pid = 10, .program = "/usr/bin/player"});
-    std::filesystem::create_directories(machine_.path() / "usr/applications");
-    EXPECT_EQ(of(10), std::nullopt);
-    addDesktopFile("usr/applications/player.desktop", "Player", "player");
-    EXPECT_EQ(of(10), std::nullopt);  // the folders are looked at elsewhere, and nobody waits
-    EXPECT_EQ(queue_->run(), 1U);
-    EXPECT_EQ(of(10), application(10, "player", "Player"));
-}
-
-TEST_F(DesktopApplicationsTest, InstancesComeInTheOrderOfTheirStartEachOnce) {
-    addDesktopFile("usr/applications/com.spotify.Client.desktop", "Spotify",
-                   "flatpak run com.spotify.Client");
-    const std::string second = "app-flatpak-com.spotify.Client-2.scope";
-    const std::string first = "app-flatpak-com.spotify.Client-1.scope";
-    add({.pid = 10, .parent = 2, .startTime = 500, .program = "/usr/bin/bwrap", .unit = second});
-    add({.pid = 11, .parent = 10, .startTime = 501, .unit = second, .flatpak = "com.spotify.Client"});
-    add({.pid = 12, .parent = 11, .startTime = 502, .unit = second, .flatpak = "com.spotify.Client"});
-    add({.pid = 30, .parent = 2, .startTime = 400, .program = "/usr/bin/bwrap", .unit = first});
-    add({.pid = 31, .parent = 30, .startTime = 401, .unit = first, .flatpak = "com.spotify.Client"});
-    add({.pid = 40, .parent = 2, .startTime = 300, .program = "/usr/bin/mpv"});
-    const Applications expected{*application(30, "com.spotify.client", "Spotify"),
-                                *application(10, "com.spotify.client", "Spotify")};
-    EXPECT_EQ(applications().runningApplicationsWithBundleIdentifier("com.spotify.client"), Applications{});
-    EXPECT_EQ(instancesLater("com.spotify.client"), expected);
-    EXPECT_EQ(instancesLater("com.spotify.Client"), Applications{});
-    EXPECT_EQ(instancesLater(""), Applications{});
-    EXPECT_EQ(applications().searchingAtOnce().runningApplicationsWithBundleIdentifier("com.spotify.client"),
-              expected);
-
-    std::filesystem::remove_all(machine_.path() / "proc/30");
-    EXPECT_EQ(applications().runningApplicationsWithBundleIdentifier("com.spotify.client"),
-              Applications{expected.back()});
-}
-
-TEST_F(DesktopApplicationsTest, AQuestionForInstancesLooksAtNoOtherProcess) {
-    addDesktopFile("usr/applications/player.desktop", "Player", "player");
-    constexpr int processes = 3000;
-    for (int pid = 1000; pid < 1000 + processes; ++pid) {
-        std::filesystem::create_directories(machine_.path() / "proc" / std::to_string(pid));
-    }
-    add({.pid = 10, .program = "/usr/bin/player"});
-    const auto ask = [&] { return applications().runningApplicationsWithBundleIdentifier("player"); };
-    const auto start = test::threadProcessorTime();
-    EXPECT_EQ(ask(), Applications{});
-    EXPECT_LT(test::threadProcessorTime() - start, std::chrono::milliseconds(5));
-    queue_->run();
-    const auto again = test::threadProcessorTime();
-    EXPECT_EQ(ask(), Applications{*application(10, "player", "Player")});
-    EXPECT_LT(test::threadProcessorTime() - again, std::chrono::milliseconds(5));
 }
 
 TEST_F(DesktopApplicationsTest, AProcessThatIsNotThereHasNoApplication) {
