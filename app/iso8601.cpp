@@ -1,10 +1,21 @@
 #include "app/iso8601.h"
 
-#include <array>
 #include <chrono>
-#include <cstdio>
+
+#include "base/text.h"
 
 namespace purlock {
+
+namespace {
+
+/// `number` with as many zeros in front as `digits` asks for.
+std::string padded(int number, std::size_t digits) {
+    std::string text = std::to_string(number);
+    if (text.size() < digits) text.insert(0, digits - text.size(), '0');
+    return text;
+}
+
+}  // namespace
 
 std::string iso8601Text(WallTime time) {
     namespace chrono = std::chrono;
@@ -12,13 +23,10 @@ std::string iso8601Text(WallTime time) {
     const auto day = chrono::floor<chrono::days>(seconds);
     const chrono::year_month_day date(day);
     const chrono::hh_mm_ss clock(seconds - day);
-    std::array<char, 48> buffer;
-    const int length = std::snprintf(
-        buffer.data(), buffer.size(), "%04d-%02u-%02uT%02lld:%02lld:%02lldZ", static_cast<int>(date.year()),
-        static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-        static_cast<long long>(clock.hours().count()), static_cast<long long>(clock.minutes().count()),
-        static_cast<long long>(clock.seconds().count()));
-    return {buffer.data(), static_cast<std::size_t>(length)};
+    const auto two = [](auto number) { return padded(static_cast<int>(number), 2); };
+    return joined({padded(static_cast<int>(date.year()), 4), "-", two(static_cast<unsigned>(date.month())),
+                   "-", two(static_cast<unsigned>(date.day())), "T", two(clock.hours().count()), ":",
+                   two(clock.minutes().count()), ":", two(clock.seconds().count()), "Z"});
 }
 
 }  // namespace purlock

@@ -60,6 +60,8 @@ std::string StateLogger::signature(const DeviceState& state) {
 
 void StateLogger::record(const DeviceState& state) {
     if (!settings_->logEnabled().value()) return;
+    if (lastState_ == state) return;  // as most are: the signature would be the same
+    lastState_ = state;
     std::string current = signature(state);
     if (lastSignature_ == current) return;
     lastSignature_ = std::move(current);  // before the line is written: a failed write does not undo it

@@ -1,11 +1,13 @@
 #include "app/state_snapshot.h"
 
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "app/iso8601.h"
 #include "app/state_json.h"
 #include "base/overloaded.h"
+#include "base/text.h"
 
 namespace purlock {
 
@@ -45,11 +47,11 @@ JsonValue noDeviceJson() {
     return JsonValue::Object({{"headline", "No device"}, {"kind", "noDevice"}});
 }
 
-JsonValue snapshotOf(const std::optional<DeviceState>& state, WallTime time) {
+JsonValue snapshotOf(const std::optional<DeviceState>& state, const std::string& time) {
     JsonValue::Object snapshot(
         {{"device", state ? deviceJson(*state) : JsonValue()},
          {"physical", state ? formatJsonWithBitRate(state->physicalFormat) : JsonValue()},
-         {"timestamp", iso8601Text(time)},
+         {"timestamp", time},
          {"verdict", state ? verdictJson(*state) : noDeviceJson()},
          {"virtual", state ? formatJsonWithBitRate(state->virtualFormat) : JsonValue()}});
     if (state && state->mixerWork) snapshot.insert({"alterations", alterationsJson(*state->mixerWork)});
@@ -58,15 +60,35 @@ JsonValue snapshotOf(const std::optional<DeviceState>& state, WallTime time) {
 
 }  // namespace
 
+struct StateSnapshot::Text {
+    std::string beforeTime;
+    std::string afterTime;
+};
+
 StateSnapshot::StateSnapshot(ApplicationFiles& files, SerialQueueFactory& queues, const Clock& clock)
     : files_(files),
       clock_(clock),
       queue_(queues.makeSerialQueue(std::string(applicationIdentifier) + ".purlock.snapshot")),
       url_(purlockFolder(files) / "state.json") {}
 
+/// Absent when JSON cannot say the state.
+std::shared_ptr<const StateSnapshot::Text> StateSnapshot::textOf(const std::optional<DeviceState>& state) {
+    const auto text = jsonText(snapshotOf(state, ""), JsonLayout::pretty);
+    if (!text) return nullptr;
+    // A name that reads the same has its quotation marks escaped, so this is the member.
+    constexpr std::string_view noTime = R"("timestamp" : "")";
+    const auto time = text->find(noTime) + noTime.size() - 1;
+    return std::make_shared<const Text>(Text{text->substr(0, time), text->substr(time)});
+}
+
 void StateSnapshot::write(const std::optional<DeviceState>& state) {
-    queue_->async([&files = files_, file = url_, snapshot = snapshotOf(state, clock_.now())] {
-        if (const auto text = jsonText(snapshot, JsonLayout::pretty)) files.replaceFile(file, *text);
+    if (!text_ || state != state_) {
+        text_ = textOf(state);
+        state_ = state;
+    }
+    if (!text_) return;
+    queue_->async([&files = files_, file = url_, text = text_, time = clock_.now()] {
+        files.replaceFile(file, joined({text->beforeTime, iso8601Text(time), text->afterTime}));
     });
 }
 

@@ -30,10 +30,17 @@ class StateSnapshot {
     const std::filesystem::path& url() const { return url_; }
 
   private:
+    /// A snapshot around its time. Nothing else changes in most of the writes, so it is built once for them.
+    struct Text;
+
+    static std::shared_ptr<const Text> textOf(const std::optional<DeviceState>& state);
+
     ApplicationFiles& files_;
     const Clock& clock_;
     const std::shared_ptr<SerialQueue> queue_;
     const std::filesystem::path url_;
+    std::optional<DeviceState> state_;  // whose text it is
+    std::shared_ptr<const Text> text_;
 };
 
 }  // namespace purlock

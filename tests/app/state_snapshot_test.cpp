@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <limits>
+#include <optional>
+#include <string>
+#include <utility>
 
 #include "tests/app/state_fixture.h"
 
@@ -197,6 +201,45 @@ TEST(StateSnapshot, TheLastStateIsTheOneLeft) {
     f.loop.advance(std::chrono::seconds(5));
     f.queues.run();
     EXPECT_EQ(f.files.files[stateFile], resampling) << "with the time of the call";
+}
+
+struct RepeatedRow {
+    const char* name;
+    std::optional<DeviceState> state;
+};
+
+DeviceState named(std::string name) {
+    DeviceState state = dac(cd(), studio());
+    state.name = std::move(name);
+    return state;
+}
+
+TEST(StateSnapshot, AStateThatStaysIsWrittenAgainWithItsNewTime) {
+    const RepeatedRow rows[] = {
+        {"no device", std::nullopt},
+        {"a device", dac(cd(), studio())},
+        {"another name", named("Desk")},
+        {"the first again", dac(cd(), studio())},
+        {"a name that looks like the time", named(R"("timestamp" : "")")},
+        {"a name like the key", named("timestamp")},
+        {"no device again", std::nullopt},
+    };
+    Fixture f;
+    std::chrono::seconds passed{0};
+    for (const RepeatedRow& row : rows) {
+        for (int times = 0; times < 2; ++times) {
+            SCOPED_TRACE(row.name);
+            f.loop.advance(std::chrono::seconds(1));
+            Fixture fresh;
+            fresh.loop.advance(++passed);
+            EXPECT_EQ(f.after(row.state), fresh.after(row.state));
+            const std::string time =
+                "\"timestamp\" : \"2026-11-15T23:06:" + std::to_string(17 + passed.count());
+            EXPECT_NE(f.files.files[stateFile].find(time), std::string::npos);
+        }
+    }
+    EXPECT_NE(f.after(named(R"("timestamp" : "")")).find(R"("name" : "\"timestamp\" : \"\"",)"),
+              std::string::npos);
 }
 
 TEST(StateSnapshot, AFailedWriteIsDroppedAndTheNextOneGoesThrough) {
