@@ -15,6 +15,17 @@ namespace {
 
 constexpr std::chrono::milliseconds debounce{80};
 
+/// Longer than the time from one refresh to the next, so that a report that is not urgent comes with it.
+constexpr std::chrono::milliseconds tolerance{1000};
+
+/// True if they differ in more than the position in the track, which moves all the time and is in no report.
+bool differ(const std::optional<NowPlayingInfo>& first, const std::optional<NowPlayingInfo>& second) {
+    if (!first || !second) return first.has_value() != second.has_value();
+    NowPlayingInfo moved = *first;
+    moved.elapsedSeconds = second->elapsedSeconds;
+    return moved != *second;
+}
+
 /// The application that the user plays from: what the system calls the now-playing one, else the process that
 /// is heard.
 std::optional<std::string_view> sourceBundleID(const std::optional<NowPlayingInfo>& np,
@@ -65,11 +76,19 @@ void ReportCoordinator::followMonitors() {
 
 /// Starts the wait for quiet anew; what is current when it ends is what is judged.
 void ReportCoordinator::inputsChanged() {
-    quiet_ = seams_.mainLoop.postDelayed(debounce, [weak = weak_from_this()] {
+    const auto judge = [weak = weak_from_this()] {
         if (const auto self = weak.lock()) {
             self->recompute(self->audio_->state().value(), self->np_->current().value());
         }
-    });
+    };
+    RunLoop& loop = seams_.mainLoop;
+    quiet_ = isUrgent() ? loop.postDelayed(debounce, judge)
+                        : loop.postDelayedWithTolerance(debounce, tolerance, judge);
+}
+
+bool ReportCoordinator::isUrgent() const {
+    return objectWillChange_.isObserved() || audio_->state().value() != judgedState_ ||
+           differ(np_->current().value(), judgedInfo_);
 }
 
 void ReportCoordinator::mirror(const std::optional<NowPlayingInfo>& info) {
@@ -87,6 +106,8 @@ void ReportCoordinator::recompute(const std::optional<DeviceState>& state,
     auto report = CauseEngine::evaluate(state, np, process, claim, seams_.words);
     objectWillChange_.fire();
     report_ = std::move(report);
+    judgedState_ = state;
+    judgedInfo_ = np;
     objectWillChange_.fire();
     lastTick_.set(seams_.clock.now());
 }

@@ -27,6 +27,9 @@ struct ReportCoordinatorSeams {
 /// Where the inputs meet the cause engine: whenever the device's state or what plays is published and 80 ms
 /// of quiet have followed, it gathers the playing process and its claim, and publishes a new report.
 ///
+/// While nobody observes it, a report of what has not changed since the last one may come up to a second
+/// later: its timer waits for the next work of the main loop, and does not wake it.
+///
 /// Made once by the application; main thread only. Nothing is compared: every recomputation gives a new
 /// report and a new `lastTick`. Observers subscribe to `objectWillChange` and read again once it has fired.
 class ReportCoordinator : public std::enable_shared_from_this<ReportCoordinator> {
@@ -57,6 +60,7 @@ class ReportCoordinator : public std::enable_shared_from_this<ReportCoordinator>
 
     void followMonitors();
     void inputsChanged();
+    bool isUrgent() const;
     void mirror(const std::optional<NowPlayingInfo>& info);
     void recompute(const std::optional<DeviceState>& state, const std::optional<NowPlayingInfo>& np);
 
@@ -65,6 +69,8 @@ class ReportCoordinator : public std::enable_shared_from_this<ReportCoordinator>
     SignalPathReport report_;
     std::optional<NowPlayingInfo> nowPlaying_;
     Published<WallTime> lastTick_;
+    std::optional<DeviceState> judgedState_;  // what the report is about
+    std::optional<NowPlayingInfo> judgedInfo_;
     const std::shared_ptr<AudioMonitor> audio_;
     const std::shared_ptr<NowPlayingMonitor> np_;
     Cancellable stateSubscription_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -140,6 +141,11 @@ class Signal {
         forgetDropped(*state_);
         state_->observers.push_back(kept);
         return Cancellable(std::move(kept));
+    }
+
+    /// True while somebody holds a handle of `subscribe`.
+    bool isObserved() const {
+        return std::ranges::any_of(state_->observers, [](const auto& each) { return !each.expired(); });
     }
 
   private:

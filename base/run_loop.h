@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <functional>
+#include <utility>
 
 #include "base/cancellable.h"
 
@@ -25,6 +26,14 @@ class RunLoop {
 
     /// Runs `task` once, `delay` from now, unless the handle is dropped before. Main thread only.
     virtual Cancellable postDelayed(std::chrono::milliseconds delay, Task task) = 0;
+
+    /// The same for work that may wait `tolerance` longer, so that it need not wake the loop: it runs with
+    /// what the loop does next after `delay`, before what is due later. A loop may pay no heed to the
+    /// tolerance.
+    virtual Cancellable postDelayedWithTolerance(std::chrono::milliseconds delay,
+                                                 std::chrono::milliseconds /*tolerance*/, Task task) {
+        return postDelayed(delay, std::move(task));
+    }
 
     /// Runs `task` every `interval`, first one interval from now, until the handle is dropped. It fires also
     /// while menus are open. A loop that was busy for several intervals fires once, not once for each. Main

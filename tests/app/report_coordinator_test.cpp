@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -141,6 +142,72 @@ TEST(ReportCoordinator, EqualDeliveriesGiveReportsAndTicksOfTheirOwn) {
     EXPECT_EQ(f.ticks.size(), 2U);
     EXPECT_NE(f.coordinator->report(), first);
     EXPECT_EQ(f.coordinator->report().verdict, first.verdict);
+}
+
+struct UrgencyRow {
+    const char* name;
+    bool isObserved;
+    std::function<void(Fixture&)> change;
+    bool mayWait;
+};
+
+TEST(ReportCoordinator, OnlyAReportOfNothingNewThatNobodySeesMayWait) {
+    const auto play = [](const char* title, double elapsed) {
+        return [title, elapsed](Fixture& f) {
+            f.framework->setAnswer(
+                {{test::titleKey, title}, {test::rateKey, 1.0}, {test::elapsedKey, elapsed}}, 100);
+            f.nowPlaying->refresh();
+            f.settle();
+        };
+    };
+    const auto refresh = [](Fixture& f) { f.refreshed(); };
+    const auto changeFormat = [](Fixture& f) {
+        f.hardware.setFormat(51, kAudioStreamPropertyPhysicalFormat, test::integerStream(96000, 24));
+        f.refreshed();
+    };
+    const auto stop = [](Fixture& f) {
+        f.framework->setAnswer({}, 0);
+        f.nowPlaying->refresh();
+        f.settle();
+    };
+    const UrgencyRow rows[] = {
+        {"nothing new, observed", true, refresh, false},
+        {"nothing new", false, refresh, true},
+        {"another position in the track", false, play("Song", 2), true},
+        {"another position, observed", true, play("Song", 2), false},
+        {"another track", false, play("Next", 1), false},
+        {"nothing plays any more", false, stop, false},
+        {"another format", false, changeFormat, false},
+    };
+    for (const UrgencyRow& row : rows) {
+        SCOPED_TRACE(row.name);
+        Fixture f;
+        f.makeCoordinator();
+        f.start();
+        play("Song", 1)(f);
+        f.pass(1s);
+        if (!row.isObserved) f.watching.pop_back();
+        f.loop.takeTolerances();
+        f.ticks.clear();
+        row.change(f);
+        EXPECT_EQ(f.loop.takeTolerances(), row.mayWait ? Instants{1s} : Instants{});
+        f.pass(80ms);
+        EXPECT_EQ(f.ticks.size(), 1U) << "and it comes all the same";
+    }
+}
+
+/// Before the first report nothing is judged.
+TEST(ReportCoordinator, TheFirstReportIsUrgent) {
+    Fixture f;
+    f.makeCoordinator();
+    f.watching.clear();
+    f.start();
+    f.loop.takeTolerances();
+    f.refreshed();
+    EXPECT_EQ(f.loop.takeTolerances(), Instants{});
+    f.pass(1s);
+    f.refreshed();
+    EXPECT_EQ(f.loop.takeTolerances(), Instants{1s});
 }
 
 TEST(ReportCoordinator, WhatPlaysIsMirroredAtOnceAndReportedLater) {

@@ -202,6 +202,17 @@ TEST(Signal, AnObserverMayDestroyTheSignal) {
     EXPECT_EQ(signal, nullptr);
 }
 
+TEST(Signal, IsObservedWhileSomebodyHoldsAHandle) {
+    const Signal signal;
+    EXPECT_FALSE(signal.isObserved());
+    Cancellable first = signal.subscribe([] {});
+    Cancellable second = signal.subscribe([] {});
+    first.cancel();
+    EXPECT_TRUE(signal.isObserved());
+    second.cancel();
+    EXPECT_FALSE(signal.isObserved());
+}
+
 template <typename S>
 concept MayFire = requires(S& signal) {
     signal.fire();

@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 #include "base/clock.h"
 #include "base/run_loop.h"
@@ -28,6 +29,12 @@ class ManualRunLoop final : public RunLoop {
 
     Cancellable postDelayed(Milliseconds delay, Task task) override {
         return addTimer(delay, {}, std::move(task));
+    }
+
+    /// Runs `task` at its delay, as a loop may.
+    Cancellable postDelayedWithTolerance(Milliseconds delay, Milliseconds tolerance, Task task) override {
+        tolerances_.push_back(tolerance);
+        return postDelayed(delay, std::move(task));
     }
 
     Cancellable repeat(Milliseconds interval, Task task) override {
@@ -72,6 +79,9 @@ class ManualRunLoop final : public RunLoop {
         return count;
     }
 
+    /// How much longer tasks might have waited, in the order of the calls. Forgets them.
+    std::vector<Milliseconds> takeTolerances() { return std::exchange(tolerances_, {}); }
+
   private:
     struct Timer {
         std::weak_ptr<void> alive;
@@ -99,6 +109,7 @@ class ManualRunLoop final : public RunLoop {
     std::deque<Task> posted_;
     std::map<std::pair<Milliseconds, std::uint64_t>, Timer>
         timers_;  // by due time, then in the order of the calls
+    std::vector<Milliseconds> tolerances_;
     Milliseconds now_{};
     std::uint64_t serial_ = 0;
 };

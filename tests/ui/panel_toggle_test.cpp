@@ -33,6 +33,22 @@ TEST(AppDelegate, AClickOpensThePanelUnderTheItemOnFreshData) {
     EXPECT_TRUE(has(f.snapshot(), "\"name\" : \"Cans\"")) << "the device was read again at once";
 }
 
+TEST(AppDelegate, ReportsMayWaitForOtherWorkWhileThePanelIsClosed) {
+    Fixture f;
+    f.launch();
+    f.pass(2s);
+    const auto mayWait = [&] {
+        f.loop.takeTolerances();
+        f.pass(1600ms);
+        return !f.loop.takeTolerances().empty();
+    };
+    EXPECT_TRUE(mayWait());
+    f.desktop.clickStatusItem();
+    EXPECT_FALSE(mayWait());
+    f.desktop.clickStatusItem();
+    EXPECT_TRUE(mayWait());
+}
+
 TEST(AppDelegate, AButtonWithoutAWindowPutsThePanelAtTheOrigin) {
     Fixture f;
     f.desktop.buttonFrame = {};

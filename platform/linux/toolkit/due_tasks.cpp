@@ -1,21 +1,37 @@
 #include "platform/linux/toolkit/due_tasks.h"
 
+#include <utility>
+
 namespace purlock::host_linux {
 
 Cancellable DueTasks::add(Moment due, std::optional<Interval> interval, Task task) {
+    return insert(due, {std::move(task), interval, {}, {}});
+}
+
+Cancellable DueTasks::addTolerant(Moment due, Interval tolerance, Task task) {
+    return insert(due, {std::move(task), {}, tolerance, {}});
+}
+
+Cancellable DueTasks::insert(Moment due, Waiting waiting) {
     const std::shared_ptr<Key> key(new Key(due, ++added_),
                                    [queue = std::weak_ptr(queue_), thread = thread_](Key* dropped) {
                                        const std::unique_ptr<Key> last(dropped);
                                        if (std::this_thread::get_id() != thread) return;
                                        // Out of the queue first: what the task holds may drop handles too.
-                                       if (const auto waiting = queue.lock()) waiting->extract(*last);
+                                       if (const auto tasks = queue.lock()) tasks->extract(*last);
                                    });
-    queue_->emplace(*key, Waiting{std::move(task), interval, key});
+    waiting.key = key;
+    queue_->emplace(*key, std::move(waiting));
     return Cancellable(key);
 }
 
 std::optional<DueTasks::Moment> DueTasks::nextDue() const {
-    return queue_->empty() ? std::nullopt : std::optional(queue_->begin()->first.first);
+    std::optional<Moment> latest;
+    for (const auto& [key, waiting] : *queue_) {
+        const Moment end = key.first + waiting.tolerance;
+        if (!latest || end < *latest) latest = end;
+    }
+    return latest;
 }
 
 void DueTasks::run(Moment now) {

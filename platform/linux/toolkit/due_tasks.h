@@ -27,7 +27,10 @@ class DueTasks {
     /// To be run at `due`, and when there is an interval, again and again after that.
     Cancellable add(Moment due, std::optional<Interval> interval, Task task);
 
-    /// Absent when nothing is waiting.
+    /// To be run once, between `due` and `tolerance` later.
+    Cancellable addTolerant(Moment due, Interval tolerance, Task task);
+
+    /// When `run` must be called at the latest. Absent when nothing is waiting.
     std::optional<Moment> nextDue() const;
 
     /// Runs what is due by `now`, in order, each task once; one that was late by several intervals too. Tasks
@@ -39,10 +42,12 @@ class DueTasks {
     struct Waiting {
         Task task;
         std::optional<Interval> interval;
+        Interval tolerance;
         std::weak_ptr<Key> key;  // expires with the handle
     };
     using Queue = std::map<Key, Waiting>;
 
+    Cancellable insert(Moment due, Waiting waiting);
     void runOne(Queue::node_type node, Moment now);
 
     const std::shared_ptr<Queue> queue_ = std::make_shared<Queue>();

@@ -71,6 +71,13 @@ Cancellable QtRunLoop::postDelayed(std::chrono::milliseconds delay, Task task) {
     return handle;
 }
 
+Cancellable QtRunLoop::postDelayedWithTolerance(std::chrono::milliseconds delay,
+                                                std::chrono::milliseconds tolerance, Task task) {
+    auto handle = waiting_.addTolerant(std::chrono::steady_clock::now() + delay, tolerance, std::move(task));
+    if (!isTurning_) setTimer();
+    return handle;
+}
+
 Cancellable QtRunLoop::repeat(std::chrono::milliseconds interval, Task task) {
     auto handle = waiting_.add(std::chrono::steady_clock::now() + interval, interval, std::move(task));
     if (!isTurning_) setTimer();

@@ -23,6 +23,8 @@ class QtRunLoop final : public RunLoop {
 
     void post(Task task) override;
     Cancellable postDelayed(std::chrono::milliseconds delay, Task task) override;
+    Cancellable postDelayedWithTolerance(std::chrono::milliseconds delay, std::chrono::milliseconds tolerance,
+                                         Task task) override;
     Cancellable repeat(std::chrono::milliseconds interval, Task task) override;
 
   private:

@@ -133,6 +133,40 @@ TEST(QtRunLoop, AnEarlierTaskThanTheNextOneIsNotLate) {
     EXPECT_EQ(events, (Events{"sooner", "later"}));
 }
 
+TEST(QtRunLoop, ATaskThatMayWaitComesWithTheNextWorkAndBeforeIt) {
+    QtRunLoop loop;
+    Events events;
+    const Cancellable patient =
+        loop.postDelayedWithTolerance(10ms, 1h, [&] { events.emplace_back("patient"); });
+    std::this_thread::sleep_for(20ms);  // longer than its delay
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(events.empty()) << "it does not wake the loop";
+    const Cancellable other = loop.postDelayed(5ms, [&] { events.emplace_back("other"); });
+    EXPECT_TRUE(runUntil([&] { return events.size() == 2; }));
+    EXPECT_EQ(events, (Events{"patient", "other"}));
+}
+
+TEST(QtRunLoop, ATaskThatMayWaitComesWithPostedWorkAfterItsDelayOnly) {
+    QtRunLoop loop;
+    Events events;
+    const Cancellable early = loop.postDelayedWithTolerance(1ms, 1h, [&] { events.emplace_back("due"); });
+    const Cancellable late =
+        loop.postDelayedWithTolerance(10min, 1h, [&] { events.emplace_back("not due"); });
+    std::this_thread::sleep_for(2ms);
+    loop.post([&] { events.emplace_back("posted"); });
+    EXPECT_TRUE(runUntil([&] { return events.size() == 2; }));
+    EXPECT_EQ(events, (Events{"due", "posted"}));
+}
+
+TEST(QtRunLoop, ATaskThatMayWaitWakesTheLoopWhenItsToleranceEnds) {
+    QtRunLoop loop;
+    bool fired = false;
+    const auto begin = Clock::now();
+    const Cancellable patient = loop.postDelayedWithTolerance(10ms, 30ms, [&] { fired = true; });
+    EXPECT_TRUE(runUntil([&] { return fired; }));
+    EXPECT_GE(Clock::now() - begin, 39ms);
+}
+
 TEST(QtRunLoop, WhatADroppedTaskHeldEndsAtOnce) {
     QtRunLoop loop;
     auto owned = std::make_shared<int>(7);
