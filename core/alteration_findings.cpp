@@ -97,7 +97,7 @@ Texts textsOf(const Alteration& alteration, const SystemWords& words) {
             [&](const alteration::Clock& clock) -> Texts {
                 return {"Another device sets the clock",
                         joined({clock.device, " follows the clock of ", clock.leader, ". ", words.mixer,
-                                " resamples all that it plays."}),
+                                " resamples what it plays to keep pace."}),
                         "Play to one device at a time."};
             },
             [&](const alteration::Dither& dither) -> Texts {

@@ -58,7 +58,7 @@ struct DeviceMute {
     bool operator==(const DeviceMute&) const = default;
 };
 
-/// The device follows the clock of another one, so what it plays is resampled all the time.
+/// The device follows the clock of another one, so what it plays is resampled to keep pace with it.
 struct Clock {
     std::string device;
     std::string leader;

@@ -93,7 +93,7 @@ const FindingCase findings[] = {
     {"a device muted", DeviceMute{"Desk DAC"}, "Device is muted", "PipeWire mutes Desk DAC.",
      "Unmute Desk DAC."},
     {"another clock", alteration::Clock{"Desk DAC", "HDMI"}, "Another device sets the clock",
-     "Desk DAC follows the clock of HDMI. PipeWire resamples all that it plays.",
+     "Desk DAC follows the clock of HDMI. PipeWire resamples what it plays to keep pace.",
      "Play to one device at a time."},
     {"dither", Dither{"Desk DAC"}, "Noise is added", "PipeWire dithers what Desk DAC plays.",
      "Switch dithering off in the settings of Desk DAC."},

@@ -2,7 +2,7 @@
 // or its input ends.
 //
 //   usb_converter FOLDER [--rates 44100,96000] [--bits 16,24] [--maker TEXT] [--name TEXT] [--serial TEXT]
-//                        [--product NUMBER] [--no-volume] [--no-sound]
+//                        [--product NUMBER] [--slower MILLIONTHS] [--no-volume] [--no-sound]
 
 #include <sys/signalfd.h>
 #include <csignal>
@@ -31,7 +31,14 @@ std::vector<Number> numbersOf(const std::string& text) {
     return numbers;
 }
 
-bool read(const std::vector<std::string>& words, ConverterTexts& texts, ConverterAbilities& abilities) {
+struct Options {
+    ConverterTexts texts;
+    ConverterAbilities abilities;
+    int millionthsSlower = 0;
+};
+
+bool read(const std::vector<std::string>& words, Options& options) {
+    auto& [texts, abilities, millionthsSlower] = options;
     for (std::size_t at = 0; at < words.size(); ++at) {
         if (words[at] == "--no-volume") {
             abilities.hasVolume = false;
@@ -51,6 +58,8 @@ bool read(const std::vector<std::string>& words, ConverterTexts& texts, Converte
             texts.serial = words[++at];
         } else if (words[at] == "--product") {
             texts.product = static_cast<std::uint16_t>(std::strtoul(words[++at].c_str(), nullptr, 0));
+        } else if (words[at] == "--slower") {
+            millionthsSlower = static_cast<int>(std::strtoul(words[++at].c_str(), nullptr, 0));
         } else {
             return false;
         }
@@ -61,9 +70,8 @@ bool read(const std::vector<std::string>& words, ConverterTexts& texts, Converte
 }  // namespace
 
 int main(int argc, char** argv) {
-    ConverterTexts texts;
-    ConverterAbilities abilities;
-    if (argc < 2 || !read({argv + 2, argv + argc}, texts, abilities)) {
+    Options options;
+    if (argc < 2 || !read({argv + 2, argv + argc}, options)) {
         std::cerr << "usb_converter: which folder, rates and bits?\n";
         return 2;
     }
@@ -73,8 +81,8 @@ int main(int argc, char** argv) {
     sigaddset(&ends, SIGINT);
     sigprocmask(SIG_BLOCK, &ends, nullptr);
     const host_linux::FileDescriptor stop(signalfd(-1, &ends, SFD_CLOEXEC));
-    AudioDevice device(texts, abilities, argv[1]);
-    UsbIpPort port(device);
+    AudioDevice device(options.texts, options.abilities, argv[1]);
+    UsbIpPort port(device, options.millionthsSlower);
     if (!port.attach()) {
         std::cerr << "usb_converter: vhci_hcd has no free port\n";
         return 1;

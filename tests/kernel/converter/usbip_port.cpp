@@ -26,7 +26,6 @@ constexpr std::size_t headerSize = 48;
 constexpr std::uint32_t directionOut = 0;
 constexpr int highSpeed = 3;
 constexpr std::uint32_t deviceNumber = 0x10002;
-constexpr std::chrono::microseconds microframe{125};
 
 std::uint32_t bigEndian(const Bytes& bytes, std::size_t at) {
     std::uint32_t value = 0;
@@ -167,7 +166,7 @@ bool UsbIpPort::readPackets(Transfer& transfer, std::uint32_t count) {
 
 /// A real bus carries a packet in each microframe; what comes while the bus is idle starts at once.
 void UsbIpPort::schedule(Transfer transfer) {
-    busFree_ = std::max(busFree_, Clock::now()) + microframe * transfer.packets.size();
+    busFree_ = std::max(busFree_, Clock::now()) + microframe_ * transfer.packets.size();
     transfer.due = busFree_;
     waiting_.push_back(std::move(transfer));
 }

@@ -12,12 +12,14 @@
 namespace purlock::kernel_lab {
 
 /// A port of the kernel's own USB/IP host controller (vhci_hcd), with a device in this process at its end.
-/// Packets of sound are answered when their time on a real bus would be over. One thread.
+/// Packets of sound are answered when their time on a real bus would be over, by a clock that may be slower
+/// than the machine's. One thread.
 ///
 /// Source of the protocol: Documentation/usb/usbip_protocol.rst of the Linux kernel.
 class UsbIpPort {
   public:
-    explicit UsbIpPort(AudioDevice& device) : device_(device) {}
+    UsbIpPort(AudioDevice& device, int millionthsSlower)
+        : device_(device), microframe_(125'000 + millionthsSlower / 8) {}
     ~UsbIpPort();
     UsbIpPort(const UsbIpPort&) = delete;
     UsbIpPort& operator=(const UsbIpPort&) = delete;
@@ -59,6 +61,7 @@ class UsbIpPort {
     int timeToNext() const;
 
     AudioDevice& device_;
+    const std::chrono::nanoseconds microframe_;
     std::optional<int> port_;
     host_linux::FileDescriptor socket_;
     std::deque<Transfer> waiting_;  // in the order of their time

@@ -112,8 +112,10 @@ add_software_volume("hardware-volume-left-alone", name="Larch Soft")
 
 @case("two-cards")
 def two_cards(machine):
-    """One stream to two converters: one of them follows the other's clock."""
-    first, second = Converter(name="Larch One"), Converter("--serial", "LA-0002", name="Larch Two")
+    """One stream to two converters: one of them follows the other's clock. The clocks differ by 48 Hz, since the mixer
+    copies samples for a while when they agree to within 1 Hz."""
+    first = Converter(name="Larch One")
+    second = Converter("--serial", "LA-0002", "--slower", "1000", name="Larch Two")
     noise = Noise("/tmp/noise.wav", 48000, 16)
     texts = []
 
