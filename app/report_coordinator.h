@@ -27,11 +27,11 @@ struct ReportCoordinatorSeams {
 /// Where the inputs meet the cause engine: whenever the device's state or what plays is published and 80 ms
 /// of quiet have followed, it gathers the playing process and its claim, and publishes a new report.
 ///
-/// While nobody observes it, a report of what has not changed since the last one may come up to a second
-/// later: its timer waits for the next work of the main loop, and does not wake it.
+/// While nobody observes it and its inputs are those of the last report, the next one may come up to a second
+/// later: its timer does not wake the main loop, but comes with the loop's next work.
 ///
-/// Made once by the application; main thread only. Nothing is compared: every recomputation gives a new
-/// report and a new `lastTick`. Observers subscribe to `objectWillChange` and read again once it has fired.
+/// Made once by the application; main thread only. Reports are not compared: every recomputation gives a new
+/// one and a new `lastTick`. Observers subscribe to `objectWillChange` and read again once it has fired.
 class ReportCoordinator : public std::enable_shared_from_this<ReportCoordinator> {
   public:
     /// Makes a coordinator that follows both monitors. The first report comes one period of quiet later.
