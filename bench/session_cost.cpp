@@ -69,7 +69,7 @@ int run(int seconds) {
     if (!session.loadNullSink("desk", 48000)) return fail(session, "there is no sink");
     session.spawn("player", {"pw-play", "--target=desk", session.toneFile(48000, 16, seconds + 30)});
     const pid_t purlock = session.spawn("purlock", {PURLOCK_PROGRAM}).pid();
-    session.setVariable("TERM", "xterm");  // pw-top draws on a terminal, which script(1) gives it
+    // pw-top draws on a terminal, which script(1) gives it.
     const pid_t terminal =
         session.spawn("pw-top", {"script", "--quiet", "--command", "exec pw-top", "/dev/null"}).pid();
     const char* data = std::getenv("XDG_DATA_HOME");

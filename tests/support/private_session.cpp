@@ -98,6 +98,7 @@ PrivateSession::PrivateSession() {
     }
     for (const char* const name : foreignVariables) ::unsetenv(name);
     setVariable("HOME", folder() + "/home");
+    setVariable("TERM", "xterm");  // some players draw on a terminal, also where the tests have none
     setVariable("XDG_RUNTIME_DIR", runtimeFolder());
     setVariable("XDG_CONFIG_HOME", folder() + "/config");
     setVariable("XDG_DATA_HOME", folder() + "/data");

@@ -64,7 +64,6 @@ class Log : public test::ProgramWithSoundTest {
 
     /// What the server's own monitor shows of the graphs' clocks; it draws on a terminal only.
     std::string serversTable() {
-        session.setVariable("TERM", "xterm");
         return session.run({"timeout", "3", "script", "--quiet", "--command", "exec pw-top", "/dev/null"})
             .output;
     }
