@@ -69,7 +69,7 @@ class ReportCoordinator : public std::enable_shared_from_this<ReportCoordinator>
     SignalPathReport report_;
     std::optional<NowPlayingInfo> nowPlaying_;
     Published<WallTime> lastTick_;
-    std::optional<DeviceState> judgedState_;  // what the report is about
+    std::optional<DeviceState> judgedState_;  // the inputs of the report
     std::optional<NowPlayingInfo> judgedInfo_;
     const std::shared_ptr<AudioMonitor> audio_;
     const std::shared_ptr<NowPlayingMonitor> np_;

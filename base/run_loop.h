@@ -27,9 +27,8 @@ class RunLoop {
     /// Runs `task` once, `delay` from now, unless the handle is dropped before. Main thread only.
     virtual Cancellable postDelayed(std::chrono::milliseconds delay, Task task) = 0;
 
-    /// The same for work that may wait `tolerance` longer, so that it need not wake the loop: it runs with
-    /// what the loop does next after `delay`, before what is due later. A loop may pay no heed to the
-    /// tolerance.
+    /// The same for work that may wait `tolerance` longer and need not wake the loop. It runs with the loop's
+    /// first work after `delay`, and before what is due later. A loop may ignore the tolerance.
     virtual Cancellable postDelayedWithTolerance(std::chrono::milliseconds delay,
                                                  std::chrono::milliseconds /*tolerance*/, Task task) {
         return postDelayed(delay, std::move(task));
