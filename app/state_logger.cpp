@@ -60,11 +60,10 @@ std::string StateLogger::signature(const DeviceState& state) {
 
 void StateLogger::record(const DeviceState& state) {
     if (!settings_->logEnabled().value()) return;
-    if (lastState_ == state) return;  // as most are: the signature would be the same
-    lastState_ = state;
-    std::string current = signature(state);
-    if (lastSignature_ == current) return;
-    lastSignature_ = std::move(current);  // before the line is written: a failed write does not undo it
+    if (lastState_ == state) return;  // most are, and a signature costs more than this
+    const bool isLogged = lastState_ && signature(*lastState_) == signature(state);
+    lastState_ = state;  // before the line is written: a failed write does not undo it
+    if (isLogged) return;
     queue_->async([&files = files_, file = logURL_, record = recordOf(state, clock_.now())] {
         appendLine(files, file, record);
     });

@@ -43,8 +43,7 @@ class StateLogger {
     const std::shared_ptr<const SettingsStore> settings_;
     const std::shared_ptr<SerialQueue> queue_;
     const std::filesystem::path logURL_;
-    std::optional<DeviceState> lastState_;  // the one that has lastSignature_
-    std::optional<std::string> lastSignature_;
+    std::optional<DeviceState> lastState_;  // has the signature of the last line
 };
 
 }  // namespace purlock
