@@ -12,8 +12,6 @@ namespace {
 constexpr const char* serviceName = "org.a11y.Bus";
 constexpr const char* servicePath = "/org/a11y/bus";
 constexpr const char* statusInterface = "org.a11y.Status";
-constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
-constexpr std::chrono::seconds callLimit{5};
 constexpr std::chrono::milliseconds pauseBeforeAskingAgain{1000};
 
 }  // namespace
@@ -50,7 +48,7 @@ void AccessibilityBus::askForAddress() {
     if (!service_) return;
     const auto askLater = [this] { askAgain_.start(pauseBeforeAskingAgain, [this] { askForAddress(); }); };
     const auto call = service_->newCall(servicePath, serviceName, "GetAddress");
-    const bool sent = service_->call(call, callLimit, [this, askLater](const BusIncoming& reply) {
+    const bool sent = service_->call(call, busTimeLimit, [this, askLater](const BusIncoming& reply) {
         const auto address = reply.isError() ? std::nullopt : reply.reader().nextText();
         // The owner of the service's name could have a command run by another kind of address.
         if (address && isSocketAddress(*address)) return takeAddress(*address);
@@ -82,7 +80,7 @@ void AccessibilityBus::askWhetherEnabled() {
     if (!service_) return;
     auto call = service_->newCall(servicePath, propertiesInterface, "Get");
     call.append(statusInterface).append("IsEnabled");
-    service_->call(call, callLimit, [this](const BusIncoming& reply) {
+    service_->call(call, busTimeLimit, [this](const BusIncoming& reply) {
         const auto value = reply.isError() ? std::nullopt : reply.reader().next();
         enabled_ = value && value->boolean().value_or(false);
         update();
@@ -110,7 +108,7 @@ void AccessibilityBus::sendEnable() {
     call.append(statusInterface).append("IsEnabled").variant("b", [](BusWriter& value) {
         value.append(true);
     });
-    enabling_ = session_.call(call, callLimit, [this](const BusIncoming& reply) {
+    enabling_ = session_.call(call, busTimeLimit, [this](const BusIncoming& reply) {
         if (reply.isError()) return;
         wanted_ = false;
         askWhetherEnabled();  // in case the service does not tell of the change

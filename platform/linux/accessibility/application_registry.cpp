@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/linux/accessibility/cache_items.h"
+#include "platform/linux/accessibility/element_rules.h"
 #include "platform/linux/applications/process_files.h"
 
 namespace purlock::host_linux {
@@ -14,7 +15,6 @@ namespace {
 constexpr const char* registryName = "org.a11y.atspi.Registry";
 constexpr std::size_t maximumApplications = 512;
 constexpr int maximumGenerations = 16;
-constexpr std::chrono::milliseconds callLimit{1500};
 
 bool descendsFrom(std::int32_t pid, std::int32_t ancestor) {
     const ProcessFiles processes;
@@ -40,8 +40,8 @@ void ApplicationRegistry::find(std::int32_t pid, Found onFound) {
     auto search = std::make_shared<Search>(Search{pid, std::move(onFound), {}, 0});
     const auto call = connection_.newCall(
         {registryName, std::string(applicationElementPath), "org.a11y.atspi.Accessible", "GetChildren"});
-    const bool sent =
-        calls_.send(call, callLimit, [this, search](const BusIncoming& reply) { takeNames(search, reply); });
+    const bool sent = calls_.send(call, elementTimeLimit,
+                                  [this, search](const BusIncoming& reply) { takeNames(search, reply); });
     if (!sent) search->onFound(std::nullopt);
 }
 
@@ -52,7 +52,7 @@ void ApplicationRegistry::listen() {
         auto call =
             connection_.newCall({registryName, "/org/a11y/atspi/registry", registryName, "RegisterEvent"});
         call.append(event).emptyArray("s").append("");
-        const bool sent = calls_.send(call, callLimit, [this](const BusIncoming& reply) {
+        const bool sent = calls_.send(call, elementTimeLimit, [this](const BusIncoming& reply) {
             if (reply.isError()) listening_ = false;
         });
         if (!sent) listening_ = false;
@@ -83,10 +83,9 @@ void ApplicationRegistry::takeNames(const std::shared_ptr<Search>& search, const
 }
 
 void ApplicationRegistry::askForProcess(const std::shared_ptr<Search>& search, const std::string& name) {
-    auto call = connection_.newCall({"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                                     "GetConnectionUnixProcessID"});
+    auto call = connection_.newCall(messageBusMethod("GetConnectionUnixProcessID"));
     call.append(name);
-    const bool sent = calls_.send(call, callLimit, [this, search, name](const BusIncoming& reply) {
+    const bool sent = calls_.send(call, elementTimeLimit, [this, search, name](const BusIncoming& reply) {
         const auto value = reply.isError() ? std::nullopt : reply.reader().next();
         const auto pid = value ? value->integer() : std::nullopt;
         if (pid) processes_[name] = static_cast<std::int32_t>(*pid);

@@ -11,8 +11,6 @@ namespace purlock::host_linux {
 
 namespace {
 
-constexpr std::string_view textInterface = "org.a11y.atspi.Text";
-
 std::string textAt(const BusValue& item, std::size_t place) {
     const BusValue* value = item.at(place);
     return value != nullptr && value->text() != nullptr ? *value->text() : std::string();

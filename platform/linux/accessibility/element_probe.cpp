@@ -7,12 +7,6 @@
 
 namespace purlock::host_linux {
 
-namespace {
-
-constexpr std::chrono::milliseconds callLimit{1500};
-
-}  // namespace
-
 ElementProbe::ElementProbe(BusConnection& connection, std::string busName, FoundElement element,
                            Finish onFinish)
     : connection_(connection),
@@ -36,7 +30,7 @@ BusCall ElementProbe::newTextCall() const {
         call.append(std::int32_t{0}).append(firstTextCharacters);
         return call;
     }
-    auto call = connection_.newCall({busName_, element_.path, "org.freedesktop.DBus.Properties", "Get"});
+    auto call = connection_.newCall({busName_, element_.path, propertiesInterface, "Get"});
     const char* property = element_.attribute == SnapshotText::title ? "Name" : "Description";
     call.append("org.a11y.atspi.Accessible").append(property);
     return call;
@@ -44,10 +38,11 @@ BusCall ElementProbe::newTextCall() const {
 
 /// A question that cannot be sent is answered when the connection's loss drops this.
 void ElementProbe::ask(const BusCall& call, std::function<bool(const BusIncoming&)> isAsExpected) {
-    calls_.send(call, callLimit, [this, isAsExpected = std::move(isAsExpected)](const BusIncoming& reply) {
-        if (reply.isError() || !isAsExpected(reply)) return finish(false);
-        if (--open_ == 0) finish(true);
-    });
+    calls_.send(call, elementTimeLimit,
+                [this, isAsExpected = std::move(isAsExpected)](const BusIncoming& reply) {
+                    if (reply.isError() || !isAsExpected(reply)) return finish(false);
+                    if (--open_ == 0) finish(true);
+                });
 }
 
 void ElementProbe::finish(bool isUnchanged) {

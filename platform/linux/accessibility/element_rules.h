@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 
@@ -18,7 +19,13 @@ bool isOnScreen(const BusValue* states);
 /// only labels. Never that of a password, nor of a table or a row, whose cells count.
 bool countsByContent(std::int64_t role, bool isNameless);
 
+/// What an element with a content lists among its interfaces.
+inline constexpr const char* textInterface = "org.a11y.atspi.Text";
+
 /// Contents are read of this many elements of one tree at most.
 inline constexpr std::size_t maximumContents = 256;
+
+/// How long an application, or the registry that lists them, may take to answer one question.
+inline constexpr std::chrono::milliseconds elementTimeLimit{1500};
 
 }  // namespace purlock::host_linux

@@ -11,11 +11,8 @@ namespace purlock::host_linux {
 namespace {
 
 constexpr const char* accessibleInterface = "org.a11y.atspi.Accessible";
-constexpr const char* textInterface = "org.a11y.atspi.Text";
-constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
 
 constexpr std::size_t maximumUnderWay = 64;
-constexpr std::chrono::milliseconds callLimit{1500};
 
 BusReadLimits repliesLimits(const SnapshotLimits& limits) {
     return {.textBytes = limits.textBytes, .totalTextBytes = 8U << 20U, .values = 4 * limits.elements};
@@ -162,10 +159,11 @@ void ObjectWalker::sendQueued() {
         }
         const auto [call, onReply] = std::move(calls_.front());
         calls_.pop_front();
-        const bool sent = sent_.send(call, callLimit, [this, onReply = onReply](const BusIncoming& reply) {
-            onReply(reply);
-            sendQueued();
-        });
+        const bool sent =
+            sent_.send(call, elementTimeLimit, [this, onReply = onReply](const BusIncoming& reply) {
+                onReply(reply);
+                sendQueued();
+            });
         failed_ = !sent;
     }
     if (failed_) return finish(std::nullopt);

@@ -19,7 +19,6 @@ constexpr const char* objectPath = "/org/purlock/Purlock";
 constexpr const char* applicationInterface = "org.freedesktop.Application";
 constexpr const char* panelInterface = "org.purlock.Panel";
 constexpr std::size_t mostQuestions = 16;  // that wait for an answer
-constexpr std::chrono::seconds timeLimit{5};
 
 }  // namespace
 
@@ -42,8 +41,7 @@ class InstanceActivation::Service {
     void connected() {
         application_.emplace(connection_, applicationObject());
         panel_.emplace(connection_, panelObject());
-        auto call = connection_.newCall(
-            {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName"});
+        auto call = connection_.newCall(messageBusMethod("RequestName"));
         call.append(serviceName).append(std::uint32_t{0});  // in line behind another owner, if there is one
         connection_.send(call);
     }
@@ -171,7 +169,7 @@ class Caller {
 
     void ask() {
         auto call = newCall();
-        question_ = connection_.call(call, timeLimit, [this](const BusIncoming& reply) {
+        question_ = connection_.call(call, busTimeLimit, [this](const BusIncoming& reply) {
             if (reply.isError()) return onDone_({});
             const auto value = request_ == Request::isPanelOpen ? reply.reader().next() : std::nullopt;
             onDone_({true, value ? value->boolean() : std::nullopt});

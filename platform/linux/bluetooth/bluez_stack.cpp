@@ -13,7 +13,6 @@ namespace {
 
 constexpr const char* daemonName = "org.bluez";
 constexpr const char* objectManager = "org.freedesktop.DBus.ObjectManager";
-constexpr std::chrono::seconds answerLimit{5};
 constexpr std::chrono::seconds pauseAfterFailure{2};
 
 /// Some hundred devices with some fifty values each.
@@ -62,7 +61,7 @@ class BlueZStack::Watcher {
     /// The signals that arrive before the answer tell of things that the answer contains.
     void askForObjects() {
         const auto call = daemon_->newCall("/", objectManager, "GetManagedObjects");
-        const bool sent = daemon_->call(call, answerLimit, [this](const BusIncoming& reply) {
+        const bool sent = daemon_->call(call, busTimeLimit, [this](const BusIncoming& reply) {
             const auto objects = reply.isError() ? std::nullopt : reply.reader(objectsLimits).next();
             if (!objects) return askAgainLater();
             answered_ = true;

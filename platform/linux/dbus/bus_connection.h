@@ -32,6 +32,9 @@ class BusSlot {
     std::unique_ptr<sd_bus_slot, Deleter> slot_;
 };
 
+/// How long the bus, or a service of the desktop, may take to answer a call that nothing else limits.
+inline constexpr std::chrono::seconds busTimeLimit{5};
+
 /// Callbacks of a connection to its owner, on the bus thread. Match rules are added anew at each `connected`.
 struct BusConnectionEvents {
     std::function<void()> connected;

@@ -26,6 +26,16 @@ struct BusMethod {
     std::string member;
 };
 
+// The bus's own object, and what every object can be asked for (D-Bus Specification).
+inline constexpr const char* messageBusName = "org.freedesktop.DBus";
+inline constexpr const char* messageBusPath = "/org/freedesktop/DBus";
+inline constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
+
+/// An operation of the bus itself.
+inline BusMethod messageBusMethod(const char* member) {
+    return {messageBusName, messageBusPath, messageBusName, member};
+}
+
 /// A method call on its way out: made by `BusConnection::newCall`, given its arguments in order, handed to
 /// `BusConnection::call`. A failure to build it is found when it is sent. On the bus thread.
 class BusCall : public BusWriter {

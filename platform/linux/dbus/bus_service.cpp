@@ -6,14 +6,6 @@
 
 namespace purlock::host_linux {
 
-namespace {
-
-constexpr const char* busName = "org.freedesktop.DBus";
-constexpr const char* busPath = "/org/freedesktop/DBus";
-constexpr std::chrono::seconds timeLimit{5};
-
-}  // namespace
-
 BusService::BusService(BusConnection& connection, std::string name, OwnerCallback onOwner)
     : connection_(connection), name_(std::move(name)), onOwner_(std::move(onOwner)) {
     listenToOwnerChanges();
@@ -21,8 +13,9 @@ BusService::BusService(BusConnection& connection, std::string name, OwnerCallbac
 }
 
 void BusService::listenToOwnerChanges() {
-    const std::string rule = joined({"type='signal',sender='", busName, "',path='", busPath, "',interface='",
-                                     busName, "',member='NameOwnerChanged',arg0='", name_, "'"});
+    const std::string rule =
+        joined({"type='signal',sender='", messageBusName, "',path='", messageBusPath, "',interface='",
+                messageBusName, "',member='NameOwnerChanged',arg0='", name_, "'"});
     ownerChanges_ = connection_.addMatch(rule, [this](const BusIncoming& signal) {
         BusReader reader = signal.reader();
         const auto changed = reader.nextText();
@@ -33,10 +26,10 @@ void BusService::listenToOwnerChanges() {
 }
 
 void BusService::askForOwner() {
-    auto call = connection_.newCall({busName, busPath, busName, "GetNameOwner"});
+    auto call = connection_.newCall(messageBusMethod("GetNameOwner"));
     call.append(name_);
     // A call that cannot be sent means that the connection is about to be lost, and the service with it.
-    question_ = connection_.call(call, timeLimit, [this](const BusIncoming& reply) {
+    question_ = connection_.call(call, busTimeLimit, [this](const BusIncoming& reply) {
         if (known_) return;  // a change that came first is newer
         take(reply.isError() ? "" : reply.reader().nextText().value_or(""));
     });

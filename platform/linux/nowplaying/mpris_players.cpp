@@ -7,9 +7,6 @@ namespace purlock::host_linux {
 
 namespace {
 
-constexpr const char* busName = "org.freedesktop.DBus";
-constexpr const char* busPath = "/org/freedesktop/DBus";
-constexpr const char* propertiesInterface = "org.freedesktop.DBus.Properties";
 constexpr const char* playerPath = "/org/mpris/MediaPlayer2";
 constexpr const char* rootInterface = "org.mpris.MediaPlayer2";
 constexpr const char* playerInterface = "org.mpris.MediaPlayer2.Player";
@@ -24,15 +21,9 @@ constexpr const char* propertiesRule =
 constexpr const char* seekedRule =
     "type='signal',path='/org/mpris/MediaPlayer2',interface='org.mpris.MediaPlayer2.Player',member='Seeked'";
 
-constexpr std::chrono::seconds busTimeLimit{5};
-
 /// Names beyond the roster's room are asked for, so that a player among them is not missed.
 constexpr std::size_t maximumNames = 512;
 constexpr std::chrono::milliseconds pauseBetweenLists{1000};
-
-BusMethod busMethod(const char* member) {
-    return {busName, busPath, busName, member};
-}
 
 BusMethod propertiesMethod(const std::string& owner, const char* member) {
     return {owner, playerPath, propertiesInterface, member};
@@ -72,7 +63,7 @@ void MprisPlayers::becomeLost() {
 
 void MprisPlayers::listNames() {
     // When it cannot be sent, the connection is about to be lost; it comes back with a new list.
-    busCalls_.send(connection_.newCall(busMethod("ListNames")), busTimeLimit,
+    busCalls_.send(connection_.newCall(messageBusMethod("ListNames")), busTimeLimit,
                    [this](const BusIncoming& reply) {
                        BusReader reader = reply.reader();
                        if (reply.isError() || !reader.enterArray()) return;
@@ -93,7 +84,7 @@ void MprisPlayers::listNamesSoon() {
 
 /// The bus tells of owners in the order in which they change, so each answer is newer than what is known.
 void MprisPlayers::askForOwner(const std::string& name) {
-    BusCall call = connection_.newCall(busMethod("GetNameOwner"));
+    BusCall call = connection_.newCall(messageBusMethod("GetNameOwner"));
     call.append(name);
     busCalls_.send(call, busTimeLimit, [this, name](const BusIncoming& reply) {
         if (!reply.isError()) takeOwner(name, reply.reader().nextText().value_or(""));
@@ -101,7 +92,7 @@ void MprisPlayers::askForOwner(const std::string& name) {
 }
 
 void MprisPlayers::onNameOwnerChanged(const BusIncoming& signal) {
-    if (signal.sender() != busName) return;
+    if (signal.sender() != messageBusName) return;
     BusReader reader = signal.reader();
     const auto name = reader.nextText();
     reader.nextText();  // the former owner
@@ -123,7 +114,7 @@ void MprisPlayers::takeOwner(const std::string& name, const std::string& owner) 
 // What a player is asked
 
 void MprisPlayers::askForProcess(const std::string& owner) {
-    BusCall call = connection_.newCall(busMethod("GetConnectionUnixProcessID"));
+    BusCall call = connection_.newCall(messageBusMethod("GetConnectionUnixProcessID"));
     call.append(owner);
     busCalls_.send(call, busTimeLimit, [this, owner](const BusIncoming& reply) {
         const auto value = reply.isError() ? std::nullopt : reply.reader().next();
@@ -242,7 +233,7 @@ std::optional<BusValue> MprisPlayers::valueOf(const std::string& owner, const Bu
     if (!reply.isError()) return reply.reader(playerReadLimits).next();
     const bool hasLeft = reply.errorName() == "org.freedesktop.DBus.Error.ServiceUnknown" ||
                          reply.errorName() == "org.freedesktop.DBus.Error.NameHasNoOwner";
-    if (hasLeft && reply.sender() == busName) {
+    if (hasLeft && reply.sender() == messageBusName) {
         roster_.removeOwner(owner);
         listNames();
     }

@@ -13,7 +13,6 @@ constexpr const char* portalPath = "/org/freedesktop/portal/desktop";
 constexpr const char* settingsInterface = "org.freedesktop.portal.Settings";
 constexpr const char* appearance = "org.freedesktop.appearance";
 constexpr const char* key = "color-scheme";
-constexpr std::chrono::seconds timeLimit{5};
 
 ColorScheme schemeOf(const BusValue& value) {
     const auto number = value.integer();
@@ -46,7 +45,7 @@ void ColorSchemeWatch::portalChanged(const std::string& owner) {
 void ColorSchemeWatch::ask() {
     auto call = portal_.newCall(portalPath, settingsInterface, "Read");
     call.append(appearance).append(key);
-    portal_.call(call, timeLimit, [this](const BusIncoming& reply) {
+    portal_.call(call, busTimeLimit, [this](const BusIncoming& reply) {
         const auto value = reply.isError() ? std::nullopt : reply.reader().next();
         if (value) take(*value);
     });

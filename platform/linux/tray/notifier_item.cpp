@@ -11,7 +11,6 @@ namespace {
 constexpr const char* itemPath = "/StatusNotifierItem";
 constexpr const char* watcherName = "org.kde.StatusNotifierWatcher";
 constexpr const char* watcherPath = "/StatusNotifierWatcher";
-constexpr std::chrono::seconds timeLimit{5};
 
 void appendPixmaps(BusWriter& writer, const std::vector<NotifierPixmap>& pixmaps) {
     writer.array("(iiay)", [&](BusWriter& array) {
@@ -137,9 +136,9 @@ void NotifierItem::registerItem() {
 }
 
 void NotifierItem::askForHost() {
-    auto call = watcher_.newCall(watcherPath, "org.freedesktop.DBus.Properties", "Get");
+    auto call = watcher_.newCall(watcherPath, propertiesInterface, "Get");
     call.append(watcherName).append("IsStatusNotifierHostRegistered");
-    const bool sent = watcher_.call(call, timeLimit, [this](const BusIncoming& reply) {
+    const bool sent = watcher_.call(call, busTimeLimit, [this](const BusIncoming& reply) {
         const auto answer = reply.isError() ? std::nullopt : reply.reader().next();
         setHosted(answer && answer->boolean().value_or(false));
     });
