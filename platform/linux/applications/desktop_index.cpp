@@ -20,7 +20,7 @@ constexpr std::size_t maximumFiles = 16'384;
 constexpr std::size_t maximumFileBytes = 256 * 1024;
 constexpr std::size_t maximumFolders = 2000;
 constexpr int maximumDepth = 4;  // of folders below "applications"
-constexpr std::string_view suffix = ".desktop";
+constexpr std::string_view entrySuffix = ".desktop";
 
 std::string_view fileName(std::string_view path) {
     return path.substr(path.find_last_of('/') + 1);
@@ -65,14 +65,14 @@ void DesktopIndex::readFolder(const std::string& folder, const std::string& pref
     if (!names || depth > maximumDepth) return;
     for (const std::string& name : *names) {
         const std::string path = joined({folder, "/", name});
-        if (!name.ends_with(suffix)) {
+        if (!name.ends_with(entrySuffix)) {
             std::error_code error;
             if (std::filesystem::is_directory(path, error)) {
                 readFolder(path, joined({prefix, name, "-"}), depth + 1, localeSuffixes);
             }
             continue;
         }
-        std::string id = joined({prefix, std::string_view(name).substr(0, name.size() - suffix.size())});
+        std::string id = joined({prefix, std::string_view(name).substr(0, name.size() - entrySuffix.size())});
         if (entries_.contains(id) || entries_.size() >= maximumFiles) continue;
         if (const auto text = readFile(path, maximumFileBytes)) {
             add(std::move(id), parseDesktopEntry(*text, localeSuffixes));

@@ -49,7 +49,7 @@ void drawEdge(const QRect& rect, QPainter& painter) {
     painter.drawRect(QRect(rect.right(), rect.top() + 1, 1, rect.height() - 2));
 }
 
-constexpr Color ground{0.17, 0.17, 0.18, 1};
+constexpr Color menuGround{0.17, 0.17, 0.18, 1};
 
 // As the panel's own texts are.
 constexpr int tipSize = 11;
@@ -58,7 +58,7 @@ constexpr int menuSize = 12;
 QPalette darkPalette() {
     QPalette palette;
     for (const auto role : {QPalette::Window, QPalette::Base, QPalette::Button, QPalette::ToolTipBase}) {
-        palette.setColor(role, qtColor(ground));
+        palette.setColor(role, qtColor(menuGround));
     }
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText,
                             QPalette::HighlightedText}) {

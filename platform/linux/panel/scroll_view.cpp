@@ -17,7 +17,7 @@ namespace {
 constexpr int barWidth = 8;
 constexpr int glideMilliseconds = 140;
 constexpr int notch = 60;  // points a notch of the wheel scrolls, and an arrow key
-constexpr int aroundFocus = 16;
+constexpr int beyondFocus = 16;
 
 /// A rounded handle without a ground or buttons.
 class SlimBar final : public QScrollBar {
@@ -66,7 +66,7 @@ ScrollView::ScrollView(QWidget* parent)
 void ScrollView::showFocus(QWidget* focused) {
     if (focused == nullptr || widget() == nullptr || !widget()->isAncestorOf(focused)) return;
     gliding_.stop();
-    ensureWidgetVisible(focused, 0, aroundFocus);
+    ensureWidgetVisible(focused, 0, beyondFocus);
 }
 
 void ScrollView::scrollToTop() {

@@ -16,10 +16,10 @@ namespace purlock {
 namespace {
 
 /// A panel with a menu of that many devices, the last of which is the current one.
-struct Fixture {
+struct MenuFixture {
     host_linux::PanelSurface surface{{[](const Action&) {}, [] {}}};
 
-    Fixture() { surface.setPanel({360, 600}, {}); }
+    MenuFixture() { surface.setPanel({360, 600}, {}); }
 
     void show(int devices) {
         std::vector<MenuEntry> entries;
@@ -38,7 +38,7 @@ struct Fixture {
 };
 
 TEST(DeviceMenu, TheCurrentDeviceAloneIsBold) {
-    Fixture f;
+    MenuFixture f;
     f.show(3);
     const auto actions = f.menu().actions();
     ASSERT_EQ(actions.size(), 3);
@@ -48,7 +48,7 @@ TEST(DeviceMenu, TheCurrentDeviceAloneIsBold) {
 }
 
 TEST(DeviceMenu, AnOpenOneThatGrowsStaysOnTheScreenWithItsChoice) {
-    Fixture f;
+    MenuFixture f;
     f.show(2);
     const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
     f.menu().popup(screen.bottomRight());

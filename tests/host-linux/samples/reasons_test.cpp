@@ -24,23 +24,23 @@ using namespace std::chrono_literals;
 constexpr int seconds = 5;
 constexpr std::uint32_t judgedSeed = 1;
 constexpr std::uint32_t otherSeed = 2;
-constexpr auto format = SampleFormat::s16;
+constexpr auto sampleFormat = SampleFormat::s16;
 
 class Reasons : public AudioTest {
   protected:
     std::string noiseFile(int rate, std::uint32_t seed) {
         std::string path =
             session.folder() + "/noise-" + std::to_string(rate) + "-" + std::to_string(seed) + ".wav";
-        if (!std::filesystem::exists(path)) writeFile(path, wavBytes(sound(rate, seed), format, rate));
+        if (!std::filesystem::exists(path)) writeFile(path, wavBytes(sound(rate, seed), sampleFormat, rate));
         return path;
     }
     static Sound sound(int rate, std::uint32_t seed) {
-        return noise(format, 2, static_cast<std::size_t>(rate) * seconds, seed);
+        return noise(sampleFormat, 2, static_cast<std::size_t>(rate) * seconds, seed);
     }
 
     bool makeDevice(int rate) {
         device.reset();
-        device = CapturedSink::make(session, {.name = target, .format = format, .rate = rate});
+        device = CapturedSink::make(session, {.name = target, .format = sampleFormat, .rate = rate});
         return device && waitUntil([&] { return observer().deviceByUID(target) != 0; });
     }
 
@@ -79,7 +79,7 @@ class Reasons : public AudioTest {
 
     /// Plays something else to another device. `properties` are of its stream.
     bool startOther(int rate, const std::string& properties) {
-        other = CapturedSink::make(session, {.name = "other", .format = format, .rate = rate});
+        other = CapturedSink::make(session, {.name = "other", .format = sampleFormat, .rate = rate});
         if (!other) return false;
         session.spawn("besides", {"pw-play", "-P", "node.name=besides " + properties, "--target", "other",
                                   noiseFile(rate, otherSeed)});
@@ -249,7 +249,7 @@ TEST_F(Reasons, TheDeviceCannot) {
     const std::string recorded = contentsOf(file);
     constexpr std::size_t header = 44;
     ASSERT_GT(recorded.size(), header);
-    const Sound arrived = soundFromBytes(recorded.substr(header), format, 2);
+    const Sound arrived = soundFromBytes(recorded.substr(header), sampleFormat, 2);
     EXPECT_EQ(compare(sound(48000, judgedSeed), tail(arrived, 48000 / 3), {{0}, {1}}, 0), Outcome::equal);
 }
 

@@ -37,7 +37,7 @@ constexpr Codec codecs[] = {
     {"msbc", "mSBC"},
 };
 
-constexpr std::size_t longestName = 32;
+constexpr std::size_t longestCodec = 32;
 
 }  // namespace
 
@@ -46,7 +46,7 @@ std::optional<std::string> linkCodecName(std::string_view codec) {
     for (const Codec& known : codecs) {
         if (known.key == codec) return std::string(known.name);
     }
-    return wellFormed(codec.substr(0, longestName));
+    return wellFormed(codec.substr(0, longestCodec));
 }
 
 }  // namespace purlock::host_linux

@@ -12,8 +12,6 @@ namespace purlock::host_linux {
 
 namespace {
 
-constexpr std::size_t mostChannels = 1024;
-
 std::vector<float> factors(const PodView& array) {
     std::vector<float> found;
     for (const PodView& element : array.elements()) {

@@ -9,10 +9,10 @@ namespace purlock::host_linux {
 namespace {
 
 /// Names stand in sentences; the server's may be up to 1024 bytes long.
-constexpr std::size_t longestName = 160;
+constexpr std::size_t longestShown = 160;
 
 std::string cut(std::string_view name) {
-    return name.size() <= longestName ? std::string(name) : wellFormed(name.substr(0, longestName));
+    return name.size() <= longestShown ? std::string(name) : wellFormed(name.substr(0, longestShown));
 }
 
 }  // namespace

@@ -20,7 +20,6 @@ namespace purlock::host_linux {
 
 namespace {
 
-constexpr std::uint32_t mostChannels = 1024;
 constexpr std::int32_t highestRate = 1 << 28;
 
 // The remaining flags of CoreAudio's stream description (CoreAudioBaseTypes.h); the engine reads none of

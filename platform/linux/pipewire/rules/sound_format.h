@@ -17,6 +17,9 @@ enum class SoundKind {
     dsd,        // one-bit sound, passed through
 };
 
+/// More channels than this are a mistake of the peer.
+inline constexpr std::uint32_t mostChannels = 1024;
+
 /// A sound format of the server, in plain numbers.
 struct SoundFormat {
     SoundKind kind = SoundKind::pcm;
