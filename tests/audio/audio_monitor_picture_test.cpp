@@ -7,7 +7,6 @@
 namespace purlock {
 namespace {
 
-using test::floatStream;
 using test::integerStream;
 using test::MonitorFixture;
 

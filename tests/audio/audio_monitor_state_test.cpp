@@ -11,7 +11,6 @@ namespace {
 
 using test::floatStream;
 using test::globalScope;
-using test::integerStream;
 using test::MonitorFixture;
 using test::outputScope;
 

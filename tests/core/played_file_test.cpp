@@ -10,7 +10,6 @@
 namespace purlock {
 namespace {
 
-using test::device;
 using test::floatFormat;
 using test::integerFormat;
 using Quality = SignalStage::Quality;

@@ -14,7 +14,6 @@ namespace purlock::host_linux {
 namespace {
 
 using namespace std::chrono_literals;
-using test::next;
 using test::NowPlayingSession;
 using test::OnePlayer;
 using test::PrivateBus;

@@ -20,7 +20,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using test::contentsOf;
-using test::writeFile;
 
 class DiskApplicationFilesTest : public testing::Test {
   protected:
