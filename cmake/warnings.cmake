@@ -15,8 +15,3 @@ if(PURLOCK_COVERAGE)
   target_compile_options(purlock_options INTERFACE --coverage -fprofile-update=atomic)
   target_link_options(purlock_options INTERFACE --coverage)
 endif()
-if(PURLOCK_PRECOMPILE)
-  target_precompile_headers(purlock_options INTERFACE
-    <algorithm> <array> <chrono> <cstdint> <functional> <map> <memory> <mutex> <optional> <string> <string_view> <utility>
-    <variant> <vector>)
-endif()
