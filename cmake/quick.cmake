@@ -1,5 +1,5 @@
-# PURLOCK_QUICK: less time to compile, for the builds of the checks. Reading the headers is most of that time. The other
-# builds compile each file alone, so what a file forgets to include is seen there.
+# PURLOCK_QUICK: less time to compile, since most of it goes into headers that files share. It hides what a file forgets to
+# include; builds without it show that.
 
 # One unit of all files of a target. So what they keep to themselves needs different names.
 function(purlock_compile_as_one target)
