@@ -1,9 +1,9 @@
 #include "base/number_text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <string_view>
 #include <system_error>
 
 #include "base/fatal.h"
@@ -16,15 +16,6 @@ namespace {
 // The longest double in fixed notation has 309 digits before the point; a few more for sign, point and
 // decimals.
 using NumberBuffer = std::array<char, 352>;
-
-/// As "%.*f" prints it, in every locale. The buffer has room for at most 40 decimals.
-std::string_view fixedInto(NumberBuffer& buffer, double value, int decimals) {
-    // A NaN's sign bit means nothing; printed, it would look as if it did.
-    if (std::isnan(value)) return "nan";
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
-                                      std::chars_format::fixed, decimals);
-    return {buffer.data(), static_cast<std::size_t>(result.ptr - buffer.data())};
-}
 
 }  // namespace
 
@@ -48,18 +39,13 @@ std::string shortestText(double value) {
     return text;
 }
 
-std::string rateText(double hertz) {
+std::string fixedText(double value, int decimals) {
+    // A NaN's sign bit means nothing; printed, it would look as if it did.
+    if (std::isnan(value)) return "nan";
     NumberBuffer buffer;
-    if (hertz >= 1000) return joined({fixedInto(buffer, hertz / 1000, 1), " kHz"});
-    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), truncatedInteger(hertz));
-    return joined({{buffer.data(), static_cast<std::size_t>(result.ptr - buffer.data())}, " Hz"});
-}
-
-std::string bitRateText(double bitsPerSecond) {
-    NumberBuffer buffer;
-    const double megabits = bitsPerSecond / 1'000'000;
-    if (megabits >= 1.0) return joined({fixedInto(buffer, megabits, 2), " Mbps"});
-    return joined({fixedInto(buffer, bitsPerSecond / 1000, 0), " kbps"});
+    const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                      std::chars_format::fixed, std::clamp(decimals, 0, 9));
+    return {buffer.data(), result.ptr};
 }
 
 }  // namespace purlock

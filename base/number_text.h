@@ -14,12 +14,7 @@ std::int64_t truncatedInteger(double value);
 /// "44100.0".
 std::string shortestText(double value);
 
-/// A sample rate in Hz, as "%.1f" prints its thousands: "44.1 kHz" from 1000 up, below that "999 Hz",
-/// truncated; stops the process on a rate there that `truncatedInteger` cannot take.
-std::string rateText(double hertz);
-
-/// A bit rate in bit/s, as "%.2f" and "%.0f" print it: "1.41 Mbps" from 1,000,000 up, below that "128 kbps".
-/// Also of what is no number: "inf Mbps", "nan kbps".
-std::string bitRateText(double bitsPerSecond);
+/// `value` with 0 to 9 decimals, as "%.*f" prints it; NaN without a sign. More or fewer count as 9 or 0.
+std::string fixedText(double value, int decimals);
 
 }  // namespace purlock

@@ -1,7 +1,7 @@
 #include "core/audio_format.h"
 
-#include "base/number_text.h"
 #include "base/text.h"
+#include "core/rate_text.h"
 
 namespace purlock {
 

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <utility>
 
-#include "base/number_text.h"
+#include "core/rate_text.h"
 
 namespace purlock::CauseEngine {
 
