@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdio>
 #include <limits>
+#include <random>
 #include <string>
 
 namespace purlock {
@@ -10,6 +13,24 @@ namespace {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+
+TEST(RateText, IsWhatTheCLibraryPrints) {
+    std::mt19937_64 random(1);  // NOLINT(bugprone-random-generator-seed): the same numbers in each run
+    std::uniform_real_distribution<double> exponent(-8, 20);
+    const auto printed = [](double value, int decimals, const char* unit) {
+        char text[64];
+        std::snprintf(text, sizeof text, "%.*f %s", decimals, value, unit);
+        return std::string(text);
+    };
+    for (int i = 0; i < 100000; ++i) {
+        const double value = std::pow(10, exponent(random));
+        ASSERT_EQ(bitRateText(value), value >= 1'000'000 ? printed(value / 1'000'000, 2, "Mbps")
+                                                         : printed(value / 1000, 0, "kbps"));
+        if (value >= 1000) {
+            ASSERT_EQ(rateText(value), printed(value / 1000, 1, "kHz"));
+        }
+    }
+}
 
 TEST(RateText, SampleRates) {
     struct Row {
